@@ -1,0 +1,25 @@
+// Conversions between the caller's UTF-16 and the ANSI code page. All of them use
+// CP_ACP with flags 0 and no default character.
+#pragma once
+
+#include "core/memory.h"
+
+// Into temporaries owned by a slot. A value whose upper 16 bits are zero passes
+// through unchanged. A failed conversion leaves an empty string, never an
+// unterminated one.
+void AtWideToAnsiTemp(AtStringSlot& slot, LPCWSTR s);
+void AtAnsiToWideTemp(AtStringSlot& slot, LPCSTR s);
+
+// Mode 1 converts a list of NUL-terminated strings ended by an empty one
+// (environment blocks, filters, profile sections); any other mode is
+// AtWideToAnsiTemp.
+enum : int { AtListOfStrings = 1 };
+void AtWideToAnsiTempList(AtStringSlot& slot, LPCWSTR s, int mode);
+
+// Into the caller's buffers; all or nothing, as the system converters are. A count
+// above 0x7FFFFFFF sets ERROR_INVALID_PARAMETER and throws CAtException(1).
+int AtAnsiToWideOut(const AtStringSlot& slot, LPWSTR buf, DWORD n);
+int AtAnsiToWideOutN(const AtStringSlot& slot, LPWSTR buf, DWORD n, DWORD len);
+int AtWideToAnsiOut(const AtStringSlot& slot, LPSTR buf, DWORD n);
+
+int AtWideCharToAnsiChar(DWORD c);

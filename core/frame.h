@@ -1,0 +1,108 @@
+// The frame every export shares.
+//
+//     return AtExport(Sys::GetShortPathNameW, longPath, buf, n)
+//         .orAnsi(0, [&](AtSavedError& err) { ...convert, call the A function... });
+//
+// On the NT family the export calls the system's W function with the caller's
+// arguments and nothing else happens: one flag test and one call. Otherwise the
+// ANSI body runs in a frame of its own (kept out of line so that the W path stays
+// that small):
+//   orAnsi                   the A call's error, saved by the body with err.keep(),
+//                            is what the caller sees after the temporaries are freed;
+//                            a CAtException turns into the failure value, with the
+//                            saved error (0 if the A function was not called yet);
+//   orAnsiWithoutSavedError  the same catch, but the last error is whatever the body
+//                            and the helpers left (14 or 87 after a caught failure);
+//   orAnsiUnguarded          the body allocates nothing: no catch, no saved error.
+#pragma once
+
+#include <tuple>
+#include <utility>
+
+#include "core/convert.h"
+#include "core/imports.h"
+
+class AtSavedError {
+public:
+    // Wraps the A call: stores its error at once, before any clean-up can change it.
+    template <typename T>
+    T keep(T result)
+    {
+        value = GetLastError();
+        return result;
+    }
+
+    DWORD value = ERROR_SUCCESS;
+};
+
+template <typename R, typename Body>
+[[gnu::noinline]] R AtAnsiFrame(R failure, Body& body)
+{
+    AtSavedError err;
+    R result;
+    try {
+        result = body(err);
+    } catch (CAtException&) {
+        result = failure;
+    }
+    SetLastError(err.value);
+    return result;
+}
+
+template <typename R, typename Body>
+[[gnu::noinline]] R AtAnsiFrameWithoutSavedError(R failure, Body& body)
+{
+    try {
+        return body();
+    } catch (CAtException&) {
+        return failure;
+    }
+}
+
+template <typename R, typename Body>
+[[gnu::noinline]] R AtAnsiFrameUnguarded(Body& body)
+{
+    return body();
+}
+
+template <typename Import, typename... A>
+class AtExportCall {
+public:
+    using R = typename Import::Result;
+
+    [[gnu::always_inline]] AtExportCall(const Import& wide, A... args) : wide(wide), args(args...) {}
+
+    template <typename Body>
+    [[gnu::always_inline]] R orAnsi(R failure, Body&& body) const
+    {
+        if (AtModuleState.AtIsUnicodePlatform)
+            return std::apply(wide, args);
+        return AtAnsiFrame<R>(failure, body);
+    }
+
+    template <typename Body>
+    [[gnu::always_inline]] R orAnsiWithoutSavedError(R failure, Body&& body) const
+    {
+        if (AtModuleState.AtIsUnicodePlatform)
+            return std::apply(wide, args);
+        return AtAnsiFrameWithoutSavedError<R>(failure, body);
+    }
+
+    template <typename Body>
+    [[gnu::always_inline]] R orAnsiUnguarded(Body&& body) const
+    {
+        if (AtModuleState.AtIsUnicodePlatform)
+            return std::apply(wide, args);
+        return AtAnsiFrameUnguarded<R>(body);
+    }
+
+private:
+    const Import& wide;
+    std::tuple<A...> args;
+};
+
+template <typename Import, typename... A>
+[[gnu::always_inline]] inline AtExportCall<Import, A...> AtExport(const Import& wide, A... args)
+{
+    return AtExportCall<Import, A...>(wide, args...);
+}
