@@ -1,0 +1,5 @@
+#include "demo.h"
+
+void DemoProfile(void)
+{
+}
