@@ -20,7 +20,103 @@
 extern "C" {
 #endif
 
+/* Inside torwen.dll (whose build defines torwen_EXPORTS) the exports are defined,
+ * and the module-definition file exports them. */
+#ifdef torwen_EXPORTS
+#define TORWEN_API
+#else
 #define TORWEN_API __declspec(dllimport)
+#endif
+
+/*
+ * Messages that carry characters, text or creation records.
+ *
+ * On Windows 95, 98 and Me the windows of a wide program are ANSI windows: torwen
+ * converts no message, so a wide window procedure translates the messages that
+ * carry text itself. AtHANDLE_WM_xxxW cracks a message as it arrived and calls a
+ * wide handler; AtFORWARD_WM_xxxW builds a message from wide values and passes it
+ * to a procedure (DefWindowProcW, a saved subclass procedure, SendMessageW...),
+ * converting any text that comes back. On the NT family both pass the wide values
+ * through. The forwarding function is of the window-procedure type WNDPROC and
+ * must expect what the platform's windows expect.
+ *
+ * A double-byte character travels as two WM_CHAR messages on the ANSI platforms:
+ * AtFORWARD_WM_CHARW passes the lead byte on and posts the trail byte to the
+ * window's queue; AtHANDLE_WM_CHARW, seeing a lead byte, takes the trail byte from
+ * the queue. Both must run on the thread that owns the window.
+ */
+
+/* Handlers, called with the message's values in wide form. */
+typedef void(CALLBACK *AtCharHandlerW)(HWND hwnd, WCHAR ch, int cRepeat);
+typedef int(CALLBACK *AtGetTextHandlerW)(HWND hwnd, int cchTextMax, LPWSTR lpszText);
+typedef void(CALLBACK *AtTextHandlerW)(HWND hwnd, LPCWSTR lpszText);
+typedef void(CALLBACK *AtNameBufferHandlerW)(HWND hwnd, int cchMax, LPWSTR rgchName);
+typedef BOOL(CALLBACK *AtCreateHandlerW)(HWND hwnd, LPCREATESTRUCTW lpCreateStruct);
+typedef HWND(CALLBACK *AtMDICreateHandlerW)(HWND hwnd, LPMDICREATESTRUCTW lpmcs);
+
+/* WM_CHAR, WM_DEADCHAR, WM_SYSCHAR, WM_SYSDEADCHAR. The repeat count travels in the
+ * low 16 bits of lParam only. The dead-key and system-key forms carry one byte on
+ * the ANSI platforms. */
+TORWEN_API void WINAPI AtFORWARD_WM_CHARW(HWND hwnd, WCHAR ch, int cRepeat, WNDPROC fn);
+TORWEN_API void WINAPI AtFORWARD_WM_DEADCHARW(HWND hwnd, WCHAR ch, int cRepeat, WNDPROC fn);
+TORWEN_API void WINAPI AtFORWARD_WM_SYSCHARW(HWND hwnd, WCHAR ch, int cRepeat, WNDPROC fn);
+TORWEN_API void WINAPI AtFORWARD_WM_SYSDEADCHARW(HWND hwnd, WCHAR ch, int cRepeat, WNDPROC fn);
+TORWEN_API LRESULT WINAPI AtHANDLE_WM_CHARW(HWND hwnd, WPARAM wParam, LPARAM lParam,
+                                            AtCharHandlerW fn);
+TORWEN_API LRESULT WINAPI AtHANDLE_WM_DEADCHARW(HWND hwnd, WPARAM wParam, LPARAM lParam,
+                                                AtCharHandlerW fn);
+TORWEN_API LRESULT WINAPI AtHANDLE_WM_SYSCHARW(HWND hwnd, WPARAM wParam, LPARAM lParam,
+                                               AtCharHandlerW fn);
+TORWEN_API LRESULT WINAPI AtHANDLE_WM_SYSDEADCHARW(HWND hwnd, WPARAM wParam, LPARAM lParam,
+                                                   AtCharHandlerW fn);
+
+/* WM_GETTEXT: both answer the number of characters (forwarding: wide characters;
+ * handling: ANSI bytes on the ANSI platforms) without the terminating NUL, and 0 when
+ * the text does not fit the buffer. */
+TORWEN_API int WINAPI AtFORWARD_WM_GETTEXTW(HWND hwnd, int cchTextMax, LPWSTR lpszText,
+                                            WNDPROC fn);
+TORWEN_API LRESULT WINAPI AtHANDLE_WM_GETTEXTW(HWND hwnd, WPARAM wParam, LPARAM lParam,
+                                               AtGetTextHandlerW fn);
+
+/* WM_SETTEXT, WM_WININICHANGE, WM_DEVMODECHANGE: one string in. */
+TORWEN_API void WINAPI AtFORWARD_WM_SETTEXTW(HWND hwnd, LPCWSTR lpszText, WNDPROC fn);
+TORWEN_API void WINAPI AtFORWARD_WM_WININICHANGEW(HWND hwnd, LPCWSTR lpszSectionName,
+                                                  WNDPROC fn);
+TORWEN_API void WINAPI AtFORWARD_WM_DEVMODECHANGEW(HWND hwnd, LPCWSTR lpszDeviceName,
+                                                   WNDPROC fn);
+TORWEN_API LRESULT WINAPI AtHANDLE_WM_SETTEXTW(HWND hwnd, WPARAM wParam, LPARAM lParam,
+                                               AtTextHandlerW fn);
+TORWEN_API LRESULT WINAPI AtHANDLE_WM_WININICHANGEW(HWND hwnd, WPARAM wParam, LPARAM lParam,
+                                                    AtTextHandlerW fn);
+TORWEN_API LRESULT WINAPI AtHANDLE_WM_DEVMODECHANGEW(HWND hwnd, WPARAM wParam, LPARAM lParam,
+                                                     AtTextHandlerW fn);
+
+/* WM_ASKCBFORMATNAME. Forwarding copies the name back into rgchName. Handling on the
+ * ANSI platforms gives the handler a wide copy of the buffer as it arrived, and the
+ * name the handler writes there is not copied back: the handler must not write more
+ * than that copy holds. */
+TORWEN_API void WINAPI AtFORWARD_WM_ASKCBFORMATNAMEW(HWND hwnd, int cchMax, LPWSTR rgchName,
+                                                     WNDPROC fn);
+TORWEN_API LRESULT WINAPI AtHANDLE_WM_ASKCBFORMATNAMEW(HWND hwnd, WPARAM wParam, LPARAM lParam,
+                                                       AtNameBufferHandlerW fn);
+
+/* WM_CREATE, WM_NCCREATE, WM_MDICREATE. The forwarders pass a converted copy of the
+ * record (changes the procedure makes to it are not copied back) and answer what
+ * the procedure answered. The handlers answer as the window manager expects:
+ * WM_CREATE 0 to go on and -1 to stop, WM_NCCREATE 1 or 0, WM_MDICREATE the
+ * handler's window. A class atom passes through unchanged. */
+TORWEN_API LRESULT WINAPI AtFORWARD_WM_CREATEW(HWND hwnd, LPCREATESTRUCTW lpCreateStruct,
+                                               WNDPROC fn);
+TORWEN_API LRESULT WINAPI AtFORWARD_WM_NCCREATEW(HWND hwnd, LPCREATESTRUCTW lpCreateStruct,
+                                                 WNDPROC fn);
+TORWEN_API LRESULT WINAPI AtFORWARD_WM_MDICREATEW(HWND hwnd, LPMDICREATESTRUCTW lpmcs,
+                                                  WNDPROC fn);
+TORWEN_API LRESULT WINAPI AtHANDLE_WM_CREATEW(HWND hwnd, WPARAM wParam, LPARAM lParam,
+                                              AtCreateHandlerW fn);
+TORWEN_API LRESULT WINAPI AtHANDLE_WM_NCCREATEW(HWND hwnd, WPARAM wParam, LPARAM lParam,
+                                                AtCreateHandlerW fn);
+TORWEN_API LRESULT WINAPI AtHANDLE_WM_MDICREATEW(HWND hwnd, WPARAM wParam, LPARAM lParam,
+                                                 AtMDICreateHandlerW fn);
 
 #ifdef __cplusplus
 }

@@ -1,0 +1,198 @@
+// Windows and dialogs: creation, finding, window text, properties and window data.
+#include "core/core.h"
+#include "user/forward.h"
+
+AT_SYSTEM_FUNCTION(user32, CreateWindowExW, 0)
+AT_SYSTEM_FUNCTION(user32, CreateWindowExA, 0)
+AT_SYSTEM_FUNCTION(user32, CreateMDIWindowW, 0)
+AT_SYSTEM_FUNCTION(user32, CreateMDIWindowA, 0)
+AT_SYSTEM_FUNCTION(user32, CreateDialogParamW, 0)
+AT_SYSTEM_FUNCTION(user32, CreateDialogParamA, 0)
+AT_SYSTEM_FUNCTION(user32, CreateDialogIndirectParamW, 0)
+AT_SYSTEM_FUNCTION(user32, CreateDialogIndirectParamA, 0)
+AT_SYSTEM_FUNCTION(user32, DialogBoxParamW, -1)
+AT_SYSTEM_FUNCTION(user32, DialogBoxParamA, -1)
+AT_SYSTEM_FUNCTION(user32, DialogBoxIndirectParamW, -1)
+AT_SYSTEM_FUNCTION(user32, DialogBoxIndirectParamA, -1)
+AT_SYSTEM_FUNCTION(user32, FindWindowW, 0)
+AT_SYSTEM_FUNCTION(user32, FindWindowA, 0)
+AT_SYSTEM_FUNCTION(user32, FindWindowExW, 0)
+AT_SYSTEM_FUNCTION(user32, FindWindowExA, 0)
+AT_SYSTEM_FUNCTION(user32, GetWindowTextW, 0)
+AT_SYSTEM_FUNCTION(user32, GetWindowTextA, 0)
+AT_SYSTEM_FUNCTION(user32, GetWindowTextLengthW, 0)
+AT_SYSTEM_FUNCTION(user32, GetWindowTextLengthA, 0)
+AT_SYSTEM_FUNCTION(user32, SetWindowTextW, FALSE)
+AT_SYSTEM_FUNCTION(user32, SetWindowTextA, FALSE)
+AT_SYSTEM_FUNCTION(user32, GetPropW, 0)
+AT_SYSTEM_FUNCTION(user32, GetPropA, 0)
+AT_SYSTEM_FUNCTION(user32, SetPropW, FALSE)
+AT_SYSTEM_FUNCTION(user32, SetPropA, FALSE)
+AT_SYSTEM_FUNCTION(user32, RemovePropW, 0)
+AT_SYSTEM_FUNCTION(user32, RemovePropA, 0)
+AT_SYSTEM_FUNCTION(user32, GetWindowLongW, 0)
+AT_SYSTEM_FUNCTION(user32, GetWindowLongA, 0)
+AT_SYSTEM_FUNCTION(user32, SetWindowLongW, 0)
+AT_SYSTEM_FUNCTION(user32, SetWindowLongA, 0)
+
+// lpParam reaches WM_CREATE as it is; an MDI child's record behind it stays wide.
+HWND WINAPI CreateWindowExW(DWORD exStyle, LPCWSTR className, LPCWSTR windowName, DWORD style,
+                            int x, int y, int width, int height, HWND parent, HMENU menu,
+                            HINSTANCE instance, LPVOID param)
+{
+    return AtExport(Sys::CreateWindowExW, exStyle, className, windowName, style, x, y, width,
+                    height, parent, menu, instance, param)
+        .orAnsiWithoutSavedError(nullptr, [&] {
+            AtStringSlot classA, nameA;
+            AtWideToAnsiTemp(classA, className);
+            AtWideToAnsiTemp(nameA, windowName);
+            return Sys::CreateWindowExA(exStyle, classA, nameA, style, x, y, width, height,
+                                        parent, menu, instance, param);
+        });
+}
+
+HWND WINAPI CreateMDIWindowW(LPCWSTR className, LPCWSTR windowName, DWORD style, int x, int y,
+                             int width, int height, HWND parent, HINSTANCE instance,
+                             LPARAM param)
+{
+    return AtExport(Sys::CreateMDIWindowW, className, windowName, style, x, y, width, height,
+                    parent, instance, param)
+        .orAnsiWithoutSavedError(nullptr, [&] {
+            AtStringSlot classA, nameA;
+            AtWideToAnsiTemp(classA, className);
+            AtWideToAnsiTemp(nameA, windowName);
+            return Sys::CreateMDIWindowA(classA, nameA, style, x, y, width, height, parent,
+                                         instance, param);
+        });
+}
+
+HWND WINAPI CreateDialogParamW(HINSTANCE instance, LPCWSTR templateName, HWND parent,
+                               DLGPROC proc, LPARAM param)
+{
+    return AtExport(Sys::CreateDialogParamW, instance, templateName, parent, proc, param)
+        .orAnsiWithoutSavedError(nullptr, [&] {
+            AtStringSlot templateA;
+            AtWideToAnsiTemp(templateA, templateName);
+            return Sys::CreateDialogParamA(instance, templateA, parent, proc, param);
+        });
+}
+
+// A template in memory is the same record for both functions: its wide strings are
+// read by the system either way.
+HWND WINAPI CreateDialogIndirectParamW(HINSTANCE instance, LPCDLGTEMPLATEW dialog, HWND parent,
+                                       DLGPROC proc, LPARAM param)
+{
+    return AtForward(Sys::CreateDialogIndirectParamW, Sys::CreateDialogIndirectParamA, instance,
+                     dialog, parent, proc, param);
+}
+
+INT_PTR WINAPI DialogBoxParamW(HINSTANCE instance, LPCWSTR templateName, HWND parent,
+                               DLGPROC proc, LPARAM param)
+{
+    return AtExport(Sys::DialogBoxParamW, instance, templateName, parent, proc, param)
+        .orAnsiWithoutSavedError(0, [&] {
+            AtStringSlot templateA;
+            AtWideToAnsiTemp(templateA, templateName);
+            return Sys::DialogBoxParamA(instance, templateA, parent, proc, param);
+        });
+}
+
+INT_PTR WINAPI DialogBoxIndirectParamW(HINSTANCE instance, LPCDLGTEMPLATEW dialog, HWND parent,
+                                       DLGPROC proc, LPARAM param)
+{
+    return AtForward(Sys::DialogBoxIndirectParamW, Sys::DialogBoxIndirectParamA, instance,
+                     dialog, parent, proc, param);
+}
+
+HWND WINAPI FindWindowW(LPCWSTR className, LPCWSTR windowName)
+{
+    return AtExport(Sys::FindWindowW, className, windowName).orAnsi(nullptr, [&](AtSavedError& err) {
+        AtStringSlot classA, nameA;
+        AtWideToAnsiTemp(classA, className);
+        AtWideToAnsiTemp(nameA, windowName);
+        return err.keep(Sys::FindWindowA(classA, nameA));
+    });
+}
+
+HWND WINAPI FindWindowExW(HWND parent, HWND childAfter, LPCWSTR className, LPCWSTR windowName)
+{
+    return AtExport(Sys::FindWindowExW, parent, childAfter, className, windowName)
+        .orAnsi(nullptr, [&](AtSavedError& err) {
+            AtStringSlot classA, nameA;
+            AtWideToAnsiTemp(classA, className);
+            AtWideToAnsiTemp(nameA, windowName);
+            return err.keep(Sys::FindWindowExA(parent, childAfter, classA, nameA));
+        });
+}
+
+// The whole text is converted or nothing: on a double-byte code page the A call,
+// given n * AtMaxCharSize bytes, may return more characters than the caller's n,
+// and then the answer is 0 rather than a cut text.
+int WINAPI GetWindowTextW(HWND hwnd, LPWSTR buf, int n)
+{
+    return AtExport(Sys::GetWindowTextW, hwnd, buf, n).orAnsi(0, [&](AtSavedError& err) {
+        if (n == 0) {
+            err.value = GetLastError();  // nothing is called, nothing changes
+            return 0;
+        }
+        AtStringSlot bufA;
+        AtAllocAnsiOut(bufA, n);
+        err.keep(Sys::GetWindowTextA(hwnd, bufA, static_cast<int>(AtHeapSize(bufA))));
+        int r = AtAnsiToWideOut(bufA, buf, n);
+        return r ? r - 1 : 0;
+    });
+}
+
+// Counted in ANSI bytes: callers size their buffer from it, and a double-byte
+// character never needs more wide characters than bytes.
+int WINAPI GetWindowTextLengthW(HWND hwnd)
+{
+    return AtForward(Sys::GetWindowTextLengthW, Sys::GetWindowTextLengthA, hwnd);
+}
+
+BOOL WINAPI SetWindowTextW(HWND hwnd, LPCWSTR text)
+{
+    return AtExport(Sys::SetWindowTextW, hwnd, text).orAnsi(FALSE, [&](AtSavedError& err) {
+        AtStringSlot textA;
+        AtWideToAnsiTemp(textA, text);
+        return err.keep(Sys::SetWindowTextA(hwnd, textA));
+    });
+}
+
+HANDLE WINAPI GetPropW(HWND hwnd, LPCWSTR name)
+{
+    return AtExport(Sys::GetPropW, hwnd, name).orAnsiWithoutSavedError(nullptr, [&] {
+        AtStringSlot nameA;
+        AtWideToAnsiTemp(nameA, name);
+        return Sys::GetPropA(hwnd, nameA);
+    });
+}
+
+BOOL WINAPI SetPropW(HWND hwnd, LPCWSTR name, HANDLE data)
+{
+    return AtExport(Sys::SetPropW, hwnd, name, data).orAnsiWithoutSavedError(FALSE, [&] {
+        AtStringSlot nameA;
+        AtWideToAnsiTemp(nameA, name);
+        return Sys::SetPropA(hwnd, nameA, data);
+    });
+}
+
+HANDLE WINAPI RemovePropW(HWND hwnd, LPCWSTR name)
+{
+    return AtExport(Sys::RemovePropW, hwnd, name).orAnsiWithoutSavedError(nullptr, [&] {
+        AtStringSlot nameA;
+        AtWideToAnsiTemp(nameA, name);
+        return Sys::RemovePropA(hwnd, nameA);
+    });
+}
+
+LONG WINAPI GetWindowLongW(HWND hwnd, int index)
+{
+    return AtForward(Sys::GetWindowLongW, Sys::GetWindowLongA, hwnd, index);
+}
+
+// A new window procedure is installed as it is: the window stays an ANSI window.
+LONG WINAPI SetWindowLongW(HWND hwnd, int index, LONG value)
+{
+    return AtForward(Sys::SetWindowLongW, Sys::SetWindowLongA, hwnd, index, value);
+}
