@@ -116,8 +116,10 @@ int WINAPI GetClassNameW(HWND hwnd, LPWSTR buf, int n)
         }
         AtStringSlot bufA;
         AtAllocAnsiOut(bufA, n);
-        // Told the heap size: n characters may take n * AtMaxCharSize bytes. The A
-        // result is not needed, the conversion counts the characters.
+        // The conversion counts the characters, whatever the A function answered; a
+        // window it cannot read leaves this empty name rather than the heap's contents.
+        *static_cast<char*>(bufA) = '\0';
+        // Told the heap size: n characters may take n * AtMaxCharSize bytes.
         err.keep(Sys::GetClassNameA(hwnd, bufA, static_cast<int>(AtHeapSize(bufA))));
         int r = AtAnsiToWideOut(bufA, buf, n);
         return r ? r - 1 : 0;

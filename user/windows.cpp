@@ -137,6 +137,7 @@ int WINAPI GetWindowTextW(HWND hwnd, LPWSTR buf, int n)
         }
         AtStringSlot bufA;
         AtAllocAnsiOut(bufA, n);
+        *static_cast<char*>(bufA) = '\0';  // as for GetClassNameW: never the heap's contents
         err.keep(Sys::GetWindowTextA(hwnd, bufA, static_cast<int>(AtHeapSize(bufA))));
         int r = AtAnsiToWideOut(bufA, buf, n);
         return r ? r - 1 : 0;
