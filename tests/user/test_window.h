@@ -63,3 +63,36 @@ inline bool CharQueued(HWND hwnd)
     MSG msg;
     return PeekMessageW(&msg, hwnd, WM_CHAR, WM_CHAR, PM_NOREMOVE) != 0;
 }
+
+// An MDI client window in a TestWindow frame, and a class for its children whose
+// procedure is DefMDIChildProcW.
+class MdiClient {
+public:
+    static constexpr const wchar_t* childClass = L"TorwenTestMdiChild";
+
+    MdiClient()
+    {
+        static bool registered = [] {
+            WNDCLASSEXW wc = {};
+            wc.cbSize = sizeof wc;
+            wc.lpfnWndProc = DefMDIChildProcW;
+            wc.hInstance = GetModuleHandleW(nullptr);
+            wc.lpszClassName = childClass;
+            return RegisterClassExW(&wc) != 0;
+        }();
+        (void)registered;
+        CLIENTCREATESTRUCT ccs = {nullptr, 100};
+        hwnd = CreateWindowExW(0, L"MDICLIENT", nullptr, WS_CHILD | WS_CLIPCHILDREN, 0, 0, 100,
+                               100, frame.hwnd, nullptr, GetModuleHandleW(nullptr), &ccs);
+    }
+    ~MdiClient()
+    {
+        if (hwnd)
+            DestroyWindow(hwnd);
+    }
+    MdiClient(const MdiClient&) = delete;
+    MdiClient& operator=(const MdiClient&) = delete;
+
+    TestWindow frame;
+    HWND hwnd;
+};

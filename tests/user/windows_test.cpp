@@ -153,6 +153,21 @@ TEST_F(WindowsTest, PropertiesByNameAndByAtom)
     GlobalDeleteAtom(atom);
 }
 
+TEST_F(WindowsTest, MDIChildWithAWideTitle)
+{
+    MdiClient client;
+    ASSERT_TRUE(client.hwnd);
+    const std::wstring title = L"Child " + harness::NonAsciiText();
+    HWND child = CreateMDIWindowW(MdiClient::childClass, title.c_str(), 0, CW_USEDEFAULT,
+                                  CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, client.hwnd,
+                                  GetModuleHandleW(nullptr), 0);
+    ASSERT_TRUE(child);
+    EXPECT_EQ(GetParent(child), client.hwnd);
+    WCHAR buf[64];
+    EXPECT_EQ(GetWindowTextW(child, buf, 64), int(title.size()));
+    EXPECT_EQ(std::wstring(buf), title);
+}
+
 // Handles that name no window are passed on, and the system answers.
 TEST_F(WindowsTest, WindowsThatDoNotExistAreAnsweredByTheSystem)
 {
