@@ -42,36 +42,36 @@ LPARAM RecordParam(const void* record)
 // Nothing is copied back: what the procedure changes in the ANSI copy is lost.
 LRESULT ForwardCreate(HWND hwnd, UINT msg, LPCREATESTRUCTW cs, WNDPROC fn)
 {
-    return AtTranslate<LRESULT>(
-        0, [&] { return fn(hwnd, msg, 0, RecordParam(cs)); },
-        [&] {
-            AtStringSlot nameA, classA;
-            AtWideToAnsiTemp(nameA, cs->lpszName);
-            AtWideToAnsiTemp(classA, cs->lpszClass);
-            CREATESTRUCTA a;
-            CopyCreateFields(a, *cs);
-            a.lpszName = nameA;
-            a.lpszClass = classA;
-            return fn(hwnd, msg, 0, RecordParam(&a));
-        });
+    if (AtWidePath())
+        return fn(hwnd, msg, 0, RecordParam(cs));
+    return AtTranslate<LRESULT>(0, [&] {
+        AtStringSlot nameA, classA;
+        AtWideToAnsiTemp(nameA, cs->lpszName);
+        AtWideToAnsiTemp(classA, cs->lpszClass);
+        CREATESTRUCTA a;
+        CopyCreateFields(a, *cs);
+        a.lpszName = nameA;
+        a.lpszClass = classA;
+        return fn(hwnd, msg, 0, RecordParam(&a));
+    });
 }
 
 // The handler's answer as it comes back, before the message's own mapping.
 BOOL HandleCreate(HWND hwnd, LPARAM lParam, AtCreateHandlerW fn, BOOL failure)
 {
-    return AtTranslate<BOOL>(
-        failure, [&] { return fn(hwnd, reinterpret_cast<LPCREATESTRUCTW>(lParam)); },
-        [&] {
-            auto a = reinterpret_cast<const CREATESTRUCTA*>(lParam);
-            AtStringSlot name, className;
-            AtAnsiToWideTemp(name, a->lpszName);
-            AtAnsiToWideTemp(className, a->lpszClass);
-            CREATESTRUCTW w;
-            CopyCreateFields(w, *a);
-            w.lpszName = name;
-            w.lpszClass = className;
-            return fn(hwnd, &w);
-        });
+    if (AtWidePath())
+        return fn(hwnd, reinterpret_cast<LPCREATESTRUCTW>(lParam));
+    return AtTranslate<BOOL>(failure, [&] {
+        auto a = reinterpret_cast<const CREATESTRUCTA*>(lParam);
+        AtStringSlot name, className;
+        AtAnsiToWideTemp(name, a->lpszName);
+        AtAnsiToWideTemp(className, a->lpszClass);
+        CREATESTRUCTW w;
+        CopyCreateFields(w, *a);
+        w.lpszName = name;
+        w.lpszClass = className;
+        return fn(hwnd, &w);
+    });
 }
 
 }  // namespace
@@ -88,18 +88,18 @@ LRESULT WINAPI AtFORWARD_WM_NCCREATEW(HWND hwnd, LPCREATESTRUCTW lpCreateStruct,
 
 LRESULT WINAPI AtFORWARD_WM_MDICREATEW(HWND hwnd, LPMDICREATESTRUCTW lpmcs, WNDPROC fn)
 {
-    return AtTranslate<LRESULT>(
-        0, [&] { return fn(hwnd, WM_MDICREATE, 0, RecordParam(lpmcs)); },
-        [&] {
-            AtStringSlot classA, titleA;
-            AtWideToAnsiTemp(classA, lpmcs->szClass);
-            AtWideToAnsiTemp(titleA, lpmcs->szTitle);
-            MDICREATESTRUCTA a;
-            a.szClass = classA;
-            a.szTitle = titleA;
-            CopyMDICreateFields(a, *lpmcs);
-            return fn(hwnd, WM_MDICREATE, 0, RecordParam(&a));
-        });
+    if (AtWidePath())
+        return fn(hwnd, WM_MDICREATE, 0, RecordParam(lpmcs));
+    return AtTranslate<LRESULT>(0, [&] {
+        AtStringSlot classA, titleA;
+        AtWideToAnsiTemp(classA, lpmcs->szClass);
+        AtWideToAnsiTemp(titleA, lpmcs->szTitle);
+        MDICREATESTRUCTA a;
+        a.szClass = classA;
+        a.szTitle = titleA;
+        CopyMDICreateFields(a, *lpmcs);
+        return fn(hwnd, WM_MDICREATE, 0, RecordParam(&a));
+    });
 }
 
 // The window manager goes on creating on 0 and stops on -1; a failure to convert
@@ -117,18 +117,18 @@ LRESULT WINAPI AtHANDLE_WM_NCCREATEW(HWND hwnd, WPARAM, LPARAM lParam, AtCreateH
 // The new child's handle goes back bit for bit.
 LRESULT WINAPI AtHANDLE_WM_MDICREATEW(HWND hwnd, WPARAM, LPARAM lParam, AtMDICreateHandlerW fn)
 {
-    HWND child = AtTranslate<HWND>(
-        nullptr, [&] { return fn(hwnd, reinterpret_cast<LPMDICREATESTRUCTW>(lParam)); },
-        [&] {
-            auto a = reinterpret_cast<const MDICREATESTRUCTA*>(lParam);
-            AtStringSlot className, title;
-            AtAnsiToWideTemp(className, a->szClass);
-            AtAnsiToWideTemp(title, a->szTitle);
-            MDICREATESTRUCTW w;
-            w.szClass = className;
-            w.szTitle = title;
-            CopyMDICreateFields(w, *a);
-            return fn(hwnd, &w);
-        });
+    if (AtWidePath())
+        return reinterpret_cast<LRESULT>(fn(hwnd, reinterpret_cast<LPMDICREATESTRUCTW>(lParam)));
+    HWND child = AtTranslate<HWND>(nullptr, [&] {
+        auto a = reinterpret_cast<const MDICREATESTRUCTA*>(lParam);
+        AtStringSlot className, title;
+        AtAnsiToWideTemp(className, a->szClass);
+        AtAnsiToWideTemp(title, a->szTitle);
+        MDICREATESTRUCTW w;
+        w.szClass = className;
+        w.szTitle = title;
+        CopyMDICreateFields(w, *a);
+        return fn(hwnd, &w);
+    });
     return reinterpret_cast<LRESULT>(child);
 }

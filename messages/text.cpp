@@ -39,58 +39,58 @@ int WithoutNul(int written)
 // needs two bytes does not fit, and the byte passed on is then what the buffer held.
 void ForwardOneByte(HWND hwnd, UINT msg, WCHAR ch, int cRepeat, WNDPROC fn)
 {
-    AtTranslate<LRESULT>(
-        0, [&] { return fn(hwnd, msg, ch, RepeatOnly(cRepeat)); },
-        [&] {
-            AtStringSlot buf;
-            AtAllocAnsiOut(buf, 1);
-            WideCharToMultiByte(CP_ACP, 0, &ch, 1, buf, 1, nullptr, nullptr);
-            return fn(hwnd, msg, CharParam(*static_cast<char*>(buf)), RepeatOnly(cRepeat));
-        });
+    if (AtWidePath()) {
+        fn(hwnd, msg, ch, RepeatOnly(cRepeat));
+        return;
+    }
+    AtTranslate<LRESULT>(0, [&] {
+        AtStringSlot buf;
+        AtAllocAnsiOut(buf, 1);
+        WideCharToMultiByte(CP_ACP, 0, &ch, 1, buf, 1, nullptr, nullptr);
+        return fn(hwnd, msg, CharParam(*static_cast<char*>(buf)), RepeatOnly(cRepeat));
+    });
 }
 
 LRESULT HandleOneByte(HWND hwnd, WPARAM wParam, LPARAM lParam, AtCharHandlerW fn)
 {
-    return AtTranslate<LRESULT>(
-        0,
-        [&] {
-            fn(hwnd, static_cast<WCHAR>(wParam), RepeatOf(lParam));
-            return 0;
-        },
-        [&] {
-            AtStringSlot wbuf;
-            AtAllocWideOut(wbuf, 1);
-            MultiByteToWideChar(CP_ACP, 0, reinterpret_cast<LPCSTR>(&wParam), 1, wbuf, 1);
-            fn(hwnd, *static_cast<WCHAR*>(wbuf), RepeatOf(lParam));
-            return 0;
-        });
+    if (AtWidePath()) {
+        fn(hwnd, static_cast<WCHAR>(wParam), RepeatOf(lParam));
+        return 0;
+    }
+    return AtTranslate<LRESULT>(0, [&] {
+        AtStringSlot wbuf;
+        AtAllocWideOut(wbuf, 1);
+        MultiByteToWideChar(CP_ACP, 0, reinterpret_cast<LPCSTR>(&wParam), 1, wbuf, 1);
+        fn(hwnd, *static_cast<WCHAR*>(wbuf), RepeatOf(lParam));
+        return 0;
+    });
 }
 
 void ForwardString(HWND hwnd, UINT msg, LPCWSTR s, WNDPROC fn)
 {
-    AtTranslate<LRESULT>(
-        0, [&] { return fn(hwnd, msg, 0, reinterpret_cast<LPARAM>(s)); },
-        [&] {
-            AtStringSlot sA;
-            AtWideToAnsiTemp(sA, s);
-            return fn(hwnd, msg, 0, reinterpret_cast<LPARAM>(sA.value));
-        });
+    if (AtWidePath()) {
+        fn(hwnd, msg, 0, reinterpret_cast<LPARAM>(s));
+        return;
+    }
+    AtTranslate<LRESULT>(0, [&] {
+        AtStringSlot sA;
+        AtWideToAnsiTemp(sA, s);
+        return fn(hwnd, msg, 0, reinterpret_cast<LPARAM>(sA.value));
+    });
 }
 
 LRESULT HandleString(HWND hwnd, LPARAM lParam, AtTextHandlerW fn)
 {
-    return AtTranslate<LRESULT>(
-        0,
-        [&] {
-            fn(hwnd, reinterpret_cast<LPCWSTR>(lParam));
-            return 0;
-        },
-        [&] {
-            AtStringSlot s;
-            AtAnsiToWideTemp(s, reinterpret_cast<LPCSTR>(lParam));
-            fn(hwnd, s);
-            return 0;
-        });
+    if (AtWidePath()) {
+        fn(hwnd, reinterpret_cast<LPCWSTR>(lParam));
+        return 0;
+    }
+    return AtTranslate<LRESULT>(0, [&] {
+        AtStringSlot s;
+        AtAnsiToWideTemp(s, reinterpret_cast<LPCSTR>(lParam));
+        fn(hwnd, s);
+        return 0;
+    });
 }
 
 }  // namespace
@@ -100,17 +100,19 @@ LRESULT HandleString(HWND hwnd, LPARAM lParam, AtTextHandlerW fn)
 // window's queue, where AtHANDLE_WM_CHARW of the receiving procedure finds it.
 void WINAPI AtFORWARD_WM_CHARW(HWND hwnd, WCHAR ch, int cRepeat, WNDPROC fn)
 {
-    AtTranslate<LRESULT>(
-        0, [&] { return fn(hwnd, WM_CHAR, ch, RepeatOnly(cRepeat)); },
-        [&] {
-            AtStringSlot buf;
-            AtAllocAnsiOut(buf, 2);
-            char* bytes = buf;
-            WideCharToMultiByte(CP_ACP, 0, &ch, 1, bytes, 2, nullptr, nullptr);
-            if (IsDBCSLeadByte(bytes[0]))
-                Sys::PostMessageA(hwnd, WM_CHAR, CharParam(bytes[1]), RepeatOnly(cRepeat));
-            return fn(hwnd, WM_CHAR, CharParam(bytes[0]), RepeatOnly(cRepeat));
-        });
+    if (AtWidePath()) {
+        fn(hwnd, WM_CHAR, ch, RepeatOnly(cRepeat));
+        return;
+    }
+    AtTranslate<LRESULT>(0, [&] {
+        AtStringSlot buf;
+        AtAllocAnsiOut(buf, 2);
+        char* bytes = buf;
+        WideCharToMultiByte(CP_ACP, 0, &ch, 1, bytes, 2, nullptr, nullptr);
+        if (IsDBCSLeadByte(bytes[0]))
+            Sys::PostMessageA(hwnd, WM_CHAR, CharParam(bytes[1]), RepeatOnly(cRepeat));
+        return fn(hwnd, WM_CHAR, CharParam(bytes[0]), RepeatOnly(cRepeat));
+    });
 }
 
 void WINAPI AtFORWARD_WM_DEADCHARW(HWND hwnd, WCHAR ch, int cRepeat, WNDPROC fn)
@@ -133,25 +135,23 @@ void WINAPI AtFORWARD_WM_SYSDEADCHARW(HWND hwnd, WCHAR ch, int cRepeat, WNDPROC 
 // byte that comes later is a character of its own.
 LRESULT WINAPI AtHANDLE_WM_CHARW(HWND hwnd, WPARAM wParam, LPARAM lParam, AtCharHandlerW fn)
 {
-    return AtTranslate<LRESULT>(
-        0,
-        [&] {
-            fn(hwnd, static_cast<WCHAR>(wParam), RepeatOf(lParam));
-            return 0;
-        },
-        [&] {
-            AtStringSlot wbuf;
-            AtAllocWideOut(wbuf, 1);
-            char bytes[3] = {static_cast<char>(LOBYTE(wParam)), 0, 0};
-            MSG trail;
-            if (IsDBCSLeadByte(bytes[0]) &&
-                Sys::PeekMessageA(&trail, hwnd, WM_CHAR, WM_CHAR, PM_REMOVE))
-                bytes[1] = static_cast<char>(LOBYTE(trail.wParam));
-            // A zero byte converts nothing: the handler then gets what the buffer held.
-            MultiByteToWideChar(CP_ACP, 0, bytes, static_cast<int>(std::strlen(bytes)), wbuf, 1);
-            fn(hwnd, *static_cast<WCHAR*>(wbuf), RepeatOf(lParam));
-            return 0;
-        });
+    if (AtWidePath()) {
+        fn(hwnd, static_cast<WCHAR>(wParam), RepeatOf(lParam));
+        return 0;
+    }
+    return AtTranslate<LRESULT>(0, [&] {
+        AtStringSlot wbuf;
+        AtAllocWideOut(wbuf, 1);
+        char bytes[3] = {static_cast<char>(LOBYTE(wParam)), 0, 0};
+        MSG trail;
+        if (IsDBCSLeadByte(bytes[0]) &&
+            Sys::PeekMessageA(&trail, hwnd, WM_CHAR, WM_CHAR, PM_REMOVE))
+            bytes[1] = static_cast<char>(LOBYTE(trail.wParam));
+        // A zero byte converts nothing: the handler then gets what the buffer held.
+        MultiByteToWideChar(CP_ACP, 0, bytes, static_cast<int>(std::strlen(bytes)), wbuf, 1);
+        fn(hwnd, *static_cast<WCHAR*>(wbuf), RepeatOf(lParam));
+        return 0;
+    });
 }
 
 LRESULT WINAPI AtHANDLE_WM_DEADCHARW(HWND hwnd, WPARAM wParam, LPARAM lParam, AtCharHandlerW fn)
@@ -175,21 +175,18 @@ LRESULT WINAPI AtHANDLE_WM_SYSDEADCHARW(HWND hwnd, WPARAM wParam, LPARAM lParam,
 // characters stored, and is 0 when the text does not fit.
 int WINAPI AtFORWARD_WM_GETTEXTW(HWND hwnd, int cchTextMax, LPWSTR lpszText, WNDPROC fn)
 {
-    return AtTranslate<int>(
-        0,
-        [&] {
-            return static_cast<int>(
-                fn(hwnd, WM_GETTEXT, cchTextMax, reinterpret_cast<LPARAM>(lpszText)));
-        },
-        [&] {
-            AtStringSlot buf;
-            AtAllocAnsiOut(buf, cchTextMax);
-            if (!fn(hwnd, WM_GETTEXT, AtHeapSize(buf), reinterpret_cast<LPARAM>(buf.value))) {
-                lpszText[0] = L'\0';
-                return 0;
-            }
-            return WithoutNul(AtAnsiToWideOut(buf, lpszText, cchTextMax));
-        });
+    if (AtWidePath())
+        return static_cast<int>(
+            fn(hwnd, WM_GETTEXT, cchTextMax, reinterpret_cast<LPARAM>(lpszText)));
+    return AtTranslate<int>(0, [&] {
+        AtStringSlot buf;
+        AtAllocAnsiOut(buf, cchTextMax);
+        if (!fn(hwnd, WM_GETTEXT, AtHeapSize(buf), reinterpret_cast<LPARAM>(buf.value))) {
+            lpszText[0] = L'\0';
+            return 0;
+        }
+        return WithoutNul(AtAnsiToWideOut(buf, lpszText, cchTextMax));
+    });
 }
 
 // The handler fills a wide buffer as long as the message's; the system gets the
@@ -197,19 +194,18 @@ int WINAPI AtFORWARD_WM_GETTEXTW(HWND hwnd, int cchTextMax, LPWSTR lpszText, WND
 LRESULT WINAPI AtHANDLE_WM_GETTEXTW(HWND hwnd, WPARAM wParam, LPARAM lParam,
                                     AtGetTextHandlerW fn)
 {
-    return AtTranslate<LRESULT>(
-        0,
-        [&] { return fn(hwnd, static_cast<int>(wParam), reinterpret_cast<LPWSTR>(lParam)); },
-        [&]() -> LRESULT {
-            AtStringSlot wbuf;
-            AtAllocWideOut(wbuf, wParam);
-            LPSTR out = reinterpret_cast<LPSTR>(lParam);
-            if (!fn(hwnd, static_cast<int>(AtHeapSize(wbuf) / sizeof(WCHAR)), wbuf)) {
-                out[0] = '\0';
-                return 0;
-            }
-            return WithoutNul(AtWideToAnsiOut(wbuf, out, wParam));
-        });
+    if (AtWidePath())
+        return fn(hwnd, static_cast<int>(wParam), reinterpret_cast<LPWSTR>(lParam));
+    return AtTranslate<LRESULT>(0, [&]() -> LRESULT {
+        AtStringSlot wbuf;
+        AtAllocWideOut(wbuf, wParam);
+        LPSTR out = reinterpret_cast<LPSTR>(lParam);
+        if (!fn(hwnd, static_cast<int>(AtHeapSize(wbuf) / sizeof(WCHAR)), wbuf)) {
+            out[0] = '\0';
+            return 0;
+        }
+        return WithoutNul(AtWideToAnsiOut(wbuf, out, wParam));
+    });
 }
 
 void WINAPI AtFORWARD_WM_SETTEXTW(HWND hwnd, LPCWSTR lpszText, WNDPROC fn)
@@ -246,17 +242,20 @@ LRESULT WINAPI AtHANDLE_WM_DEVMODECHANGEW(HWND hwnd, WPARAM, LPARAM lParam, AtTe
 // so a procedure that writes nothing yields an empty name.
 void WINAPI AtFORWARD_WM_ASKCBFORMATNAMEW(HWND hwnd, int cchMax, LPWSTR rgchName, WNDPROC fn)
 {
-    AtTranslate<LRESULT>(
-        0, [&] { return fn(hwnd, WM_ASKCBFORMATNAME, cchMax, reinterpret_cast<LPARAM>(rgchName)); },
-        [&] {
-            AtStringSlot buf;
-            AtAllocAnsiOut(buf, cchMax);
-            if (buf.value)
-                *static_cast<char*>(buf) = '\0';
-            LRESULT r = fn(hwnd, WM_ASKCBFORMATNAME, AtHeapSize(buf), reinterpret_cast<LPARAM>(buf.value));
-            AtAnsiToWideOut(buf, rgchName, cchMax);
-            return r;
-        });
+    if (AtWidePath()) {
+        fn(hwnd, WM_ASKCBFORMATNAME, cchMax, reinterpret_cast<LPARAM>(rgchName));
+        return;
+    }
+    AtTranslate<LRESULT>(0, [&] {
+        AtStringSlot buf;
+        AtAllocAnsiOut(buf, cchMax);
+        if (buf.value)
+            *static_cast<char*>(buf) = '\0';
+        LRESULT r = fn(hwnd, WM_ASKCBFORMATNAME, AtHeapSize(buf),
+                       reinterpret_cast<LPARAM>(buf.value));
+        AtAnsiToWideOut(buf, rgchName, cchMax);
+        return r;
+    });
 }
 
 // The handler gets a wide copy of the buffer as it arrived, with the message's own
@@ -264,16 +263,14 @@ void WINAPI AtFORWARD_WM_ASKCBFORMATNAMEW(HWND hwnd, int cchMax, LPWSTR rgchName
 LRESULT WINAPI AtHANDLE_WM_ASKCBFORMATNAMEW(HWND hwnd, WPARAM wParam, LPARAM lParam,
                                             AtNameBufferHandlerW fn)
 {
-    return AtTranslate<LRESULT>(
-        0,
-        [&] {
-            fn(hwnd, static_cast<int>(wParam), reinterpret_cast<LPWSTR>(lParam));
-            return 0;
-        },
-        [&] {
-            AtStringSlot copy;
-            AtAnsiToWideTemp(copy, reinterpret_cast<LPCSTR>(lParam));
-            fn(hwnd, static_cast<int>(wParam), copy);
-            return 0;
-        });
+    if (AtWidePath()) {
+        fn(hwnd, static_cast<int>(wParam), reinterpret_cast<LPWSTR>(lParam));
+        return 0;
+    }
+    return AtTranslate<LRESULT>(0, [&] {
+        AtStringSlot copy;
+        AtAnsiToWideTemp(copy, reinterpret_cast<LPCSTR>(lParam));
+        fn(hwnd, static_cast<int>(wParam), copy);
+        return 0;
+    });
 }

@@ -106,12 +106,13 @@ INT_PTR WINAPI DialogBoxIndirectParamW(HINSTANCE instance, LPCDLGTEMPLATEW dialo
 
 HWND WINAPI FindWindowW(LPCWSTR className, LPCWSTR windowName)
 {
-    return AtExport(Sys::FindWindowW, className, windowName).orAnsi(nullptr, [&](AtSavedError& err) {
-        AtStringSlot classA, nameA;
-        AtWideToAnsiTemp(classA, className);
-        AtWideToAnsiTemp(nameA, windowName);
-        return err.keep(Sys::FindWindowA(classA, nameA));
-    });
+    return AtExport(Sys::FindWindowW, className, windowName)
+        .orAnsi(nullptr, [&](AtSavedError& err) {
+            AtStringSlot classA, nameA;
+            AtWideToAnsiTemp(classA, className);
+            AtWideToAnsiTemp(nameA, windowName);
+            return err.keep(Sys::FindWindowA(classA, nameA));
+        });
 }
 
 HWND WINAPI FindWindowExW(HWND parent, HWND childAfter, LPCWSTR className, LPCWSTR windowName)

@@ -296,9 +296,12 @@ TEST_F(CreateMessagesTest, AllocationFailureAnswersTheFailureValue)
     EXPECT_EQ(sweep(0, [&] { return AtFORWARD_WM_CREATEW(nullptr, &cs, Record); }), 2);
     EXPECT_EQ(sweep(0, [&] { return AtFORWARD_WM_NCCREATEW(nullptr, &cs, Record); }), 2);
     EXPECT_EQ(sweep(0, [&] { return AtFORWARD_WM_MDICREATEW(nullptr, &mcs, Record); }), 2);
-    EXPECT_EQ(sweep(-1, [&] { return AtHANDLE_WM_CREATEW(nullptr, 0, LPARAM(&csA), OnCreate); }), 2);
-    EXPECT_EQ(sweep(0, [&] { return AtHANDLE_WM_NCCREATEW(nullptr, 0, LPARAM(&csA), OnCreate); }), 2);
-    EXPECT_EQ(sweep(0, [&] { return AtHANDLE_WM_MDICREATEW(nullptr, 0, LPARAM(&mcsA), OnMDICreate); }), 2);
+    const LPARAM ansiRecord = reinterpret_cast<LPARAM>(&csA);
+    const LPARAM ansiMDIRecord = reinterpret_cast<LPARAM>(&mcsA);
+    EXPECT_EQ(sweep(-1, [&] { return AtHANDLE_WM_CREATEW(nullptr, 0, ansiRecord, OnCreate); }), 2);
+    EXPECT_EQ(sweep(0, [&] { return AtHANDLE_WM_NCCREATEW(nullptr, 0, ansiRecord, OnCreate); }), 2);
+    EXPECT_EQ(sweep(0, [&] { return AtHANDLE_WM_MDICREATEW(nullptr, 0, ansiMDIRecord, OnMDICreate); }),
+              2);
 }
 
 }  // namespace

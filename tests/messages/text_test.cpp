@@ -129,7 +129,8 @@ LRESULT CALLBACK GiveName(HWND, UINT msg, WPARAM wParam, LPARAM lParam)
 {
     calls.push_back({msg, wParam, lParam});
     if (harness::AnsiPath())
-        lstrcpynA(reinterpret_cast<LPSTR>(lParam), harness::ToAnsi(textToGive).c_str(), int(wParam));
+        lstrcpynA(reinterpret_cast<LPSTR>(lParam), harness::ToAnsi(textToGive).c_str(),
+                  int(wParam));
     else
         lstrcpynW(reinterpret_cast<LPWSTR>(lParam), textToGive.c_str(), int(wParam));
     return 0;
@@ -448,6 +449,7 @@ TEST_F(TextMessagesTest, AllocationFailureCallsNothingAndLeavesTheHelpersError)
     };
     WCHAR buf[16];
     char ansiText[16] = "abc";
+    const LPARAM ansi = reinterpret_cast<LPARAM>(ansiText);
     EXPECT_GT(sweep([&] { return AtFORWARD_WM_GETTEXTW(window.hwnd, 16, buf, Record); }), 0);
     EXPECT_GT(sweep([&] {
         AtFORWARD_WM_CHARW(window.hwnd, text[0], 1, Record);
@@ -457,9 +459,9 @@ TEST_F(TextMessagesTest, AllocationFailureCallsNothingAndLeavesTheHelpersError)
         AtFORWARD_WM_SETTEXTW(window.hwnd, text.c_str(), Record);
         return 0;
     }), 0);
-    EXPECT_GT(sweep([&] { return AtHANDLE_WM_GETTEXTW(window.hwnd, 16, LPARAM(ansiText), OnGetText); }), 0);
+    EXPECT_GT(sweep([&] { return AtHANDLE_WM_GETTEXTW(window.hwnd, 16, ansi, OnGetText); }), 0);
     EXPECT_GT(sweep([&] { return AtHANDLE_WM_CHARW(window.hwnd, 'a', 1, OnChar); }), 0);
-    EXPECT_GT(sweep([&] { return AtHANDLE_WM_SETTEXTW(window.hwnd, 0, LPARAM(ansiText), OnText); }), 0);
+    EXPECT_GT(sweep([&] { return AtHANDLE_WM_SETTEXTW(window.hwnd, 0, ansi, OnText); }), 0);
 }
 
 }  // namespace

@@ -354,7 +354,9 @@ TEST_F(WindowsTest, AllocationFailures)
     };
     EXPECT_EQ(sweep([&] { return GetWindowTextW(window.hwnd, buf, 64) != 0; }, 0), 1);
     EXPECT_EQ(sweep([&] { return SetWindowTextW(window.hwnd, title.c_str()) != 0; }, 0), 1);
-    EXPECT_EQ(sweep([&] { return FindWindowW(TestWindow::className, title.c_str()) != nullptr; }, 0), 2);
+    EXPECT_EQ(sweep([&] { return FindWindowW(TestWindow::className, title.c_str()) != nullptr; },
+                    0),
+              2);
     EXPECT_EQ(sweep([&] { return SetPropW(window.hwnd, title.c_str(), HANDLE(1)) != 0; },
                     ERROR_OUTOFMEMORY),
               1);
