@@ -1,7 +1,7 @@
 // Window classes: registration, lookup, class names and class data; registered
 // messages and clipboard formats.
 #include "core/core.h"
-#include "user/forward.h"
+#include "user/user.h"
 
 AT_SYSTEM_FUNCTION(user32, RegisterClassExW, 0)
 AT_SYSTEM_FUNCTION(user32, RegisterClassExA, 0)
@@ -114,15 +114,9 @@ int WINAPI GetClassNameW(HWND hwnd, LPWSTR buf, int n)
             err.value = GetLastError();
             return 0;
         }
-        AtStringSlot bufA;
-        AtAllocAnsiOut(bufA, n);
-        // The conversion counts the characters, whatever the A function answered; a
-        // window it cannot read leaves this empty name rather than the heap's contents.
-        *static_cast<char*>(bufA) = '\0';
-        // Told the heap size: n characters may take n * AtMaxCharSize bytes.
-        err.keep(Sys::GetClassNameA(hwnd, bufA, static_cast<int>(AtHeapSize(bufA))));
-        int r = AtAnsiToWideOut(bufA, buf, n);
-        return r ? r - 1 : 0;
+        return AtReadTextOut(buf, n, err, [&](LPSTR bufA, int size) {
+            return Sys::GetClassNameA(hwnd, bufA, size);
+        });
     });
 }
 

@@ -1,7 +1,7 @@
 // Window procedures and messages. Every member passes the caller's arguments to
 // the A function untouched: see AtForward.
 #include "core/core.h"
-#include "user/forward.h"
+#include "user/user.h"
 
 AT_SYSTEM_FUNCTION(user32, CallWindowProcW, 0)
 AT_SYSTEM_FUNCTION(user32, CallWindowProcA, 0)

@@ -1,6 +1,6 @@
 // Windows and dialogs: creation, finding, window text, properties and window data.
 #include "core/core.h"
-#include "user/forward.h"
+#include "user/user.h"
 
 AT_SYSTEM_FUNCTION(user32, CreateWindowExW, 0)
 AT_SYSTEM_FUNCTION(user32, CreateWindowExA, 0)
@@ -126,9 +126,6 @@ HWND WINAPI FindWindowExW(HWND parent, HWND childAfter, LPCWSTR className, LPCWS
         });
 }
 
-// The whole text is converted or nothing: on a double-byte code page the A call,
-// given n * AtMaxCharSize bytes, may return more characters than the caller's n,
-// and then the answer is 0 rather than a cut text.
 int WINAPI GetWindowTextW(HWND hwnd, LPWSTR buf, int n)
 {
     return AtExport(Sys::GetWindowTextW, hwnd, buf, n).orAnsi(0, [&](AtSavedError& err) {
@@ -136,12 +133,9 @@ int WINAPI GetWindowTextW(HWND hwnd, LPWSTR buf, int n)
             err.value = GetLastError();  // nothing is called, nothing changes
             return 0;
         }
-        AtStringSlot bufA;
-        AtAllocAnsiOut(bufA, n);
-        *static_cast<char*>(bufA) = '\0';  // as for GetClassNameW: never the heap's contents
-        err.keep(Sys::GetWindowTextA(hwnd, bufA, static_cast<int>(AtHeapSize(bufA))));
-        int r = AtAnsiToWideOut(bufA, buf, n);
-        return r ? r - 1 : 0;
+        return AtReadTextOut(buf, n, err, [&](LPSTR bufA, int size) {
+            return Sys::GetWindowTextA(hwnd, bufA, size);
+        });
     });
 }
 

@@ -6,6 +6,16 @@
 
 #include <functional>
 
+inline bool RegisterTestClass(const wchar_t* name, WNDPROC proc)
+{
+    WNDCLASSEXW wc = {};
+    wc.cbSize = sizeof wc;
+    wc.lpfnWndProc = proc;
+    wc.hInstance = GetModuleHandleW(nullptr);
+    wc.lpszClassName = name;
+    return RegisterClassExW(&wc) != 0;
+}
+
 class TestWindow {
 public:
     using Handler = std::function<LRESULT(HWND, UINT, WPARAM, LPARAM)>;
@@ -45,14 +55,7 @@ public:
 private:
     static void Register()
     {
-        static bool registered = [] {
-            WNDCLASSEXW wc = {};
-            wc.cbSize = sizeof wc;
-            wc.lpfnWndProc = Proc;
-            wc.hInstance = GetModuleHandleW(nullptr);
-            wc.lpszClassName = className;
-            return RegisterClassExW(&wc) != 0;
-        }();
+        static bool registered = RegisterTestClass(className, Proc);
         (void)registered;
     }
 };
@@ -72,14 +75,7 @@ public:
 
     MdiClient()
     {
-        static bool registered = [] {
-            WNDCLASSEXW wc = {};
-            wc.cbSize = sizeof wc;
-            wc.lpfnWndProc = DefMDIChildProcW;
-            wc.hInstance = GetModuleHandleW(nullptr);
-            wc.lpszClassName = childClass;
-            return RegisterClassExW(&wc) != 0;
-        }();
+        static bool registered = RegisterTestClass(childClass, DefMDIChildProcW);
         (void)registered;
         CLIENTCREATESTRUCT ccs = {nullptr, 100};
         hwnd = CreateWindowExW(0, L"MDICLIENT", nullptr, WS_CHILD | WS_CLIPCHILDREN, 0, 0, 100,
