@@ -54,7 +54,12 @@ template <typename R, typename Body>
 {
     try {
         return body();
-    } catch (CAtException&) {
+    } catch (CAtException& e) {
+        // Throwing and catching clear the thread's last error (the C++ runtime's
+        // thread-local lookups succeed with SetLastError(0)), so the code the helper
+        // set before throwing is set again for the caller to see.
+        SetLastError(e.value == CAtException::OutOfMemory ? ERROR_OUTOFMEMORY
+                                                          : ERROR_INVALID_PARAMETER);
         return failure;
     }
 }
