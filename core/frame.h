@@ -55,11 +55,9 @@ template <typename R, typename Body>
     try {
         return body();
     } catch (CAtException& e) {
-        // Throwing and catching clear the thread's last error (the C++ runtime's
-        // thread-local lookups succeed with SetLastError(0)), so the code the helper
-        // set before throwing is set again for the caller to see.
+        // The helper's error, set again: unwinding may have run code that cleared it.
         SetLastError(e.value == CAtException::OutOfMemory ? ERROR_OUTOFMEMORY
-                                                          : ERROR_INVALID_PARAMETER);
+                                                           : ERROR_INVALID_PARAMETER);
         return failure;
     }
 }
