@@ -29,7 +29,8 @@ int CountedToAnsi(AtStringSlot& slot, LPCWSTR s, int count)
 // Time and date formats share the protocol; the signed tests let a negative
 // count or a failed call (0) through as the A function's own result. Like
 // GetLocaleInfoW, the count delivered excludes the terminator: one less than the
-// system's W function answers, which callers on the ANSI platforms rely on.
+// system's W function answers. That is the library's established result, kept on
+// purpose.
 template <typename FormatCall>
 int FormatTimeOrDate(FormatCall callA, LCID lcid, DWORD flags, const SYSTEMTIME* time,
                      LPCWSTR format, LPWSTR buf, int n, AtSavedError& err)
