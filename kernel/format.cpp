@@ -119,10 +119,13 @@ private:
 // The argument array handed to FormatMessageA: the caller's values with every
 // string converted to the ANSI code page and every character to its ANSI byte.
 // It frees the strings it converted, also when a conversion runs out of memory
-// half way through.
+// half way through (so the building is not left to a constructor, whose object
+// would never be destroyed).
 class AtFormatArgs {
 public:
-    AtFormatArgs(LPCWSTR tmpl, int count, AtInsertValues values)
+    AtFormatArgs() = default;
+
+    void build(LPCWSTR tmpl, int count, AtInsertValues values)
     {
         table = count ? static_cast<DWORD*>(AtAlloc(4 * count)) : nullptr;
         this->tmpl = tmpl;
@@ -256,7 +259,8 @@ DWORD WINAPI FormatMessageW(DWORD flags, LPCVOID source, DWORD id, DWORD languag
             DWORD r;
             if (AtCountTextInserts(tmpl)) {
                 bool isArray = flags & FORMAT_MESSAGE_ARGUMENT_ARRAY;
-                AtFormatArgs table(tmpl, inserts, AtInsertValues(arguments, isArray));
+                AtFormatArgs table;
+                table.build(tmpl, inserts, AtInsertValues(arguments, isArray));
                 formatFlags |= FORMAT_MESSAGE_ARGUMENT_ARRAY;
                 r = err.keep(FormatMessageA(formatFlags, templateA, id, language, outA,
                                             AtHeapSize(outA), table.array()));
