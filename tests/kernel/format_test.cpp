@@ -45,27 +45,23 @@ std::wstring FormatA(DWORD flags, LPCVOID source, DWORD id, const DWORD_PTR* arg
     return r ? harness::FromAnsi(std::string(buf, r)) : Failed;
 }
 
-struct Inserts {  // the file name of two message texts, for both functions
-    std::wstring name = harness::NonAsciiText() + L".exe";
-    std::string nameA = harness::ToAnsi(name);
-    DWORD_PTR w[2] = {(DWORD_PTR)L"1F", (DWORD_PTR)name.c_str()};
-    DWORD_PTR a[2] = {(DWORD_PTR)"1F", (DWORD_PTR)nameA.c_str()};
-};
+// The inserts of two message texts (a number and a file name), for both functions.
+const DWORD_PTR InsertsW[] = {(DWORD_PTR)L"1F", (DWORD_PTR)L"a.exe"};
+const DWORD_PTR InsertsA[] = {(DWORD_PTR)"1F", (DWORD_PTR)"a.exe"};
 
 }  // namespace
 
 TEST_F(FormatTest, SystemAndModuleMessagesAgreeWithTheAnsiFunction)
 {
-    Inserts args;
-    HMODULE messages = GetModuleHandleW(L"kernelbase.dll");
+    HMODULE messages = GetModuleHandleW(L"kernelbase.dll");  // Wine's system message table
     const DWORD FromModule = FORMAT_MESSAGE_FROM_HMODULE, Ignore = FORMAT_MESSAGE_IGNORE_INSERTS;
     for (DWORD alloc : {0ul, Allocate}) {
         EXPECT_EQ(Format(alloc | FromSystem | Ignore, nullptr, 2, nullptr),
                   FormatA(FromSystem | Ignore, nullptr, 2, nullptr));
-        EXPECT_EQ(Format(alloc | FromSystem | Array, nullptr, 317, args.w),
-                  FormatA(FromSystem | Array, nullptr, 317, args.a));
-        EXPECT_EQ(Format(alloc | FromModule | Array, messages, 193, args.w),
-                  FormatA(FromModule | Array, messages, 193, args.a));
+        EXPECT_EQ(Format(alloc | FromSystem | Array, nullptr, 317, InsertsW),
+                  FormatA(FromSystem | Array, nullptr, 317, InsertsA));
+        EXPECT_EQ(Format(alloc | FromModule | Array, messages, 193, InsertsW),
+                  FormatA(FromModule | Array, messages, 193, InsertsA));
         EXPECT_EQ(Format(alloc | FromSystem, nullptr, 0x7FFF1234, nullptr), Failed);
         EXPECT_EQ(GetLastError(), (DWORD)ERROR_MR_MID_NOT_FOUND);
     }
@@ -108,12 +104,11 @@ TEST_F(FormatTest, TheAnsiFunctionGetsConvertedInsertsAndTheTemplateAsItIs)
         lstrcpyA(buf, "ok");
         return 2ul;
     });
-    auto tableSize = [](const DWORD* table) { return HeapSize(GetProcessHeap(), 0, table); };
     std::wstring text = harness::NonAsciiText();
     check = [&](DWORD flags, LPCSTR tmpl, const DWORD* table) {
         EXPECT_EQ(flags, FromString | Array);
         EXPECT_STREQ(tmpl, "%%1 %1 %2!u! %3!S! %4!c! %6");
-        EXPECT_EQ(tableSize(table), 16u);  // "%%1" is text, and %5 is missing
+        EXPECT_EQ(HeapSize(GetProcessHeap(), 0, table), 16u);  // "%%1" is text, and %5 is missing
         EXPECT_EQ((LPCSTR)table[0], harness::ToAnsi(text));
         EXPECT_EQ(table[1], 9u);
         EXPECT_STREQ((LPCSTR)table[2], "three");  // "!S!" stays and gets ANSI text
@@ -124,7 +119,7 @@ TEST_F(FormatTest, TheAnsiFunctionGetsConvertedInsertsAndTheTemplateAsItIs)
     const DWORD_PTR args[] = {(DWORD_PTR)L"a", (DWORD_PTR)L"b", (DWORD_PTR)L"c"};
     for (LPCWSTR tmpl : {L"%1 %3", L"%1 %100"}) {
         check = [&](DWORD, LPCSTR, const DWORD* table) {
-            EXPECT_EQ(tableSize(table), 4u);
+            EXPECT_EQ(HeapSize(GetProcessHeap(), 0, table), 4u);
             EXPECT_STREQ((LPCSTR)table[0], "a");
         };
         EXPECT_EQ(Format(FromString | Array, tmpl, 0, args), L"ok");
@@ -155,12 +150,11 @@ TEST_F(FormatTest, RunningOutOfMemoryAnswersZeroAndFreesEverything)
     });
     TW_HOOK(localFree, LocalFree, [&](HLOCAL h) { freed.insert(h); return localFree.real(h); });
 
-    Inserts args;
-    std::wstring expected = FormatA(FromSystem | Array, nullptr, 317, args.a);
+    std::wstring expected = FormatA(FromSystem | Array, nullptr, 317, InsertsA);
     for (DWORD alloc : {0ul, Allocate}) {
         int failing = harness::SweepAllocationFailures([&](int k) {
             format.calls = 0;
-            std::wstring text = Format(alloc | FromSystem | Array, nullptr, 317, args.w);
+            std::wstring text = Format(alloc | FromSystem | Array, nullptr, 317, InsertsW);
             if (text == Failed) {
                 EXPECT_EQ(GetLastError(), format.calls ? 777u : 0u) << "allocation " << k;
             } else {
