@@ -15,14 +15,14 @@ AT_SYSTEM_FUNCTION(kernel32, FormatMessageW, 0)
 
 namespace {
 
-const int AtMaxInsert = 99;  // inserts are numbered %1 to %99
+const int MaxInsert = 99;  // inserts are numbered %1 to %99
 
 // The position of insert n ("%n") in the template, or null. An escaped percent
 // sign ("%%1") is text, not an insert. The first match wins, so the pattern of
 // insert 1 also matches the start of "%10".
 LPCWSTR AtFindInsert(LPCWSTR tmpl, int n)
 {
-    if (n > AtMaxInsert || !tmpl)
+    if (n > MaxInsert || !tmpl)
         return nullptr;
     WCHAR pattern[8];
     _snwprintf(pattern, ARRAYSIZE(pattern), L"%%%d", n);
@@ -78,7 +78,7 @@ WCHAR TypeOfInsert(LPCWSTR tmpl, int n)
 int AtCountInserts(LPCWSTR tmpl)
 {
     int n = 0;
-    while (n < AtMaxInsert && AtFindInsert(tmpl, n + 1))
+    while (n < MaxInsert && AtFindInsert(tmpl, n + 1))
         ++n;
     return n;
 }
@@ -87,7 +87,7 @@ int AtCountInserts(LPCWSTR tmpl)
 int AtCountTextInserts(LPCWSTR tmpl)
 {
     int count = 0;
-    for (int n = 1; n <= AtMaxInsert; ++n) {
+    for (int n = 1; n <= MaxInsert; ++n) {
         WCHAR type = TypeOfInsert(tmpl, n);
         if (!type)
             break;
@@ -240,10 +240,10 @@ DWORD WINAPI FormatMessageW(DWORD flags, LPCVOID source, DWORD id, DWORD languag
                 // Nothing to expand: the template is the message. It is copied as
                 // it stands, without a check against the caller's size.
                 DWORD length = wcslen(tmpl);
-                if (allocate)
-                    *allocated = LocalCopy(tmpl, 2 * length + 2);
-                else
+                if (!allocate)
                     wcscpy(buffer, tmpl);
+                else if (!(*allocated = LocalCopy(tmpl, 2 * length + 2)))
+                    return 0;
                 return length;
             }
 
@@ -278,6 +278,8 @@ DWORD WINAPI FormatMessageW(DWORD flags, LPCVOID source, DWORD id, DWORD languag
                 p.p = *reinterpret_cast<char**>(outA.value);
                 AtStringSlot w;
                 AtAnsiToWideTemp(w, p.p);
+                // One zeroed character beyond the terminator, whatever the
+                // conversion left.
                 LPWSTR h = LocalCopy(w, (AtHeapSize(w) | 1) + 1);
                 result = h ? wcslen(h) + 1 : 0;
                 *allocated = h;
