@@ -41,8 +41,8 @@ void DemoFormat(void)
     args[2] = (DWORD_PTR)L"drive D:";
     r = FormatMessageW(FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUMENT_ARRAY,
                        L"%1 has %2!d! pages on %3!s!.", 0, 0, text, 256, (va_list *)args);
-    printf("FormatMessageW(FROM_STRING | ARGUMENT_ARRAY, \"%%1 has %%2!d! pages on %%3!s!.\") -> %lu",
-           r);
+    printf("FormatMessageW(FROM_STRING | ARGUMENT_ARRAY, \"%%1 has %%2!d! pages on %%3!s!.\")"
+           " -> %lu", r);
     if (r)
         DemoPrint(": ", text);
     else

@@ -251,8 +251,9 @@ DWORD WINAPI FormatMessageW(DWORD flags, LPCVOID source, DWORD id, DWORD languag
             AtWideToAnsiTemp(templateA, tmpl);
             // With an allocated buffer FormatMessageA writes only its pointer here.
             AtAllocAnsiOut(outA, allocate ? 4 : size);
-            DWORD formatFlags = (flags & ~(FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_FROM_SYSTEM))
-                                | FORMAT_MESSAGE_FROM_STRING;
+            // The ANSI template is now the source, whatever the caller's was.
+            DWORD formatFlags = flags & ~(FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_FROM_SYSTEM);
+            formatFlags |= FORMAT_MESSAGE_FROM_STRING;
 
             // Numeric inserts can take the caller's values as they are; the template
             // keeps its formats, so a "!S!" insert gets the converted ANSI string.

@@ -99,11 +99,12 @@ TEST_F(FormatTest, TheAnsiFunctionGetsConvertedInsertsAndTheTemplateAsItIs)
     // FormatMessageA's view of the call. It answers "ok" itself: the system would
     // read beyond a table that a gap in the numbering cut short.
     std::function<void(DWORD flags, LPCSTR tmpl, const DWORD* table)> check;
-    TW_HOOK(hook, FormatMessageA, [&](DWORD f, LPCVOID s, DWORD, DWORD, LPSTR buf, DWORD, va_list* a) {
-        check(f, static_cast<LPCSTR>(s), reinterpret_cast<const DWORD*>(a));
-        lstrcpyA(buf, "ok");
-        return 2ul;
-    });
+    TW_HOOK(hook, FormatMessageA,
+            [&](DWORD f, LPCVOID s, DWORD, DWORD, LPSTR buf, DWORD, va_list* a) {
+                check(f, (LPCSTR)s, (const DWORD*)a);
+                lstrcpyA(buf, "ok");
+                return 2ul;
+            });
     std::wstring text = harness::NonAsciiText();
     check = [&](DWORD flags, LPCSTR tmpl, const DWORD* table) {
         EXPECT_EQ(flags, FromString | Array);
@@ -114,7 +115,8 @@ TEST_F(FormatTest, TheAnsiFunctionGetsConvertedInsertsAndTheTemplateAsItIs)
         EXPECT_STREQ((LPCSTR)table[2], "three");  // "!S!" stays and gets ANSI text
         EXPECT_EQ(table[3], (DWORD)'x');
     };
-    EXPECT_EQ(FormatV(FromSystem, L"%%1 %1 %2!u! %3!S! %4!c! %6", text.c_str(), 9u, L"three", L'x'), L"ok");
+    EXPECT_EQ(FormatV(FromSystem, L"%%1 %1 %2!u! %3!S! %4!c! %6", text.c_str(), 9u, L"three", L'x'),
+              L"ok");
 
     const DWORD_PTR args[] = {(DWORD_PTR)L"a", (DWORD_PTR)L"b", (DWORD_PTR)L"c"};
     for (LPCWSTR tmpl : {L"%1 %3", L"%1 %100"}) {
@@ -141,13 +143,14 @@ TEST_F(FormatTest, RunningOutOfMemoryAnswersZeroAndFreesEverything)
     // A successful FormatMessageA leaves a mark, so the error that a failing run
     // restores tells whether it failed before or after the ANSI call.
     std::set<HLOCAL> fromFormat, freed;
-    TW_HOOK(format, FormatMessageA, [&](DWORD f, LPCVOID s, DWORD id, DWORD l, LPSTR b, DWORD n, va_list* a) {
-        DWORD r = format.real(f, s, id, l, b, n, a);
-        if (r && (f & Allocate))
-            fromFormat.insert(*(HLOCAL*)b);
-        SetLastError(777);
-        return r;
-    });
+    TW_HOOK(format, FormatMessageA,
+            [&](DWORD f, LPCVOID s, DWORD id, DWORD l, LPSTR b, DWORD n, va_list* a) {
+                DWORD r = format.real(f, s, id, l, b, n, a);
+                if (r && (f & Allocate))
+                    fromFormat.insert(*(HLOCAL*)b);
+                SetLastError(777);
+                return r;
+            });
     TW_HOOK(localFree, LocalFree, [&](HLOCAL h) { freed.insert(h); return localFree.real(h); });
 
     std::wstring expected = FormatA(FromSystem | Array, nullptr, 317, InsertsA);
