@@ -205,7 +205,7 @@ DWORD WINAPI FormatMessageW(DWORD flags, LPCVOID source, DWORD id, DWORD languag
                             DWORD size, va_list* arguments)
 {
     return AtExport(Sys::FormatMessageW, flags, source, id, language, buffer, size, arguments)
-        .orAnsi(0, [&](AtSavedError& err) -> DWORD {
+        .orAnsi(0, [=](AtSavedError& err) -> DWORD {
             const bool allocate = flags & FORMAT_MESSAGE_ALLOCATE_BUFFER;
             LPWSTR* allocated = reinterpret_cast<LPWSTR*>(buffer);
 

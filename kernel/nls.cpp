@@ -52,7 +52,7 @@ int WINAPI CompareStringW(LCID lcid, DWORD flags, PCNZWCH first, int firstCount,
                           int secondCount)
 {
     return AtExport(Sys::CompareStringW, lcid, flags, first, firstCount, second, secondCount)
-        .orAnsi(0, [&](AtSavedError& err) {
+        .orAnsi(0, [=](AtSavedError& err) {
             AtStringSlot firstA, secondA;
             int firstCountA = CountedToAnsi(firstA, first, firstCount);
             int secondCountA = CountedToAnsi(secondA, second, secondCount);
@@ -63,7 +63,7 @@ int WINAPI CompareStringW(LCID lcid, DWORD flags, PCNZWCH first, int firstCount,
 // Numeric locale types come back as text too and are converted like any other.
 int WINAPI GetLocaleInfoW(LCID lcid, LCTYPE type, LPWSTR buf, int n)
 {
-    return AtExport(Sys::GetLocaleInfoW, lcid, type, buf, n).orAnsi(0, [&](AtSavedError& err) {
+    return AtExport(Sys::GetLocaleInfoW, lcid, type, buf, n).orAnsi(0, [=](AtSavedError& err) {
         AtStringSlot bufA;
         AtAllocAnsiOut(bufA, n);
         int r = err.keep(GetLocaleInfoA(lcid, type, bufA, AtHeapSize(bufA)));
@@ -77,7 +77,7 @@ int WINAPI GetLocaleInfoW(LCID lcid, LCTYPE type, LPWSTR buf, int n)
 
 BOOL WINAPI SetLocaleInfoW(LCID lcid, LCTYPE type, LPCWSTR value)
 {
-    return AtExport(Sys::SetLocaleInfoW, lcid, type, value).orAnsi(FALSE, [&](AtSavedError& err) {
+    return AtExport(Sys::SetLocaleInfoW, lcid, type, value).orAnsi(FALSE, [=](AtSavedError& err) {
         AtStringSlot valueA;
         AtWideToAnsiTemp(valueA, value);
         return err.keep(SetLocaleInfoA(lcid, type, valueA));
@@ -88,7 +88,7 @@ int WINAPI GetTimeFormatW(LCID lcid, DWORD flags, const SYSTEMTIME* time, LPCWST
                           LPWSTR buf, int n)
 {
     return AtExport(Sys::GetTimeFormatW, lcid, flags, time, format, buf, n)
-        .orAnsi(0, [&](AtSavedError& err) {
+        .orAnsi(0, [=](AtSavedError& err) {
             return FormatTimeOrDate(GetTimeFormatA, lcid, flags, time, format, buf, n, err);
         });
 }
@@ -97,7 +97,7 @@ int WINAPI GetDateFormatW(LCID lcid, DWORD flags, const SYSTEMTIME* date, LPCWST
                           LPWSTR buf, int n)
 {
     return AtExport(Sys::GetDateFormatW, lcid, flags, date, format, buf, n)
-        .orAnsi(0, [&](AtSavedError& err) {
+        .orAnsi(0, [=](AtSavedError& err) {
             return FormatTimeOrDate(GetDateFormatA, lcid, flags, date, format, buf, n, err);
         });
 }

@@ -79,42 +79,42 @@ DWORD SectionResult(const AtStringSlot& bufA, LPWSTR buf, DWORD n, DWORD r)
 
 ATOM WINAPI GlobalAddAtomW(LPCWSTR name)
 {
-    return AtExport(Sys::GlobalAddAtomW, name).orAnsi(ATOM(0), [&](AtSavedError& err) {
+    return AtExport(Sys::GlobalAddAtomW, name).orAnsi(ATOM(0), [=](AtSavedError& err) {
         return AtomOfName(GlobalAddAtomA, name, err);
     });
 }
 
 ATOM WINAPI GlobalFindAtomW(LPCWSTR name)
 {
-    return AtExport(Sys::GlobalFindAtomW, name).orAnsi(ATOM(0), [&](AtSavedError& err) {
+    return AtExport(Sys::GlobalFindAtomW, name).orAnsi(ATOM(0), [=](AtSavedError& err) {
         return AtomOfName(GlobalFindAtomA, name, err);
     });
 }
 
 UINT WINAPI GlobalGetAtomNameW(ATOM atom, LPWSTR buf, int n)
 {
-    return AtExport(Sys::GlobalGetAtomNameW, atom, buf, n).orAnsi(0u, [&](AtSavedError& err) {
+    return AtExport(Sys::GlobalGetAtomNameW, atom, buf, n).orAnsi(0u, [=](AtSavedError& err) {
         return ReadAtomName(GlobalGetAtomNameA, atom, buf, n, err);
     });
 }
 
 ATOM WINAPI AddAtomW(LPCWSTR name)
 {
-    return AtExport(Sys::AddAtomW, name).orAnsi(ATOM(0), [&](AtSavedError& err) {
+    return AtExport(Sys::AddAtomW, name).orAnsi(ATOM(0), [=](AtSavedError& err) {
         return AtomOfName(AddAtomA, name, err);
     });
 }
 
 ATOM WINAPI FindAtomW(LPCWSTR name)
 {
-    return AtExport(Sys::FindAtomW, name).orAnsi(ATOM(0), [&](AtSavedError& err) {
+    return AtExport(Sys::FindAtomW, name).orAnsi(ATOM(0), [=](AtSavedError& err) {
         return AtomOfName(FindAtomA, name, err);
     });
 }
 
 UINT WINAPI GetAtomNameW(ATOM atom, LPWSTR buf, int n)
 {
-    return AtExport(Sys::GetAtomNameW, atom, buf, n).orAnsi(0u, [&](AtSavedError& err) {
+    return AtExport(Sys::GetAtomNameW, atom, buf, n).orAnsi(0u, [=](AtSavedError& err) {
         return ReadAtomName(GetAtomNameA, atom, buf, n, err);
     });
 }
@@ -123,7 +123,7 @@ UINT WINAPI GetAtomNameW(ATOM atom, LPWSTR buf, int n)
 
 UINT WINAPI GetProfileIntW(LPCWSTR section, LPCWSTR key, INT def)
 {
-    return AtExport(Sys::GetProfileIntW, section, key, def).orAnsiWithoutSavedError(0u, [&] {
+    return AtExport(Sys::GetProfileIntW, section, key, def).orAnsiWithoutSavedError(0u, [=] {
         AtStringSlot sectionA, keyA;
         AtWideToAnsiTemp(sectionA, section);
         AtWideToAnsiTemp(keyA, key);
@@ -134,7 +134,7 @@ UINT WINAPI GetProfileIntW(LPCWSTR section, LPCWSTR key, INT def)
 UINT WINAPI GetPrivateProfileIntW(LPCWSTR section, LPCWSTR key, INT def, LPCWSTR file)
 {
     return AtExport(Sys::GetPrivateProfileIntW, section, key, def, file)
-        .orAnsiWithoutSavedError(0u, [&] {
+        .orAnsiWithoutSavedError(0u, [=] {
             AtStringSlot sectionA, keyA, fileA;
             AtWideToAnsiTemp(sectionA, section);
             AtWideToAnsiTemp(keyA, key);
@@ -146,7 +146,7 @@ UINT WINAPI GetPrivateProfileIntW(LPCWSTR section, LPCWSTR key, INT def, LPCWSTR
 DWORD WINAPI GetProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR def, LPWSTR buf, DWORD n)
 {
     return AtExport(Sys::GetProfileStringW, section, key, def, buf, n)
-        .orAnsiWithoutSavedError(DWORD(0), [&] {
+        .orAnsiWithoutSavedError(DWORD(0), [=] {
             AtStringSlot sectionA, keyA, defA, bufA;
             AtWideToAnsiTemp(sectionA, section);
             AtWideToAnsiTemp(keyA, key);
@@ -161,7 +161,7 @@ DWORD WINAPI GetPrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR def,
                                       DWORD n, LPCWSTR file)
 {
     return AtExport(Sys::GetPrivateProfileStringW, section, key, def, buf, n, file)
-        .orAnsiWithoutSavedError(DWORD(0), [&] {
+        .orAnsiWithoutSavedError(DWORD(0), [=] {
             AtStringSlot sectionA, keyA, defA, bufA, fileA;
             AtWideToAnsiTemp(sectionA, section);
             AtWideToAnsiTemp(keyA, key);
@@ -176,7 +176,7 @@ DWORD WINAPI GetPrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR def,
 DWORD WINAPI GetProfileSectionW(LPCWSTR section, LPWSTR buf, DWORD n)
 {
     return AtExport(Sys::GetProfileSectionW, section, buf, n)
-        .orAnsiWithoutSavedError(DWORD(0), [&] {
+        .orAnsiWithoutSavedError(DWORD(0), [=] {
             AtStringSlot sectionA, bufA;
             AtWideToAnsiTemp(sectionA, section);
             AtAllocAnsiOut(bufA, n);
@@ -188,7 +188,7 @@ DWORD WINAPI GetProfileSectionW(LPCWSTR section, LPWSTR buf, DWORD n)
 DWORD WINAPI GetPrivateProfileSectionW(LPCWSTR section, LPWSTR buf, DWORD n, LPCWSTR file)
 {
     return AtExport(Sys::GetPrivateProfileSectionW, section, buf, n, file)
-        .orAnsiWithoutSavedError(DWORD(0), [&] {
+        .orAnsiWithoutSavedError(DWORD(0), [=] {
             AtStringSlot sectionA, bufA, fileA;
             AtWideToAnsiTemp(sectionA, section);
             AtAllocAnsiOut(bufA, n);
@@ -201,7 +201,7 @@ DWORD WINAPI GetPrivateProfileSectionW(LPCWSTR section, LPWSTR buf, DWORD n, LPC
 DWORD WINAPI GetPrivateProfileSectionNamesW(LPWSTR buf, DWORD n, LPCWSTR file)
 {
     return AtExport(Sys::GetPrivateProfileSectionNamesW, buf, n, file)
-        .orAnsiWithoutSavedError(DWORD(0), [&] {
+        .orAnsiWithoutSavedError(DWORD(0), [=] {
             AtStringSlot bufA, fileA;
             AtAllocAnsiOut(bufA, n);
             AtWideToAnsiTemp(fileA, file);
@@ -215,7 +215,7 @@ BOOL WINAPI GetPrivateProfileStructW(LPCWSTR section, LPCWSTR key, LPVOID data, 
                                      LPCWSTR file)
 {
     return AtExport(Sys::GetPrivateProfileStructW, section, key, data, size, file)
-        .orAnsiWithoutSavedError(FALSE, [&] {
+        .orAnsiWithoutSavedError(FALSE, [=] {
             AtStringSlot sectionA, keyA, fileA;
             AtWideToAnsiTemp(sectionA, section);
             AtWideToAnsiTemp(keyA, key);
@@ -229,7 +229,7 @@ BOOL WINAPI GetPrivateProfileStructW(LPCWSTR section, LPCWSTR key, LPVOID data, 
 BOOL WINAPI WriteProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR value)
 {
     return AtExport(Sys::WriteProfileStringW, section, key, value)
-        .orAnsi(FALSE, [&](AtSavedError& err) {
+        .orAnsi(FALSE, [=](AtSavedError& err) {
             AtStringSlot sectionA, keyA, valueA;
             AtWideToAnsiTemp(sectionA, section);
             AtWideToAnsiTemp(keyA, key);
@@ -241,7 +241,7 @@ BOOL WINAPI WriteProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR value)
 BOOL WINAPI WritePrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR value, LPCWSTR file)
 {
     return AtExport(Sys::WritePrivateProfileStringW, section, key, value, file)
-        .orAnsi(FALSE, [&](AtSavedError& err) {
+        .orAnsi(FALSE, [=](AtSavedError& err) {
             AtStringSlot sectionA, keyA, valueA, fileA;
             AtWideToAnsiTemp(sectionA, section);
             AtWideToAnsiTemp(keyA, key);
@@ -255,7 +255,7 @@ BOOL WINAPI WritePrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR val
 BOOL WINAPI WriteProfileSectionW(LPCWSTR section, LPCWSTR keys)
 {
     return AtExport(Sys::WriteProfileSectionW, section, keys)
-        .orAnsi(FALSE, [&](AtSavedError& err) {
+        .orAnsi(FALSE, [=](AtSavedError& err) {
             AtStringSlot sectionA, keysA;
             AtWideToAnsiTemp(sectionA, section);
             AtWideToAnsiTempList(keysA, keys, AtListOfStrings);
@@ -266,7 +266,7 @@ BOOL WINAPI WriteProfileSectionW(LPCWSTR section, LPCWSTR keys)
 BOOL WINAPI WritePrivateProfileSectionW(LPCWSTR section, LPCWSTR keys, LPCWSTR file)
 {
     return AtExport(Sys::WritePrivateProfileSectionW, section, keys, file)
-        .orAnsi(FALSE, [&](AtSavedError& err) {
+        .orAnsi(FALSE, [=](AtSavedError& err) {
             AtStringSlot sectionA, keysA, fileA;
             AtWideToAnsiTemp(sectionA, section);
             AtWideToAnsiTempList(keysA, keys, AtListOfStrings);
@@ -279,7 +279,7 @@ BOOL WINAPI WritePrivateProfileStructW(LPCWSTR section, LPCWSTR key, LPVOID data
                                        LPCWSTR file)
 {
     return AtExport(Sys::WritePrivateProfileStructW, section, key, data, size, file)
-        .orAnsi(FALSE, [&](AtSavedError& err) {
+        .orAnsi(FALSE, [=](AtSavedError& err) {
             AtStringSlot sectionA, keyA, fileA;
             AtWideToAnsiTemp(sectionA, section);
             AtWideToAnsiTemp(keyA, key);
