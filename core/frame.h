@@ -1,10 +1,12 @@
 // The frame every export shares.
 //
 //     return AtExport(Sys::GetShortPathNameW, longPath, buf, n)
-//         .orAnsi(0, [&](AtSavedError& err) { ...convert, call the A function... });
+//         .orAnsi(0, [=](AtSavedError& err) { ...convert, call the A function... });
 //
 // On the NT family the export calls the system's W function with the caller's
-// arguments and nothing else happens: one flag test and one call. Otherwise the
+// arguments and nothing else happens: one flag test and a jump to the function.
+// (The body captures the arguments by value: a body that took their addresses
+// would keep the compiler from making that call a jump.) Otherwise the
 // ANSI body runs in a frame of its own (kept out of line so that the W path stays
 // that small):
 //   orAnsi                   the A call's error, saved by the body with err.keep(),
@@ -36,7 +38,7 @@ public:
 };
 
 template <typename R, typename Body>
-[[gnu::noinline]] R AtAnsiFrame(R failure, Body& body)
+[[gnu::noinline]] R AtAnsiFrame(R failure, Body body)
 {
     AtSavedError err;
     R result;
@@ -50,17 +52,20 @@ template <typename R, typename Body>
 }
 
 template <typename R, typename Body>
-[[gnu::noinline]] R AtAnsiFrameWithoutSavedError(R failure, Body& body)
+[[gnu::noinline]] R AtAnsiFrameWithoutSavedError(R failure, Body body)
 {
     try {
         return body();
-    } catch (CAtException&) {
+    } catch (CAtException& e) {
+        // The helper's error, set again: unwinding may have run code that cleared it.
+        SetLastError(e.value == CAtException::OutOfMemory ? ERROR_OUTOFMEMORY
+                                                           : ERROR_INVALID_PARAMETER);
         return failure;
     }
 }
 
 template <typename R, typename Body>
-[[gnu::noinline]] R AtAnsiFrameUnguarded(Body& body)
+[[gnu::noinline]] R AtAnsiFrameUnguarded(Body body)
 {
     return body();
 }
@@ -73,7 +78,7 @@ public:
     [[gnu::always_inline]] AtExportCall(const Import& wide, A... args) : wide(wide), args(args...) {}
 
     template <typename Body>
-    [[gnu::always_inline]] R orAnsi(R failure, Body&& body) const
+    [[gnu::always_inline]] R orAnsi(R failure, Body body) const
     {
         if (AtModuleState.AtIsUnicodePlatform)
             return std::apply(wide, args);
@@ -81,7 +86,7 @@ public:
     }
 
     template <typename Body>
-    [[gnu::always_inline]] R orAnsiWithoutSavedError(R failure, Body&& body) const
+    [[gnu::always_inline]] R orAnsiWithoutSavedError(R failure, Body body) const
     {
         if (AtModuleState.AtIsUnicodePlatform)
             return std::apply(wide, args);
@@ -89,7 +94,7 @@ public:
     }
 
     template <typename Body>
-    [[gnu::always_inline]] R orAnsiUnguarded(Body&& body) const
+    [[gnu::always_inline]] R orAnsiUnguarded(Body body) const
     {
         if (AtModuleState.AtIsUnicodePlatform)
             return std::apply(wide, args);

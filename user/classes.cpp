@@ -52,7 +52,7 @@ bool IsClassRecord(const WNDCLASSEXW* wc, AtSavedError& err)
 // The class keeps the caller's own procedure: its windows are ANSI windows.
 ATOM WINAPI RegisterClassExW(const WNDCLASSEXW* wc)
 {
-    return AtExport(Sys::RegisterClassExW, wc).orAnsi(0, [&](AtSavedError& err) -> ATOM {
+    return AtExport(Sys::RegisterClassExW, wc).orAnsi(0, [=](AtSavedError& err) -> ATOM {
         if (!IsClassRecord(wc, err))
             return 0;
         WNDCLASSEXA a;
@@ -71,7 +71,7 @@ ATOM WINAPI RegisterClassExW(const WNDCLASSEXW* wc)
 // the other fields even when the lookup failed.
 BOOL WINAPI GetClassInfoExW(HINSTANCE instance, LPCWSTR name, LPWNDCLASSEXW wc)
 {
-    return AtExport(Sys::GetClassInfoExW, instance, name, wc).orAnsi(FALSE, [&](AtSavedError& err) {
+    return AtExport(Sys::GetClassInfoExW, instance, name, wc).orAnsi(FALSE, [=](AtSavedError& err) {
         if (!IsClassRecord(wc, err))
             return FALSE;
         AtStringSlot nameA;
@@ -88,7 +88,7 @@ BOOL WINAPI GetClassInfoExW(HINSTANCE instance, LPCWSTR name, LPWNDCLASSEXW wc)
 
 BOOL WINAPI UnregisterClassW(LPCWSTR name, HINSTANCE instance)
 {
-    return AtExport(Sys::UnregisterClassW, name, instance).orAnsi(FALSE, [&](AtSavedError& err) {
+    return AtExport(Sys::UnregisterClassW, name, instance).orAnsi(FALSE, [=](AtSavedError& err) {
         AtStringSlot nameA;
         AtWideToAnsiTemp(nameA, name);
         return err.keep(Sys::UnregisterClassA(nameA, instance));
@@ -107,7 +107,7 @@ DWORD WINAPI SetClassLongW(HWND hwnd, int index, LONG value)
 
 int WINAPI GetClassNameW(HWND hwnd, LPWSTR buf, int n)
 {
-    return AtExport(Sys::GetClassNameW, hwnd, buf, n).orAnsi(0, [&](AtSavedError& err) {
+    return AtExport(Sys::GetClassNameW, hwnd, buf, n).orAnsi(0, [=](AtSavedError& err) {
         // No room for a name: answer at once, leaving the buffer and the caller's
         // error as they are.
         if (n == 0 || n == 1) {
@@ -122,7 +122,7 @@ int WINAPI GetClassNameW(HWND hwnd, LPWSTR buf, int n)
 
 UINT WINAPI RegisterWindowMessageW(LPCWSTR name)
 {
-    return AtExport(Sys::RegisterWindowMessageW, name).orAnsiWithoutSavedError(0, [&] {
+    return AtExport(Sys::RegisterWindowMessageW, name).orAnsiWithoutSavedError(0, [=] {
         AtStringSlot nameA;
         AtWideToAnsiTemp(nameA, name);
         return Sys::RegisterWindowMessageA(nameA);
@@ -131,7 +131,7 @@ UINT WINAPI RegisterWindowMessageW(LPCWSTR name)
 
 UINT WINAPI RegisterClipboardFormatW(LPCWSTR name)
 {
-    return AtExport(Sys::RegisterClipboardFormatW, name).orAnsi(0, [&](AtSavedError& err) {
+    return AtExport(Sys::RegisterClipboardFormatW, name).orAnsi(0, [=](AtSavedError& err) {
         AtStringSlot nameA;
         AtWideToAnsiTemp(nameA, name);
         return err.keep(Sys::RegisterClipboardFormatA(nameA));

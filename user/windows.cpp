@@ -42,7 +42,7 @@ HWND WINAPI CreateWindowExW(DWORD exStyle, LPCWSTR className, LPCWSTR windowName
 {
     return AtExport(Sys::CreateWindowExW, exStyle, className, windowName, style, x, y, width,
                     height, parent, menu, instance, param)
-        .orAnsiWithoutSavedError(nullptr, [&] {
+        .orAnsiWithoutSavedError(nullptr, [=] {
             AtStringSlot classA, nameA;
             AtWideToAnsiTemp(classA, className);
             AtWideToAnsiTemp(nameA, windowName);
@@ -57,7 +57,7 @@ HWND WINAPI CreateMDIWindowW(LPCWSTR className, LPCWSTR windowName, DWORD style,
 {
     return AtExport(Sys::CreateMDIWindowW, className, windowName, style, x, y, width, height,
                     parent, instance, param)
-        .orAnsiWithoutSavedError(nullptr, [&] {
+        .orAnsiWithoutSavedError(nullptr, [=] {
             AtStringSlot classA, nameA;
             AtWideToAnsiTemp(classA, className);
             AtWideToAnsiTemp(nameA, windowName);
@@ -70,7 +70,7 @@ HWND WINAPI CreateDialogParamW(HINSTANCE instance, LPCWSTR templateName, HWND pa
                                DLGPROC proc, LPARAM param)
 {
     return AtExport(Sys::CreateDialogParamW, instance, templateName, parent, proc, param)
-        .orAnsiWithoutSavedError(nullptr, [&] {
+        .orAnsiWithoutSavedError(nullptr, [=] {
             AtStringSlot templateA;
             AtWideToAnsiTemp(templateA, templateName);
             return Sys::CreateDialogParamA(instance, templateA, parent, proc, param);
@@ -90,7 +90,7 @@ INT_PTR WINAPI DialogBoxParamW(HINSTANCE instance, LPCWSTR templateName, HWND pa
                                DLGPROC proc, LPARAM param)
 {
     return AtExport(Sys::DialogBoxParamW, instance, templateName, parent, proc, param)
-        .orAnsiWithoutSavedError(0, [&] {
+        .orAnsiWithoutSavedError(0, [=] {
             AtStringSlot templateA;
             AtWideToAnsiTemp(templateA, templateName);
             return Sys::DialogBoxParamA(instance, templateA, parent, proc, param);
@@ -107,7 +107,7 @@ INT_PTR WINAPI DialogBoxIndirectParamW(HINSTANCE instance, LPCDLGTEMPLATEW dialo
 HWND WINAPI FindWindowW(LPCWSTR className, LPCWSTR windowName)
 {
     return AtExport(Sys::FindWindowW, className, windowName)
-        .orAnsi(nullptr, [&](AtSavedError& err) {
+        .orAnsi(nullptr, [=](AtSavedError& err) {
             AtStringSlot classA, nameA;
             AtWideToAnsiTemp(classA, className);
             AtWideToAnsiTemp(nameA, windowName);
@@ -118,7 +118,7 @@ HWND WINAPI FindWindowW(LPCWSTR className, LPCWSTR windowName)
 HWND WINAPI FindWindowExW(HWND parent, HWND childAfter, LPCWSTR className, LPCWSTR windowName)
 {
     return AtExport(Sys::FindWindowExW, parent, childAfter, className, windowName)
-        .orAnsi(nullptr, [&](AtSavedError& err) {
+        .orAnsi(nullptr, [=](AtSavedError& err) {
             AtStringSlot classA, nameA;
             AtWideToAnsiTemp(classA, className);
             AtWideToAnsiTemp(nameA, windowName);
@@ -128,7 +128,7 @@ HWND WINAPI FindWindowExW(HWND parent, HWND childAfter, LPCWSTR className, LPCWS
 
 int WINAPI GetWindowTextW(HWND hwnd, LPWSTR buf, int n)
 {
-    return AtExport(Sys::GetWindowTextW, hwnd, buf, n).orAnsi(0, [&](AtSavedError& err) {
+    return AtExport(Sys::GetWindowTextW, hwnd, buf, n).orAnsi(0, [=](AtSavedError& err) {
         if (n == 0) {
             err.value = GetLastError();  // nothing is called, nothing changes
             return 0;
@@ -148,7 +148,7 @@ int WINAPI GetWindowTextLengthW(HWND hwnd)
 
 BOOL WINAPI SetWindowTextW(HWND hwnd, LPCWSTR text)
 {
-    return AtExport(Sys::SetWindowTextW, hwnd, text).orAnsi(FALSE, [&](AtSavedError& err) {
+    return AtExport(Sys::SetWindowTextW, hwnd, text).orAnsi(FALSE, [=](AtSavedError& err) {
         AtStringSlot textA;
         AtWideToAnsiTemp(textA, text);
         return err.keep(Sys::SetWindowTextA(hwnd, textA));
@@ -157,7 +157,7 @@ BOOL WINAPI SetWindowTextW(HWND hwnd, LPCWSTR text)
 
 HANDLE WINAPI GetPropW(HWND hwnd, LPCWSTR name)
 {
-    return AtExport(Sys::GetPropW, hwnd, name).orAnsiWithoutSavedError(nullptr, [&] {
+    return AtExport(Sys::GetPropW, hwnd, name).orAnsiWithoutSavedError(nullptr, [=] {
         AtStringSlot nameA;
         AtWideToAnsiTemp(nameA, name);
         return Sys::GetPropA(hwnd, nameA);
@@ -166,7 +166,7 @@ HANDLE WINAPI GetPropW(HWND hwnd, LPCWSTR name)
 
 BOOL WINAPI SetPropW(HWND hwnd, LPCWSTR name, HANDLE data)
 {
-    return AtExport(Sys::SetPropW, hwnd, name, data).orAnsiWithoutSavedError(FALSE, [&] {
+    return AtExport(Sys::SetPropW, hwnd, name, data).orAnsiWithoutSavedError(FALSE, [=] {
         AtStringSlot nameA;
         AtWideToAnsiTemp(nameA, name);
         return Sys::SetPropA(hwnd, nameA, data);
@@ -175,7 +175,7 @@ BOOL WINAPI SetPropW(HWND hwnd, LPCWSTR name, HANDLE data)
 
 HANDLE WINAPI RemovePropW(HWND hwnd, LPCWSTR name)
 {
-    return AtExport(Sys::RemovePropW, hwnd, name).orAnsiWithoutSavedError(nullptr, [&] {
+    return AtExport(Sys::RemovePropW, hwnd, name).orAnsiWithoutSavedError(nullptr, [=] {
         AtStringSlot nameA;
         AtWideToAnsiTemp(nameA, name);
         return Sys::RemovePropA(hwnd, nameA);
