@@ -64,6 +64,7 @@ LRESULT CALLBACK Receiver(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
 // What a forwarding function received.
 std::vector<std::pair<UINT, WPARAM>> calls;
 CREATESTRUCTA ansiSeen;
+std::string ansiNameSeen, ansiClassSeen;
 
 LRESULT CALLBACK Record(HWND, UINT msg, WPARAM wParam, LPARAM lParam)
 {
@@ -71,6 +72,8 @@ LRESULT CALLBACK Record(HWND, UINT msg, WPARAM wParam, LPARAM lParam)
     if (harness::AnsiPath() && msg != WM_MDICREATE) {
         auto a = reinterpret_cast<CREATESTRUCTA*>(lParam);
         ansiSeen = *a;
+        ansiNameSeen = a->lpszName;
+        ansiClassSeen = a->lpszClass;
         // Changes to the copy stay in the copy.
         a->lpszName = "changed";
         a->x = -1;
@@ -201,8 +204,8 @@ TEST_F(CreateMessagesTest, ForwardingSendsAnAnsiCopyAndLeavesTheCallersRecord)
     EXPECT_EQ(AtFORWARD_WM_NCCREATEW(nullptr, &cs, Record), 0x6666) << "the procedure's answer";
     ASSERT_EQ(calls.size(), 1u);
     EXPECT_EQ(calls[0], std::make_pair(UINT(WM_NCCREATE), WPARAM(0)));
-    EXPECT_EQ(std::string(ansiSeen.lpszName), harness::ToAnsi(name));
-    EXPECT_EQ(std::string(ansiSeen.lpszClass), "Class");
+    EXPECT_EQ(ansiNameSeen, harness::ToAnsi(name));
+    EXPECT_EQ(ansiClassSeen, "Class");
     EXPECT_EQ(ansiSeen.lpCreateParams, cs.lpCreateParams);
     EXPECT_EQ(cs.lpszName, before.lpszName);
     EXPECT_EQ(cs.x, before.x);

@@ -341,7 +341,7 @@ TEST_F(TextMessagesTest, GetTextAnswersWideCharactersAndWritesAnEmptyTextForNoth
     if (!harness::AnsiPath())
         GTEST_SKIP() << "the W path passes the procedure's answer through";
     const std::string ansi = harness::ToAnsi(harness::NonAsciiText());
-    WCHAR buf[8] = {L'#'};
+    WCHAR buf[32] = {L'#'};
 
     // A procedure that copies nothing: an empty text, and no buffer for no room.
     EXPECT_EQ(AtFORWARD_WM_GETTEXTW(window.hwnd, 0, buf, Record), 0);
@@ -351,20 +351,20 @@ TEST_F(TextMessagesTest, GetTextAnswersWideCharactersAndWritesAnEmptyTextForNoth
 
     // A procedure answering bytes: the caller gets characters.
     textToGive = harness::NonAsciiText();
-    EXPECT_EQ(AtFORWARD_WM_GETTEXTW(window.hwnd, 8, buf, GiveAnsiText),
+    EXPECT_EQ(AtFORWARD_WM_GETTEXTW(window.hwnd, 32, buf, GiveAnsiText),
               int(harness::NonAsciiText().size()));
     EXPECT_EQ(std::wstring(buf), harness::NonAsciiText());
 
     // A handler that gives nothing leaves one zero byte in the system's buffer.
-    char out[8] = "#######";
+    char out[32] = "#######";
     textToGive.clear();
-    EXPECT_EQ(AtHANDLE_WM_GETTEXTW(window.hwnd, 8, LPARAM(out), OnGetText), 0);
+    EXPECT_EQ(AtHANDLE_WM_GETTEXTW(window.hwnd, 32, LPARAM(out), OnGetText), 0);
     EXPECT_EQ(out[0], '\0');
     EXPECT_EQ(out[1], '#');
 
     // The system gets the ANSI byte count without the NUL.
     textToGive = harness::NonAsciiText();
-    EXPECT_EQ(AtHANDLE_WM_GETTEXTW(window.hwnd, 8, LPARAM(out), OnGetText), LRESULT(ansi.size()));
+    EXPECT_EQ(AtHANDLE_WM_GETTEXTW(window.hwnd, 32, LPARAM(out), OnGetText), LRESULT(ansi.size()));
     EXPECT_EQ(std::string(out), ansi);
 }
 
