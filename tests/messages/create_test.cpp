@@ -201,7 +201,12 @@ TEST_F(CreateMessagesTest, ForwardingSendsAnAnsiCopyAndLeavesTheCallersRecord)
     const std::wstring name = L"Name " + harness::NonAsciiText();
     CREATESTRUCTW cs = MakeRecord(name.c_str(), L"Class");
     const CREATESTRUCTW before = cs;
+    harness::HeapLog log;
     EXPECT_EQ(AtFORWARD_WM_NCCREATEW(nullptr, &cs, Record), 0x6666) << "the procedure's answer";
+    // The name is converted first and freed last.
+    EXPECT_EQ(log.allocationSizes(),
+              (std::vector<SIZE_T>{harness::ToAnsi(name).size() + 1, sizeof "Class"}));
+    EXPECT_TRUE(log.freedInReverseOrder());
     ASSERT_EQ(calls.size(), 1u);
     EXPECT_EQ(calls[0], std::make_pair(UINT(WM_NCCREATE), WPARAM(0)));
     EXPECT_EQ(ansiNameSeen, harness::ToAnsi(name));

@@ -104,7 +104,14 @@ TEST_F(ClassesTest, RegistrationHandsConvertedNamesAndIntegersToTheAFunction)
     });
     const std::wstring name = L"Menu class " + harness::NonAsciiText();
     const std::wstring menu = L"Menu " + harness::NonAsciiText();
-    ASSERT_NE(Register(ClassRecord(name.c_str(), menu.c_str())), 0);
+    {
+        harness::HeapLog log;
+        ASSERT_NE(Register(ClassRecord(name.c_str(), menu.c_str())), 0);
+        // The menu name is converted first and freed last.
+        EXPECT_EQ(log.allocationSizes(), (std::vector<SIZE_T>{harness::ToAnsi(menu).size() + 1,
+                                                              harness::ToAnsi(name).size() + 1}));
+        EXPECT_TRUE(log.freedInReverseOrder());
+    }
     EXPECT_EQ(sizeSeen, sizeof(WNDCLASSEXA));
     EXPECT_EQ(menuSeen, harness::ToAnsi(menu));
     EXPECT_EQ(classSeen, harness::ToAnsi(name));
