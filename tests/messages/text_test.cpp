@@ -136,6 +136,13 @@ LRESULT CALLBACK GiveName(HWND, UINT msg, WPARAM wParam, LPARAM lParam)
     return 0;
 }
 
+// A handler that claims a text without writing one.
+int CALLBACK ClaimText(HWND, int, LPWSTR)
+{
+    ++handled;
+    return 1;
+}
+
 UINT MaxCharSize()
 {
     CPINFO info;
@@ -462,6 +469,13 @@ TEST_F(TextMessagesTest, AllocationFailureCallsNothingAndLeavesTheHelpersError)
     EXPECT_GT(sweep([&] { return AtHANDLE_WM_GETTEXTW(window.hwnd, 16, ansi, OnGetText); }), 0);
     EXPECT_GT(sweep([&] { return AtHANDLE_WM_CHARW(window.hwnd, 'a', 1, OnChar); }), 0);
     EXPECT_GT(sweep([&] { return AtHANDLE_WM_SETTEXTW(window.hwnd, 0, ansi, OnText); }), 0);
+
+    // A buffer size above 0x7FFFFFFF is refused by the copy back, after the handler.
+    lstrcpyA(ansiText, "abc");
+    SetLastError(0);
+    EXPECT_EQ(AtHANDLE_WM_GETTEXTW(window.hwnd, 0x80000000, ansi, ClaimText), 0);
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+    EXPECT_STREQ(ansiText, "abc");
 }
 
 }  // namespace

@@ -168,8 +168,9 @@ TEST_F(WindowsTest, MDIChildWithAWideTitle)
     EXPECT_EQ(std::wstring(buf), title);
 }
 
-// Handles that name no window are passed on, and the system answers.
-TEST_F(WindowsTest, WindowsThatDoNotExistAreAnsweredByTheSystem)
+// Handles that name no window, atoms that name no class and null names are passed on,
+// and the system answers.
+TEST_F(WindowsTest, BadInputIsAnsweredByTheSystem)
 {
     WCHAR buf[16] = L"untouched";
     EXPECT_EQ(GetWindowTextW(noSuchWindow, buf, 16), 0);
@@ -184,6 +185,14 @@ TEST_F(WindowsTest, WindowsThatDoNotExistAreAnsweredByTheSystem)
     EXPECT_EQ(CreateWindowExW(0, MAKEINTATOM(0xBEEF), L"", 0, 0, 0, 1, 1, nullptr, nullptr,
                               GetModuleHandleW(nullptr), nullptr),
               nullptr);
+    EXPECT_FALSE(UnregisterClassW(MAKEINTATOM(0xBEEF), GetModuleHandleW(nullptr)));
+    WNDCLASSEXW wc = {};
+    wc.cbSize = sizeof wc;
+    EXPECT_FALSE(GetClassInfoExW(GetModuleHandleW(nullptr), MAKEINTATOM(0xBEEF), &wc));
+    EXPECT_EQ(RegisterWindowMessageW(nullptr), 0u);
+    EXPECT_EQ(FindWindowW(L"No such class", nullptr), nullptr);
+    TestWindow window;
+    EXPECT_EQ(GetPropW(window.hwnd, nullptr), nullptr);
 }
 
 // ---- dialogs
