@@ -1,53 +1,45 @@
 // Creation messages moved across the wide/ANSI boundary.
+#include <cstddef>
+#include <cstring>
 #include <functional>
 #include <string>
 #include <vector>
 
-#include "harness/harness.h"
 #include "torwen.h"
 #include "user/test_window.h"
 
 namespace {
 
-// The record the handlers saw, with its strings copied out.
-struct Seen {
-    int calls = 0;
-    CREATESTRUCTW cs = {};
-    MDICREATESTRUCTW mcs = {};
-    std::wstring name, className;
-    bool nameNull = false;
-} seen;
-
+// The record the handlers saw, its strings copied out (an atom as "#number").
+CREATESTRUCTW seenRecord;
+MDICREATESTRUCTW seenMDIRecord;
+std::wstring seenName, seenClass;
+int handled;
 BOOL handlerAnswer;
-HWND mdiAnswer;
 
-void Keep(LPCWSTR s, std::wstring& text, bool* wasNull = nullptr)
+std::wstring Keep(LPCWSTR s)
 {
-    if (wasNull)
-        *wasNull = !s;
-    text = !s ? L"" : IS_INTRESOURCE(s) ? L"#" + std::to_wstring(UINT_PTR(s)) : s;
+    return !s ? L"<null>" : IS_INTRESOURCE(s) ? L"#" + std::to_wstring(UINT_PTR(s)) : s;
 }
 
 BOOL CALLBACK OnCreate(HWND, LPCREATESTRUCTW cs)
 {
-    ++seen.calls;
-    seen.cs = *cs;
-    Keep(cs->lpszName, seen.name, &seen.nameNull);
-    Keep(cs->lpszClass, seen.className);
+    ++handled;
+    seenRecord = *cs;
+    seenName = Keep(cs->lpszName);
+    seenClass = Keep(cs->lpszClass);
     return handlerAnswer;
 }
 
 HWND CALLBACK OnMDICreate(HWND, LPMDICREATESTRUCTW mcs)
 {
-    ++seen.calls;
-    seen.mcs = *mcs;
-    Keep(mcs->szClass, seen.className);
-    Keep(mcs->szTitle, seen.name);
-    return mdiAnswer;
+    ++handled;
+    seenMDIRecord = *mcs;
+    seenName = Keep(mcs->szTitle);
+    seenClass = Keep(mcs->szClass);
+    return reinterpret_cast<HWND>(0xFFFFFFFE);
 }
 
-// A receiving procedure cracking every creation message; it answers what the
-// handler exports answer.
 LRESULT CALLBACK Receiver(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
 {
     switch (msg) {
@@ -61,42 +53,33 @@ LRESULT CALLBACK Receiver(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
     return 0;
 }
 
-// What a forwarding function received.
-std::vector<std::pair<UINT, WPARAM>> calls;
-CREATESTRUCTA ansiSeen;
-std::string ansiNameSeen, ansiClassSeen;
+// A procedure of the ANSI path that keeps the strings it got and changes its record.
+std::string ansiName;
+int forwarded;
 
-LRESULT CALLBACK Record(HWND, UINT msg, WPARAM wParam, LPARAM lParam)
+LRESULT CALLBACK ChangeAnsiRecord(HWND, UINT msg, WPARAM wParam, LPARAM lParam)
 {
-    calls.emplace_back(msg, wParam);
-    if (harness::AnsiPath() && msg != WM_MDICREATE) {
-        auto a = reinterpret_cast<CREATESTRUCTA*>(lParam);
-        ansiSeen = *a;
-        ansiNameSeen = a->lpszName;
-        ansiClassSeen = a->lpszClass;
-        // Changes to the copy stay in the copy.
-        a->lpszName = "changed";
-        a->x = -1;
-    }
+    ++forwarded;
+    EXPECT_EQ(msg, UINT(WM_NCCREATE));
+    EXPECT_EQ(wParam, 0u);
+    auto a = reinterpret_cast<CREATESTRUCTA*>(lParam);
+    ansiName = a->lpszName;
+    a->lpszName = "changed";
+    a->x = -1;
     return 0x6666;
+}
+
+LRESULT CALLBACK Count(HWND, UINT, WPARAM, LPARAM)
+{
+    ++forwarded;
+    return 1;
 }
 
 CREATESTRUCTW MakeRecord(LPCWSTR name, LPCWSTR className)
 {
-    CREATESTRUCTW cs;
-    cs.lpCreateParams = reinterpret_cast<LPVOID>(0xC0FFEE);
-    cs.hInstance = reinterpret_cast<HINSTANCE>(0x1001);
-    cs.hMenu = reinterpret_cast<HMENU>(0x1002);
-    cs.hwndParent = reinterpret_cast<HWND>(0x1003);
-    cs.cy = 11;
-    cs.cx = 12;
-    cs.y = 13;
-    cs.x = 14;
-    cs.style = 0x50000000;
-    cs.lpszName = name;
-    cs.lpszClass = className;
-    cs.dwExStyle = 0x20;
-    return cs;
+    return {reinterpret_cast<LPVOID>(0xC0FFEE), reinterpret_cast<HINSTANCE>(0x1001),
+            reinterpret_cast<HMENU>(0x1002), reinterpret_cast<HWND>(0x1003), 11, 12, 13, 14,
+            0x50000000, name, className, 0x20};
 }
 
 class CreateMessagesTest : public harness::TorwenTest {
@@ -104,94 +87,43 @@ protected:
     void SetUp() override
     {
         harness::TorwenTest::SetUp();
-        seen = Seen();
-        calls.clear();
+        handled = forwarded = 0;
         handlerAnswer = TRUE;
-        mdiAnswer = nullptr;
     }
 };
 
-TEST_F(CreateMessagesTest, CreateRecordRoundTripsThroughForwarderAndHandler)
+// Every field arrives; a class atom and a null name pass as they are; the handlers
+// answer as the window manager expects.
+TEST_F(CreateMessagesTest, RecordsRoundTripThroughForwarderAndHandler)
 {
     const std::wstring name = L"Name " + harness::NonAsciiText();
-    for (LPCWSTR className : {LPCWSTR(L"Class"), LPCWSTR(MAKEINTATOM(0xC123))}) {
-        CREATESTRUCTW cs = MakeRecord(name.c_str(), className);
-        for (UINT msg : {UINT(WM_CREATE), UINT(WM_NCCREATE)}) {
-            seen = Seen();
-            LRESULT r = msg == WM_CREATE ? AtFORWARD_WM_CREATEW(nullptr, &cs, Receiver)
-                                         : AtFORWARD_WM_NCCREATEW(nullptr, &cs, Receiver);
-            EXPECT_EQ(r, msg == WM_CREATE ? 0 : 1);
-            ASSERT_EQ(seen.calls, 1);
-            EXPECT_EQ(seen.name, name);
-            EXPECT_EQ(seen.className, IS_INTRESOURCE(className) ? L"#49443" : L"Class")
-                << "a class atom passes as it is";
-            const CREATESTRUCTW& w = seen.cs;
-            EXPECT_EQ(w.lpCreateParams, cs.lpCreateParams) << "passed bit for bit";
-            EXPECT_EQ(w.hInstance, cs.hInstance);
-            EXPECT_EQ(w.hMenu, cs.hMenu);
-            EXPECT_EQ(w.hwndParent, cs.hwndParent);
-            EXPECT_EQ(w.cy, 11);
-            EXPECT_EQ(w.cx, 12);
-            EXPECT_EQ(w.y, 13);
-            EXPECT_EQ(w.x, 14);
-            EXPECT_EQ(w.style, cs.style);
-            EXPECT_EQ(w.dwExStyle, cs.dwExStyle);
-        }
-    }
+    CREATESTRUCTW cs = MakeRecord(name.c_str(), L"Class");
+    EXPECT_EQ(AtFORWARD_WM_CREATEW(nullptr, &cs, Receiver), 0);
+    EXPECT_EQ(seenName, name);
+    EXPECT_EQ(seenClass, L"Class");
+    EXPECT_EQ(memcmp(&seenRecord, &cs, offsetof(CREATESTRUCTW, lpszName)), 0);
+    EXPECT_EQ(seenRecord.dwExStyle, cs.dwExStyle);
 
-    CREATESTRUCTW unnamed = MakeRecord(nullptr, L"Class");
-    AtFORWARD_WM_CREATEW(nullptr, &unnamed, Receiver);
-    EXPECT_TRUE(seen.nameNull) << "a null name stays null";
-}
-
-TEST_F(CreateMessagesTest, HandlersAnswerAsTheWindowManagerExpects)
-{
-    CREATESTRUCTW cs = MakeRecord(L"n", L"c");
+    cs = MakeRecord(nullptr, MAKEINTATOM(0xC123));
     struct Case {
         BOOL handler;
         LRESULT create, ncCreate;
     };
     for (Case c : {Case{TRUE, 0, 1}, Case{5, 0, 1}, Case{FALSE, -1, 0}}) {
         handlerAnswer = c.handler;
-        // On the W path the message carries the wide record itself; on the ANSI path the
-        // forwarder makes the ANSI one the handler expects.
         EXPECT_EQ(AtFORWARD_WM_CREATEW(nullptr, &cs, Receiver), c.create) << c.handler;
         EXPECT_EQ(AtFORWARD_WM_NCCREATEW(nullptr, &cs, Receiver), c.ncCreate) << c.handler;
+        EXPECT_EQ(seenName, L"<null>");
+        EXPECT_EQ(seenClass, L"#49443");
     }
 
-    MDICREATESTRUCTW mcs = {L"c", L"t", nullptr, 0, 0, 0, 0, 0, 0};
-    mdiAnswer = reinterpret_cast<HWND>(0xFFFFFFFE);
-    EXPECT_EQ(AtFORWARD_WM_MDICREATEW(nullptr, &mcs, Receiver), LRESULT(0xFFFFFFFE));
-}
-
-TEST_F(CreateMessagesTest, MDIRecordRoundTripsThroughForwarderAndHandler)
-{
-    const std::wstring title = L"Title " + harness::NonAsciiText();
-    for (LPCWSTR className : {LPCWSTR(L"Child"), LPCWSTR(MAKEINTATOM(0xC124))}) {
-        seen = Seen();
-        MDICREATESTRUCTW mcs;
-        mcs.szClass = className;
-        mcs.szTitle = title.c_str();
-        mcs.hOwner = reinterpret_cast<HANDLE>(0x2001);
-        mcs.x = 21;
-        mcs.y = 22;
-        mcs.cx = 23;
-        mcs.cy = 24;
-        mcs.style = 0x00CF0000;
-        mcs.lParam = 0x2005;
-        mdiAnswer = reinterpret_cast<HWND>(0x12345678);
-        EXPECT_EQ(AtFORWARD_WM_MDICREATEW(nullptr, &mcs, Receiver), 0x12345678);
-        ASSERT_EQ(seen.calls, 1);
-        EXPECT_EQ(seen.className, IS_INTRESOURCE(className) ? L"#49444" : L"Child");
-        EXPECT_EQ(seen.name, title);
-        EXPECT_EQ(seen.mcs.hOwner, mcs.hOwner);
-        EXPECT_EQ(seen.mcs.x, 21);
-        EXPECT_EQ(seen.mcs.y, 22);
-        EXPECT_EQ(seen.mcs.cx, 23);
-        EXPECT_EQ(seen.mcs.cy, 24);
-        EXPECT_EQ(seen.mcs.style, mcs.style);
-        EXPECT_EQ(seen.mcs.lParam, mcs.lParam);
-    }
+    MDICREATESTRUCTW mcs = {MAKEINTATOM(0xC124), name.c_str(), reinterpret_cast<HANDLE>(0x2001),
+                            21, 22, 23, 24, 0x00CF0000, 0x2005};
+    EXPECT_EQ(AtFORWARD_WM_MDICREATEW(nullptr, &mcs, Receiver), LRESULT(0xFFFFFFFE))
+        << "the handler's window, bit for bit";
+    EXPECT_EQ(seenClass, L"#49444");
+    EXPECT_EQ(seenName, name);
+    EXPECT_EQ(memcmp(&seenMDIRecord.hOwner, &mcs.hOwner, sizeof mcs - 2 * sizeof(LPCWSTR)), 0);
 }
 
 TEST_F(CreateMessagesTest, ForwardingSendsAnAnsiCopyAndLeavesTheCallersRecord)
@@ -202,114 +134,89 @@ TEST_F(CreateMessagesTest, ForwardingSendsAnAnsiCopyAndLeavesTheCallersRecord)
     CREATESTRUCTW cs = MakeRecord(name.c_str(), L"Class");
     const CREATESTRUCTW before = cs;
     harness::HeapLog log;
-    EXPECT_EQ(AtFORWARD_WM_NCCREATEW(nullptr, &cs, Record), 0x6666) << "the procedure's answer";
-    // The name is converted first and freed last.
+    EXPECT_EQ(AtFORWARD_WM_NCCREATEW(nullptr, &cs, ChangeAnsiRecord), 0x6666);
+    EXPECT_EQ(forwarded, 1);
+    EXPECT_EQ(ansiName, harness::ToAnsi(name));
+    EXPECT_EQ(memcmp(&cs, &before, sizeof cs), 0);
     EXPECT_EQ(log.allocationSizes(),
-              (std::vector<SIZE_T>{harness::ToAnsi(name).size() + 1, sizeof "Class"}));
+              (std::vector<SIZE_T>{harness::ToAnsi(name).size() + 1, sizeof "Class"}))
+        << "the name is converted first";
     EXPECT_TRUE(log.freedInReverseOrder());
-    ASSERT_EQ(calls.size(), 1u);
-    EXPECT_EQ(calls[0], std::make_pair(UINT(WM_NCCREATE), WPARAM(0)));
-    EXPECT_EQ(ansiNameSeen, harness::ToAnsi(name));
-    EXPECT_EQ(ansiClassSeen, "Class");
-    EXPECT_EQ(ansiSeen.lpCreateParams, cs.lpCreateParams);
-    EXPECT_EQ(cs.lpszName, before.lpszName);
-    EXPECT_EQ(cs.x, before.x);
 }
 
-// A wide procedure of a real window cracks its creation messages, and renames the
-// window by forwarding a changed record to DefWindowProcW.
-TEST_F(CreateMessagesTest, WindowProcedureSeesItsCreationInWideForm)
+// A wide procedure of a real window cracks its creation, renames the window by
+// forwarding a changed record to DefWindowProcW, or stops it.
+TEST_F(CreateMessagesTest, WindowsCreatedThroughTheCrackers)
 {
     const std::wstring title = L"Title " + harness::NonAsciiText();
     const std::wstring renamed = L"Renamed " + harness::NonAsciiText();
-    std::vector<std::wstring> names;
     TestWindow::handler = [&](HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam) -> LRESULT {
-        if (msg == WM_NCCREATE) {
-            AtHANDLE_WM_NCCREATEW(hwnd, wParam, lParam, OnCreate);
-            names.push_back(seen.name);
-            CREATESTRUCTW changed = seen.cs;
-            changed.lpszName = renamed.c_str();
-            changed.lpszClass = TestWindow::className;
-            return AtFORWARD_WM_NCCREATEW(hwnd, &changed, DefWindowProcW);
-        }
-        if (msg == WM_CREATE) {
-            LRESULT r = AtHANDLE_WM_CREATEW(hwnd, wParam, lParam, OnCreate);
-            names.push_back(seen.className);
-            return r;
-        }
-        return DefWindowProcW(hwnd, msg, wParam, lParam);
+        if (msg == WM_CREATE)
+            return AtHANDLE_WM_CREATEW(hwnd, wParam, lParam, OnCreate);
+        if (msg != WM_NCCREATE)
+            return DefWindowProcW(hwnd, msg, wParam, lParam);
+        AtHANDLE_WM_NCCREATEW(hwnd, wParam, lParam, OnCreate);
+        EXPECT_EQ(seenName, title);
+        CREATESTRUCTW changed = seenRecord;
+        changed.lpszName = renamed.c_str();
+        changed.lpszClass = TestWindow::className;
+        return AtFORWARD_WM_NCCREATEW(hwnd, &changed, DefWindowProcW);
     };
     {
         TestWindow window(title.c_str());
         ASSERT_TRUE(window.hwnd);
-        EXPECT_EQ(names, (std::vector<std::wstring>{title, TestWindow::className}));
-        WCHAR buf[64];
-        EXPECT_EQ(GetWindowTextW(window.hwnd, buf, 64), int(renamed.size()));
-        EXPECT_EQ(std::wstring(buf), renamed);
+        EXPECT_EQ(seenClass, TestWindow::className);
+        EXPECT_EQ(TextOf(window.hwnd), renamed);
+        handlerAnswer = FALSE;
+        TestWindow::handler = [](HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam) {
+            if (msg == WM_CREATE)
+                return AtHANDLE_WM_CREATEW(hwnd, wParam, lParam, OnCreate);
+            return DefWindowProcW(hwnd, msg, wParam, lParam);
+        };
+        TestWindow refused(title.c_str());
+        EXPECT_EQ(refused.hwnd, nullptr);
     }
 
-    // A handler answering FALSE to WM_CREATE stops the creation.
-    handlerAnswer = FALSE;
-    TestWindow::handler = [](HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam) -> LRESULT {
-        if (msg == WM_CREATE)
-            return AtHANDLE_WM_CREATEW(hwnd, wParam, lParam, OnCreate);
-        return DefWindowProcW(hwnd, msg, wParam, lParam);
-    };
-    TestWindow refused(title.c_str());
-    EXPECT_EQ(refused.hwnd, nullptr);
-}
-
-TEST_F(CreateMessagesTest, MDIChildIsCreatedFromAWideRecord)
-{
     MdiClient client;
-    ASSERT_TRUE(client.hwnd);
-    const std::wstring title = L"Child " + harness::NonAsciiText();
     MDICREATESTRUCTW mcs = {MdiClient::childClass, title.c_str(), GetModuleHandleW(nullptr),
                             CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, 0, 0};
     HWND child = reinterpret_cast<HWND>(AtFORWARD_WM_MDICREATEW(client.hwnd, &mcs, SendMessageW));
     ASSERT_TRUE(child);
     EXPECT_EQ(GetParent(child), client.hwnd);
-    WCHAR buf[64];
-    EXPECT_EQ(GetWindowTextW(child, buf, 64), int(title.size()));
-    EXPECT_EQ(std::wstring(buf), title);
+    EXPECT_EQ(TextOf(child), title);
 }
 
-TEST_F(CreateMessagesTest, AllocationFailureAnswersTheFailureValue)
+TEST_F(CreateMessagesTest, FailuresAnswerTheFailureValue)
 {
     if (!harness::AnsiPath())
         GTEST_SKIP() << "the W path allocates nothing";
-    const std::wstring name = harness::NonAsciiText();
-    CREATESTRUCTW cs = MakeRecord(name.c_str(), L"Class");
-    MDICREATESTRUCTW mcs = {L"Class", name.c_str(), nullptr, 0, 0, 0, 0, 0, 0};
+    CREATESTRUCTW cs = MakeRecord(L"Name", L"Class");
+    MDICREATESTRUCTW mcs = {L"Class", L"Title", nullptr, 0, 0, 0, 0, 0, 0};
     CREATESTRUCTA csA = {};
     csA.lpszName = "Name";
     csA.lpszClass = "Class";
     MDICREATESTRUCTA mcsA = {"Class", "Title", nullptr, 0, 0, 0, 0, 0, 0};
-    mdiAnswer = reinterpret_cast<HWND>(0x7777);
-    auto failed = [](int k) { return harness::HeapAllocCalls() >= k; };
-    auto sweep = [&](LRESULT failure, const std::function<LRESULT()>& call) {
-        return harness::SweepAllocationFailures([&](int k) {
-            calls.clear();
-            seen.calls = 0;
+    const LPARAM a = reinterpret_cast<LPARAM>(&csA), mdiA = reinterpret_cast<LPARAM>(&mcsA);
+    const std::pair<LRESULT, std::function<LRESULT()>> members[] = {
+        {0, [&] { return AtFORWARD_WM_CREATEW(nullptr, &cs, Count); }},
+        {0, [&] { return AtFORWARD_WM_NCCREATEW(nullptr, &cs, Count); }},
+        {0, [&] { return AtFORWARD_WM_MDICREATEW(nullptr, &mcs, Count); }},
+        {-1, [&] { return AtHANDLE_WM_CREATEW(nullptr, 0, a, OnCreate); }},
+        {0, [&] { return AtHANDLE_WM_NCCREATEW(nullptr, 0, a, OnCreate); }},
+        {0, [&] { return AtHANDLE_WM_MDICREATEW(nullptr, 0, mdiA, OnMDICreate); }},
+    };
+    for (const auto& [failure, call] : members) {
+        EXPECT_EQ(harness::SweepAllocationFailures([&](int k) {
+            forwarded = handled = 0;
             SetLastError(0);
             LRESULT r = call();
-            if (!failed(k))
+            if (harness::HeapAllocCalls() < k)
                 return;
             EXPECT_EQ(r, failure);
-            EXPECT_TRUE(calls.empty());
-            EXPECT_EQ(seen.calls, 0);
+            EXPECT_EQ(forwarded + handled, 0) << "nothing is called";
             EXPECT_EQ(GetLastError(), DWORD(ERROR_OUTOFMEMORY));
-        });
-    };
-    EXPECT_EQ(sweep(0, [&] { return AtFORWARD_WM_CREATEW(nullptr, &cs, Record); }), 2);
-    EXPECT_EQ(sweep(0, [&] { return AtFORWARD_WM_NCCREATEW(nullptr, &cs, Record); }), 2);
-    EXPECT_EQ(sweep(0, [&] { return AtFORWARD_WM_MDICREATEW(nullptr, &mcs, Record); }), 2);
-    const LPARAM ansiRecord = reinterpret_cast<LPARAM>(&csA);
-    const LPARAM ansiMDIRecord = reinterpret_cast<LPARAM>(&mcsA);
-    EXPECT_EQ(sweep(-1, [&] { return AtHANDLE_WM_CREATEW(nullptr, 0, ansiRecord, OnCreate); }), 2);
-    EXPECT_EQ(sweep(0, [&] { return AtHANDLE_WM_NCCREATEW(nullptr, 0, ansiRecord, OnCreate); }), 2);
-    EXPECT_EQ(sweep(0, [&] { return AtHANDLE_WM_MDICREATEW(nullptr, 0, ansiMDIRecord, OnMDICreate); }),
-              2);
+        }), 2);
+    }
 }
 
 }  // namespace

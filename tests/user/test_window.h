@@ -1,10 +1,13 @@
-// A headless window of the test program's own class, registered through torwen, whose
-// wide procedure hands every message to the test's `TestWindow::handler`.
+// Headless windows for the tests, made through torwen: a window of the test's own class,
+// whose wide procedure hands every message to `TestWindow::handler`, and an MDI client.
 #pragma once
 
 #include <windows.h>
 
 #include <functional>
+#include <string>
+
+#include "harness/harness.h"
 
 inline bool RegisterTestClass(const wchar_t* name, WNDPROC proc)
 {
@@ -18,24 +21,21 @@ inline bool RegisterTestClass(const wchar_t* name, WNDPROC proc)
 
 class TestWindow {
 public:
-    using Handler = std::function<LRESULT(HWND, UINT, WPARAM, LPARAM)>;
-
-    // What the procedure of every TestWindow does with a message; DefWindowProcW when empty.
-    static inline Handler handler;
-
+    // What every TestWindow's procedure does with a message; DefWindowProcW when empty.
+    static inline std::function<LRESULT(HWND, UINT, WPARAM, LPARAM)> handler;
     static constexpr const wchar_t* className = L"TorwenTestWindow";
 
     explicit TestWindow(const wchar_t* title = L"", LPVOID param = nullptr)
     {
-        Register();
+        static bool registered = RegisterTestClass(className, Proc);
+        (void)registered;
         hwnd = CreateWindowExW(0, className, title, WS_OVERLAPPEDWINDOW, 0, 0, 100, 100, nullptr,
                                nullptr, GetModuleHandleW(nullptr), param);
     }
     ~TestWindow()
     {
         handler = nullptr;
-        if (hwnd)
-            DestroyWindow(hwnd);
+        DestroyWindow(hwnd);
         MSG msg;
         while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
         }
@@ -45,32 +45,14 @@ public:
 
     static LRESULT CALLBACK Proc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
     {
-        if (handler)
-            return handler(hwnd, msg, wParam, lParam);
-        return DefWindowProcW(hwnd, msg, wParam, lParam);
+        return handler ? handler(hwnd, msg, wParam, lParam) : DefWindowProcW(hwnd, msg, wParam, lParam);
     }
 
     HWND hwnd;
-
-private:
-    static void Register()
-    {
-        static bool registered = RegisterTestClass(className, Proc);
-        (void)registered;
-    }
 };
 
-// Whether a WM_CHAR waits in the queue of `hwnd` (left there).
-inline bool CharQueued(HWND hwnd)
-{
-    MSG msg;
-    return PeekMessageW(&msg, hwnd, WM_CHAR, WM_CHAR, PM_NOREMOVE) != 0;
-}
-
-// An MDI client window in a TestWindow frame, and a class for its children whose
-// procedure is DefMDIChildProcW.
-class MdiClient {
-public:
+// An MDI client in a TestWindow frame; its children's class runs DefMDIChildProcW.
+struct MdiClient {
     static constexpr const wchar_t* childClass = L"TorwenTestMdiChild";
 
     MdiClient()
@@ -78,17 +60,25 @@ public:
         static bool registered = RegisterTestClass(childClass, DefMDIChildProcW);
         (void)registered;
         CLIENTCREATESTRUCT ccs = {nullptr, 100};
-        hwnd = CreateWindowExW(0, L"MDICLIENT", nullptr, WS_CHILD | WS_CLIPCHILDREN, 0, 0, 100,
-                               100, frame.hwnd, nullptr, GetModuleHandleW(nullptr), &ccs);
+        hwnd = CreateWindowExW(0, L"MDICLIENT", nullptr, WS_CHILD, 0, 0, 100, 100, frame.hwnd,
+                               nullptr, GetModuleHandleW(nullptr), &ccs);
     }
-    ~MdiClient()
-    {
-        if (hwnd)
-            DestroyWindow(hwnd);
-    }
-    MdiClient(const MdiClient&) = delete;
-    MdiClient& operator=(const MdiClient&) = delete;
+    ~MdiClient() { DestroyWindow(hwnd); }
 
     TestWindow frame;
     HWND hwnd;
 };
+
+// The window's text through GetWindowTextW, whose answer must be the text's length.
+inline std::wstring TextOf(HWND hwnd)
+{
+    WCHAR buf[64] = L"";
+    int n = GetWindowTextW(hwnd, buf, 64);
+    return n == lstrlenW(buf) ? buf : L"<GetWindowTextW answered " + std::to_wstring(n) + L">";
+}
+
+// Two bytes a character: the ANSI path under code page 932.
+inline bool DoubleBytePath()
+{
+    return harness::AnsiPath() && harness::CodePage() == 932;
+}

@@ -1,228 +1,240 @@
-// Windows and dialogs: creation, window text, finding windows, properties.
-#include <functional>
+// Window classes, windows, dialogs and window procedures, on real headless windows.
 #include <string>
 #include <vector>
 
-#include "harness/harness.h"
 #include "user/test_window.h"
 
 namespace {
 
-const HWND noSuchWindow = reinterpret_cast<HWND>(0x4242);
-
-UINT MaxCharSize()
+HINSTANCE Self()
 {
-    CPINFO info;
-    GetCPInfo(CP_ACP, &info);
-    return info.MaxCharSize;
+    return GetModuleHandleW(nullptr);
 }
 
-bool DoubleBytePath()
+LRESULT CALLBACK PlainProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
 {
-    return harness::AnsiPath() && harness::CodePage() == 932;
+    return DefWindowProcW(hwnd, msg, wParam, lParam);
+}
+
+WNDCLASSEXW ClassRecord(LPCWSTR name, LPCWSTR menu = nullptr)
+{
+    WNDCLASSEXW wc = {};
+    wc.cbSize = sizeof wc;
+    wc.style = CS_DBLCLKS;
+    wc.lpfnWndProc = PlainProc;
+    wc.hInstance = Self();
+    wc.lpszMenuName = menu;
+    wc.lpszClassName = name;
+    return wc;
 }
 
 class WindowsTest : public harness::TorwenTest {};
 
-TEST_F(WindowsTest, CreationPassesTheNameAndTheParameterToTheProcedure)
+// A class found again by name and by atom; its windows run the caller's own procedure.
+TEST_F(WindowsTest, ClassesByNameAndByAtom)
 {
-    const std::wstring title = L"Title " + harness::NonAsciiText();
-    LPVOID param = reinterpret_cast<LPVOID>(0x12345678);
-    LPVOID paramSeen = nullptr;
-    bool sawCreate = false;
-    TestWindow::handler = [&](HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam) {
-        if (msg == WM_CREATE) {
-            sawCreate = true;
-            paramSeen = reinterpret_cast<CREATESTRUCTW*>(lParam)->lpCreateParams;
-        }
-        return DefWindowProcW(hwnd, msg, wParam, lParam);
-    };
-    TestWindow window(title.c_str(), param);
-    ASSERT_TRUE(window.hwnd);
-    EXPECT_TRUE(sawCreate);
-    EXPECT_EQ(paramSeen, param) << "lpParam travels untouched";
-
+    const std::wstring name = L"Class " + harness::NonAsciiText();
+    WNDCLASSEXW wc = ClassRecord(name.c_str(), MAKEINTRESOURCEW(7));
+    ATOM atom = RegisterClassExW(&wc);
+    ASSERT_NE(atom, 0);
+    HWND hwnd = CreateWindowExW(0, MAKEINTATOM(atom), L"By atom", 0, 0, 0, 10, 10, nullptr,
+                                nullptr, Self(), nullptr);
+    ASSERT_TRUE(hwnd);
+    EXPECT_EQ(GetWindowLongW(hwnd, GWL_WNDPROC), LONG(PlainProc)) << "no procedure is wrapped";
+    EXPECT_EQ(GetClassLongW(hwnd, GCW_ATOM), DWORD(atom));
     WCHAR buf[64];
-    EXPECT_EQ(GetWindowTextW(window.hwnd, buf, 64), int(title.size()));
-    EXPECT_EQ(std::wstring(buf), title);
-    // Counted in ANSI bytes on the ANSI path: enough room for the wide text.
-    EXPECT_EQ(GetWindowTextLengthW(window.hwnd),
-              harness::AnsiPath() ? int(harness::ToAnsi(title).size()) : int(title.size()));
+    EXPECT_EQ(GetClassNameW(hwnd, buf, 64), int(name.size()));
+    EXPECT_EQ(std::wstring(buf), name);
+    EXPECT_EQ(FindWindowW(MAKEINTATOM(atom), L"By atom"), hwnd);
+    EXPECT_EQ(FindWindowExW(nullptr, nullptr, name.c_str(), nullptr), hwnd);
+    DestroyWindow(hwnd);
+
+    for (LPCWSTR key : {name.c_str(), LPCWSTR(MAKEINTATOM(atom))}) {
+        WNDCLASSEXW info = {};
+        info.cbSize = sizeof info;
+        ASSERT_TRUE(GetClassInfoExW(Self(), key, &info));
+        EXPECT_EQ(info.lpfnWndProc, PlainProc);
+        EXPECT_EQ(info.style, UINT(CS_DBLCLKS));
+        if (harness::AnsiPath()) {
+            EXPECT_EQ(info.lpszMenuName, nullptr) << "the names do not come back";
+            EXPECT_EQ(info.lpszClassName, nullptr);
+        }
+    }
+    EXPECT_TRUE(UnregisterClassW(MAKEINTATOM(atom), Self()));
+    EXPECT_FALSE(UnregisterClassW(MAKEINTATOM(atom), Self())) << "the system answers";
 }
 
-TEST_F(WindowsTest, WindowTextRoundTripsAndIsRefusedRatherThanCut)
+// The ANSI platforms know one record size only, and name a wrong one with an error of
+// their own. A name with no room is answered at once, the buffer and error untouched.
+TEST_F(WindowsTest, RecordSizesAndShortCutsOfTheAnsiPath)
 {
+    if (!harness::AnsiPath())
+        GTEST_SKIP() << "the W path leaves these to the system";
+    WNDCLASSEXW wc = ClassRecord(L"Sized");
+    wc.cbSize = 40;
+    SetLastError(0);
+    EXPECT_EQ(RegisterClassExW(&wc), 0);
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_OUT_OF_STRUCTURES));
+    SetLastError(0);
+    EXPECT_FALSE(GetClassInfoExW(Self(), TestWindow::className, nullptr));
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_OUT_OF_STRUCTURES));
+
     TestWindow window;
+    WCHAR buf[4] = L"##";
+    GetClassNameW(window.hwnd, buf, 4);  // binds GetClassNameA before the hook
+    TW_HOOK(hook, GetClassNameA, [&](HWND h, LPSTR b, int n) { return hook.real(h, b, n); });
+    buf[0] = L'#';
+    SetLastError(1234);
+    EXPECT_EQ(GetClassNameW(window.hwnd, buf, 1), 0);
+    EXPECT_EQ(GetClassNameW(window.hwnd, buf, 0), 0);
+    EXPECT_EQ(hook.calls, 0);
+    EXPECT_EQ(buf[0], L'#');
+    EXPECT_EQ(GetLastError(), 1234u);
+}
+
+TEST_F(WindowsTest, WindowText)
+{
+    const std::wstring title = L"Title " + harness::NonAsciiText();
+    LPVOID paramSeen = nullptr;
+    TestWindow::handler = [&](HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam) {
+        if (msg == WM_CREATE)
+            paramSeen = reinterpret_cast<CREATESTRUCTW*>(lParam)->lpCreateParams;
+        return DefWindowProcW(hwnd, msg, wParam, lParam);
+    };
+    TestWindow window(title.c_str(), reinterpret_cast<LPVOID>(0x12345678));
     ASSERT_TRUE(window.hwnd);
-    const std::wstring text = harness::NonAsciiText() + L" and " + harness::NonAsciiText();
-    ASSERT_TRUE(SetWindowTextW(window.hwnd, text.c_str()));
-    WCHAR buf[64];
-    EXPECT_EQ(GetWindowTextW(window.hwnd, buf, 64), int(text.size()));
-    EXPECT_EQ(std::wstring(buf), text);
+    EXPECT_EQ(paramSeen, reinterpret_cast<LPVOID>(0x12345678)) << "lpParam travels untouched";
+    EXPECT_EQ(TextOf(window.hwnd), title);
+    // Counted in ANSI bytes on the ANSI path: enough room for the wide text.
+    EXPECT_EQ(GetWindowTextLengthW(window.hwnd),
+              int(harness::AnsiPath() ? harness::ToAnsi(title).size() : title.size()));
 
     // Longer than the buffer: cut by the A function on a single-byte code page; on a
-    // double-byte one the bytes it copies are more characters than the buffer takes.
-    ASSERT_TRUE(SetWindowTextW(window.hwnd, L"abcdefghij"));
-    int n = GetWindowTextW(window.hwnd, buf, 5);
-    if (DoubleBytePath()) {
-        EXPECT_EQ(n, 0);
-    } else {
-        EXPECT_EQ(n, 4);
-        EXPECT_EQ(std::wstring(buf), L"abcd");
+    // double-byte one it copies more characters than the buffer takes, and the answer is 0.
+    WCHAR buf[5];
+    ASSERT_TRUE(SetWindowTextW(window.hwnd, L"abcdefgh"));
+    EXPECT_EQ(GetWindowTextW(window.hwnd, buf, 5), DoubleBytePath() ? 0 : 4);
+    EXPECT_EQ(GetClassNameW(window.hwnd, buf, 5), DoubleBytePath() ? 0 : 4);
+    if (!DoubleBytePath()) {
+        EXPECT_EQ(std::wstring(buf), L"Torw");
     }
 
-    // No room: nothing is called and nothing written; room for the NUL alone.
     buf[0] = L'#';
     EXPECT_EQ(GetWindowTextW(window.hwnd, buf, 0), 0);
-    EXPECT_EQ(buf[0], L'#');
-    ASSERT_TRUE(SetWindowTextW(window.hwnd, L""));
+    EXPECT_EQ(buf[0], L'#') << "no room, nothing written";
+    ASSERT_TRUE(SetWindowTextW(window.hwnd, nullptr));
     EXPECT_EQ(GetWindowTextW(window.hwnd, buf, 1), 0);
     EXPECT_EQ(buf[0], L'\0');
-
-    // A null text empties the window.
-    ASSERT_TRUE(SetWindowTextW(window.hwnd, L"x"));
-    EXPECT_TRUE(SetWindowTextW(window.hwnd, nullptr));
     EXPECT_EQ(GetWindowTextLengthW(window.hwnd), 0);
 }
 
-TEST_F(WindowsTest, TextHandedToTheAFunctions)
-{
-    if (!harness::AnsiPath())
-        GTEST_SKIP() << "the W path passes the text through";
-    TestWindow window;
-    const std::wstring text = L"Text " + harness::NonAsciiText();
-    std::string setSeen;
-    WCHAR buf[10];
-    SetWindowTextW(window.hwnd, L"");  // the hooks replace what torwen has bound
-    GetWindowTextW(window.hwnd, buf, 10);
-    TW_HOOK(set, SetWindowTextA, [&](HWND hwnd, LPCSTR s) {
-        setSeen = s;
-        return set.real(hwnd, s);
-    });
-    ASSERT_TRUE(SetWindowTextW(window.hwnd, text.c_str()));
-    EXPECT_EQ(setSeen, harness::ToAnsi(text));
-
-    // The A function is told the buffer's room in bytes.
-    int roomSeen = 0;
-    TW_HOOK(get, GetWindowTextA, [&](HWND hwnd, LPSTR s, int n) {
-        roomSeen = n;
-        return get.real(hwnd, s, n);
-    });
-    GetWindowTextW(window.hwnd, buf, 10);
-    EXPECT_EQ(roomSeen, int(10 * MaxCharSize()));
-}
-
-TEST_F(WindowsTest, WindowsAreFoundByClassAndTitle)
-{
-    const std::wstring title = L"Find me " + harness::NonAsciiText();
-    TestWindow parent(title.c_str());
-    ASSERT_TRUE(parent.hwnd);
-    HWND child = CreateWindowExW(0, TestWindow::className, title.c_str(), WS_CHILD, 0, 0, 10, 10,
-                                 parent.hwnd, nullptr, GetModuleHandleW(nullptr), nullptr);
-    ASSERT_TRUE(child);
-
-    EXPECT_EQ(FindWindowW(TestWindow::className, title.c_str()), parent.hwnd);
-    ATOM atom = ATOM(GetClassLongW(parent.hwnd, GCW_ATOM));
-    EXPECT_EQ(FindWindowW(MAKEINTATOM(atom), title.c_str()), parent.hwnd);
-    EXPECT_EQ(FindWindowExW(parent.hwnd, nullptr, TestWindow::className, nullptr), child);
-    EXPECT_EQ(FindWindowExW(parent.hwnd, nullptr, MAKEINTATOM(atom), title.c_str()), child);
-    EXPECT_EQ(FindWindowExW(parent.hwnd, child, nullptr, nullptr), nullptr);
-
-    SetLastError(1234);
-    EXPECT_EQ(FindWindowW(L"No such class", nullptr), nullptr);
-    EXPECT_EQ(FindWindowW(TestWindow::className, L"No such title"), nullptr);
-}
-
-TEST_F(WindowsTest, PropertiesByNameAndByAtom)
+TEST_F(WindowsTest, PropertiesAndRegisteredNames)
 {
     TestWindow window;
-    const std::wstring name = L"Property " + harness::NonAsciiText();
-    HANDLE data = reinterpret_cast<HANDLE>(0x5151);
+    const std::wstring name = L"Torwen " + harness::NonAsciiText();
+    const HANDLE data = reinterpret_cast<HANDLE>(0x5151);
     ASSERT_TRUE(SetPropW(window.hwnd, name.c_str(), data));
-    EXPECT_EQ(GetPropW(window.hwnd, name.c_str()), data);
-    // The A and W names meet in one property.
-    EXPECT_EQ(GetPropA(window.hwnd, harness::ToAnsi(name).c_str()), data);
-
+    EXPECT_EQ(GetPropA(window.hwnd, harness::ToAnsi(name).c_str()), data) << "one property";
     ATOM atom = GlobalAddAtomW(L"TorwenProperty");
-    ASSERT_NE(atom, 0);
     ASSERT_TRUE(SetPropW(window.hwnd, MAKEINTATOM(atom), data));
     EXPECT_EQ(GetPropW(window.hwnd, L"TorwenProperty"), data);
     EXPECT_EQ(RemovePropW(window.hwnd, MAKEINTATOM(atom)), data);
     EXPECT_EQ(RemovePropW(window.hwnd, name.c_str()), data);
     EXPECT_EQ(GetPropW(window.hwnd, name.c_str()), nullptr);
     GlobalDeleteAtom(atom);
+
+    UINT msg = RegisterWindowMessageW(name.c_str());
+    EXPECT_GE(msg, 0xC000u);
+    EXPECT_EQ(RegisterWindowMessageA(harness::ToAnsi(name).c_str()), msg);
+    UINT format = RegisterClipboardFormatW(name.c_str());
+    char back[64] = "";
+    GetClipboardFormatNameA(format, back, 64);
+    EXPECT_EQ(std::string(back), harness::ToAnsi(name));
 }
 
-TEST_F(WindowsTest, MDIChildWithAWideTitle)
+// What the A functions are handed: names converted, integers passed as they are, the
+// buffer's room in bytes; temporaries freed in the reverse order of their making.
+TEST_F(WindowsTest, WhatTheAFunctionsReceive)
 {
-    MdiClient client;
-    ASSERT_TRUE(client.hwnd);
-    const std::wstring title = L"Child " + harness::NonAsciiText();
-    HWND child = CreateMDIWindowW(MdiClient::childClass, title.c_str(), 0, CW_USEDEFAULT,
-                                  CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, client.hwnd,
-                                  GetModuleHandleW(nullptr), 0);
-    ASSERT_TRUE(child);
-    EXPECT_EQ(GetParent(child), client.hwnd);
-    WCHAR buf[64];
-    EXPECT_EQ(GetWindowTextW(child, buf, 64), int(title.size()));
-    EXPECT_EQ(std::wstring(buf), title);
-}
-
-// Handles that name no window, atoms that name no class and null names are passed on,
-// and the system answers.
-TEST_F(WindowsTest, BadInputIsAnsweredByTheSystem)
-{
-    WCHAR buf[16] = L"untouched";
-    EXPECT_EQ(GetWindowTextW(noSuchWindow, buf, 16), 0);
-    EXPECT_EQ(GetClassNameW(noSuchWindow, buf, 16), 0);
-    EXPECT_EQ(GetWindowTextLengthW(noSuchWindow), 0);
-    EXPECT_FALSE(SetWindowTextW(noSuchWindow, L"x"));
-    EXPECT_FALSE(SetPropW(noSuchWindow, L"x", reinterpret_cast<HANDLE>(1)));
-    EXPECT_EQ(GetPropW(noSuchWindow, L"x"), nullptr);
-    EXPECT_EQ(CreateWindowExW(0, L"No such class", L"", 0, 0, 0, 1, 1, nullptr, nullptr,
-                              GetModuleHandleW(nullptr), nullptr),
-              nullptr);
-    EXPECT_EQ(CreateWindowExW(0, MAKEINTATOM(0xBEEF), L"", 0, 0, 0, 1, 1, nullptr, nullptr,
-                              GetModuleHandleW(nullptr), nullptr),
-              nullptr);
-    EXPECT_FALSE(UnregisterClassW(MAKEINTATOM(0xBEEF), GetModuleHandleW(nullptr)));
-    WNDCLASSEXW wc = {};
-    wc.cbSize = sizeof wc;
-    EXPECT_FALSE(GetClassInfoExW(GetModuleHandleW(nullptr), MAKEINTATOM(0xBEEF), &wc));
-    EXPECT_EQ(RegisterWindowMessageW(nullptr), 0u);
-    EXPECT_EQ(FindWindowW(L"No such class", nullptr), nullptr);
+    if (!harness::AnsiPath())
+        GTEST_SKIP() << "the W path passes everything through";
     TestWindow window;
-    EXPECT_EQ(GetPropW(window.hwnd, nullptr), nullptr);
+    const std::wstring name = L"Named " + harness::NonAsciiText();
+    const std::wstring menu = L"Menu " + harness::NonAsciiText();
+    WCHAR buf[10];
+    // The hooks replace what torwen has bound on first use.
+    SetWindowTextW(window.hwnd, L"");
+    GetWindowTextW(window.hwnd, buf, 10);
+    CreateDialogParamW(Self(), MAKEINTRESOURCEW(4242), nullptr, nullptr, 0);
+    std::vector<std::string> seen;
+    std::vector<const void*> values;
+    auto keep = [&](LPCSTR s) {
+        values.push_back(s);
+        seen.push_back(IS_INTRESOURCE(s) ? std::string() : std::string(s));
+    };
+    TW_HOOK(reg, RegisterClassExA, [&](const WNDCLASSEXA* wc) {
+        keep(wc->lpszMenuName);
+        keep(wc->lpszClassName);
+        return reg.real(wc);
+    });
+    TW_HOOK(set, SetWindowTextA, [&](HWND h, LPCSTR s) {
+        keep(s);
+        return set.real(h, s);
+    });
+    TW_HOOK(get, GetWindowTextA, [&](HWND h, LPSTR s, int n) {
+        values.push_back(reinterpret_cast<void*>(n));
+        return get.real(h, s, n);
+    });
+    TW_HOOK(dialog, CreateDialogParamA, [&](HINSTANCE h, LPCSTR s, HWND p, DLGPROC f, LPARAM l) {
+        keep(s);
+        return dialog.real(h, s, p, f, l);
+    });
+    WNDCLASSEXW wc = ClassRecord(name.c_str(), menu.c_str());
+    {
+        harness::HeapLog log;
+        ASSERT_NE(RegisterClassExW(&wc), 0);
+        EXPECT_EQ(log.allocationSizes(),
+                  (std::vector<SIZE_T>{harness::ToAnsi(menu).size() + 1,
+                                       harness::ToAnsi(name).size() + 1}))
+            << "the menu name is converted first";
+        EXPECT_TRUE(log.freedInReverseOrder());
+    }
+    wc.lpszMenuName = MAKEINTRESOURCEW(7);
+    wc.lpszClassName = MAKEINTATOM(0xBEEF);
+    if (ATOM atom = RegisterClassExW(&wc))
+        UnregisterClassW(MAKEINTATOM(atom), Self());
+    SetWindowTextW(window.hwnd, name.c_str());
+    GetWindowTextW(window.hwnd, buf, 10);
+    EXPECT_EQ(CreateDialogParamW(Self(), MAKEINTRESOURCEW(4242), nullptr, nullptr, 0), nullptr);
+    EXPECT_EQ(CreateDialogParamW(Self(), name.c_str(), nullptr, nullptr, 0), nullptr);
+    UnregisterClassW(name.c_str(), Self());
+
+    CPINFO cp;
+    GetCPInfo(CP_ACP, &cp);
+    const std::string nameA = harness::ToAnsi(name);
+    EXPECT_EQ(seen, (std::vector<std::string>{harness::ToAnsi(menu), nameA, "", "", nameA, "",
+                                              nameA}));
+    ASSERT_EQ(values.size(), 8u);
+    EXPECT_EQ(values[2], MAKEINTRESOURCEA(7));
+    EXPECT_EQ(values[3], MAKEINTRESOURCEA(0xBEEF));
+    EXPECT_EQ(values[5], reinterpret_cast<void*>(10 * cp.MaxCharSize)) << "the room in bytes";
+    EXPECT_EQ(values[6], MAKEINTRESOURCEA(4242));
 }
 
 // ---- dialogs
 
-const int itemId = 101;
-
-// A dialog template in memory: the header, no menu, the default class, the title, and
+// A dialog template in memory: the header, no menu, the dialog class, the title, and
 // one static control. Its strings are wide for the A functions too.
 std::vector<WORD> DialogTemplate(const std::wstring& title, const std::wstring& text)
 {
-    std::vector<WORD> t;
-    auto dword = [&](DWORD d) {
-        t.push_back(LOWORD(d));
-        t.push_back(HIWORD(d));
-    };
-    auto string = [&](const std::wstring& s) {
-        t.insert(t.end(), s.begin(), s.end());
-        t.push_back(0);
-    };
-    dword(WS_POPUP | WS_CAPTION);
-    dword(0);
-    t.insert(t.end(), {1, 0, 0, 100, 50});  // one item; x, y, cx, cy
-    t.insert(t.end(), {0, 0});              // no menu, the dialog class
-    string(title);
+    std::vector<WORD> t = {LOWORD(WS_POPUP | WS_CAPTION), HIWORD(WS_POPUP | WS_CAPTION), 0, 0,
+                           1, 0, 0, 100, 50, 0, 0};
+    t.insert(t.end(), title.c_str(), title.c_str() + title.size() + 1);
     if (t.size() % 2)
         t.push_back(0);  // items start on a DWORD
-    dword(WS_CHILD | WS_VISIBLE | SS_LEFT);
-    dword(0);
-    t.insert(t.end(), {0, 0, 80, 10, WORD(itemId), 0xFFFF, 0x0082});  // a static control
-    string(text);
+    DWORD style = WS_CHILD | WS_VISIBLE | SS_LEFT;
+    t.insert(t.end(), {LOWORD(style), HIWORD(style), 0, 0, 0, 0, 80, 10, 101, 0xFFFF, 0x0082});
+    t.insert(t.end(), text.c_str(), text.c_str() + text.size() + 1);
     t.push_back(0);  // no creation data
     return t;
 }
@@ -239,137 +251,150 @@ INT_PTR CALLBACK DialogProc(HWND dialog, UINT msg, WPARAM, LPARAM lParam)
     return TRUE;
 }
 
-class DialogsTest : public harness::TorwenTest {
-protected:
-    void SetUp() override
-    {
-        harness::TorwenTest::SetUp();
-        initParam = 0;
-    }
-};
-
-TEST_F(DialogsTest, DialogFromATemplateInMemory)
+TEST_F(WindowsTest, DialogsFromTemplatesInMemoryAndInResources)
 {
     const std::wstring title = L"Dialog " + harness::NonAsciiText();
     const std::wstring text = L"Item " + harness::NonAsciiText();
     std::vector<WORD> t = DialogTemplate(title, text);
-    auto dialogTemplate = reinterpret_cast<LPCDLGTEMPLATEW>(t.data());
-
-    HWND dialog = CreateDialogIndirectParamW(GetModuleHandleW(nullptr), dialogTemplate, nullptr,
-                                             DialogProc, 7);
+    auto memory = reinterpret_cast<LPCDLGTEMPLATEW>(t.data());
+    HWND dialog = CreateDialogIndirectParamW(Self(), memory, nullptr, DialogProc, 7);
     ASSERT_TRUE(dialog);
     EXPECT_EQ(initParam, 7);
-    WCHAR buf[64];
-    EXPECT_EQ(GetWindowTextW(dialog, buf, 64), int(title.size()));
-    EXPECT_EQ(std::wstring(buf), title);
-    HWND item = GetDlgItem(dialog, itemId);
-    EXPECT_EQ(GetWindowTextW(item, buf, 64), int(text.size()));
-    EXPECT_EQ(std::wstring(buf), text);
-    EXPECT_EQ(SendDlgItemMessageW(dialog, itemId, WM_GETTEXTLENGTH, 0, 0),
+    EXPECT_EQ(TextOf(dialog), title);
+    EXPECT_EQ(TextOf(GetDlgItem(dialog, 101)), text);
+    EXPECT_EQ(SendDlgItemMessageW(dialog, 101, WM_GETTEXTLENGTH, 0, 0),
               LRESULT(harness::AnsiPath() ? harness::ToAnsi(text).size() : text.size()));
     DestroyWindow(dialog);
+    EXPECT_EQ(DialogBoxIndirectParamW(Self(), memory, nullptr, DialogProc, 42), 4242);
 
-    EXPECT_EQ(DialogBoxIndirectParamW(GetModuleHandleW(nullptr), dialogTemplate, nullptr,
-                                      DialogProc, 42),
-              4242);
-}
-
-// Templates that the system ships as resources (Wine's user32 and comdlg32): by name
-// and by number.
-TEST_F(DialogsTest, DialogFromAResourceByNameAndByNumber)
-{
+    // Templates that Wine ships: user32's by name, comdlg32's by number.
     HMODULE user32 = GetModuleHandleW(L"user32.dll");
     HMODULE comdlg32 = LoadLibraryW(L"comdlg32.dll");
     if (!FindResourceA(user32, "MSGBOX", MAKEINTRESOURCEA(5)) ||
         !FindResourceA(comdlg32, MAKEINTRESOURCEA(1540), MAKEINTRESOURCEA(5)))
         GTEST_SKIP() << "the system ships no such dialog templates";
-    HWND byName = CreateDialogParamW(user32, L"MSGBOX", nullptr, DialogProc, 8);
-    ASSERT_TRUE(byName);
-    EXPECT_EQ(initParam, 8);
-    DestroyWindow(byName);
-    HWND byNumber = CreateDialogParamW(comdlg32, MAKEINTRESOURCEW(1540), nullptr, DialogProc, 9);
-    ASSERT_TRUE(byNumber);
+    DestroyWindow(CreateDialogParamW(comdlg32, MAKEINTRESOURCEW(1540), nullptr, DialogProc, 9));
     EXPECT_EQ(initParam, 9);
-    DestroyWindow(byNumber);
     EXPECT_EQ(DialogBoxParamW(user32, L"MSGBOX", nullptr, DialogProc, 42), 4242);
+    EXPECT_EQ(DialogBoxParamW(Self(), MAKEINTRESOURCEW(4242), nullptr, DialogProc, 0),
+              DialogBoxParamA(Self(), MAKEINTRESOURCEA(4242), nullptr, DialogProc, 0));
     FreeLibrary(comdlg32);
 }
 
-TEST_F(DialogsTest, TemplateNamesHandedToTheAFunctions)
+TEST_F(WindowsTest, MDIChildWithAWideTitle)
 {
-    if (!harness::AnsiPath())
-        GTEST_SKIP() << "the W path passes the names through";
-    HINSTANCE self = GetModuleHandleW(nullptr);
-    // The hooks replace what torwen has bound.
-    CreateDialogParamW(self, MAKEINTRESOURCEW(4242), nullptr, DialogProc, 0);
-    DialogBoxParamW(self, MAKEINTRESOURCEW(4242), nullptr, DialogProc, 0);
-    std::vector<LPCSTR> values;
-    std::vector<std::string> names;
-    auto seen = [&](LPCSTR name) {
-        values.push_back(name);
-        names.push_back(IS_INTRESOURCE(name) ? std::string() : std::string(name));
-    };
-    TW_HOOK(create, CreateDialogParamA, [&](HINSTANCE h, LPCSTR name, HWND p, DLGPROC f, LPARAM l) {
-        seen(name);
-        return create.real(h, name, p, f, l);
-    });
-    TW_HOOK(box, DialogBoxParamA, [&](HINSTANCE h, LPCSTR name, HWND p, DLGPROC f, LPARAM l) {
-        seen(name);
-        return box.real(h, name, p, f, l);
-    });
-    const std::wstring name = L"Dialog " + harness::NonAsciiText();
-    // Neither exists: the system answers.
-    EXPECT_EQ(CreateDialogParamW(self, MAKEINTRESOURCEW(4242), nullptr, DialogProc, 0), nullptr);
-    EXPECT_EQ(CreateDialogParamW(self, name.c_str(), nullptr, DialogProc, 0), nullptr);
-    EXPECT_EQ(DialogBoxParamW(self, MAKEINTRESOURCEW(4242), nullptr, DialogProc, 0),
-              DialogBoxParamA(self, MAKEINTRESOURCEA(4242), nullptr, DialogProc, 0));
-    ASSERT_EQ(values.size(), 3u);
-    EXPECT_EQ(values[0], MAKEINTRESOURCEA(4242));
-    EXPECT_EQ(names[1], harness::ToAnsi(name));
-    EXPECT_EQ(values[2], MAKEINTRESOURCEA(4242));
+    MdiClient client;
+    ASSERT_TRUE(client.hwnd);
+    const std::wstring title = L"Child " + harness::NonAsciiText();
+    HWND child = CreateMDIWindowW(MdiClient::childClass, title.c_str(), 0, CW_USEDEFAULT,
+                                  CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, client.hwnd, Self(),
+                                  0);
+    ASSERT_TRUE(child);
+    EXPECT_EQ(GetParent(child), client.hwnd);
+    EXPECT_EQ(TextOf(child), title);
 }
 
-// Creation keeps no saved error: a failure before the A call leaves the allocator's
-// 14. Text members keep theirs and leave 0.
+// ---- procedures and messages
+
+// A class registered through torwen makes ANSI windows on the ANSI path: the system
+// hands their procedures ANSI text, and torwen's message functions pass every
+// parameter on as it is.
+TEST_F(WindowsTest, MessagesPassUntouchedToTheProcedure)
+{
+    std::vector<std::pair<UINT, LPARAM>> seen;
+    TestWindow::handler = [&](HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam) -> LRESULT {
+        if (msg == WM_CHAR || msg == WM_SETTEXT || msg >= WM_APP)
+            seen.emplace_back(msg, msg == WM_CHAR ? LPARAM(wParam & 0xFFFF) : lParam);
+        return msg >= WM_APP ? 0x77 : DefWindowProcW(hwnd, msg, wParam, lParam);
+    };
+    TestWindow window;
+    EXPECT_EQ(IsWindowUnicode(window.hwnd), !harness::AnsiPath());
+
+    // The system's own SendMessageW converts for an ANSI window: é, or ｱ under 932.
+    auto systemSendMessageW = reinterpret_cast<decltype(&SendMessageW)>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), "SendMessageW")));
+    const WCHAR ch = harness::CodePage() == 932 ? 0xFF71 : 0x00E9;
+    systemSendMessageW(window.hwnd, WM_CHAR, ch, 1);
+    EXPECT_EQ(seen.at(0).second, !harness::AnsiPath() ? ch : ch == 0xFF71 ? 0xB1 : 0xE9);
+
+    // torwen's converts nothing: the text a procedure gets is the pointer sent, and
+    // DefWindowProcW reads it as ANSI text on the ANSI path.
+    const std::string ansi = harness::ToAnsi(harness::NonAsciiText());
+    const std::wstring wide = harness::NonAsciiText();
+    LPARAM text = harness::AnsiPath() ? LPARAM(ansi.c_str()) : LPARAM(wide.c_str());
+    ASSERT_TRUE(SendMessageW(window.hwnd, WM_SETTEXT, 0, text));
+    EXPECT_EQ(seen.at(1).second, text);
+    EXPECT_EQ(TextOf(window.hwnd), wide);
+
+    DWORD_PTR result = 0;
+    EXPECT_EQ(SendMessageW(window.hwnd, WM_APP, 1, -1), 0x77);
+    EXPECT_TRUE(SendMessageTimeoutW(window.hwnd, WM_APP, 2, -2, SMTO_NORMAL, 1000, &result));
+    EXPECT_EQ(result, 0x77u);
+    EXPECT_TRUE(SendNotifyMessageW(window.hwnd, WM_APP, 3, -3));
+    EXPECT_EQ(CallWindowProcW(TestWindow::Proc, window.hwnd, WM_APP, 4, -4), 0x77);
+    ASSERT_TRUE(PostMessageW(window.hwnd, WM_APP, 5, -5));
+    ASSERT_TRUE(PostThreadMessageW(GetCurrentThreadId(), WM_APP + 1, 6, -6));
+    MSG msg;
+    ASSERT_TRUE(PeekMessageW(&msg, window.hwnd, WM_APP, WM_APP, PM_REMOVE));
+    EXPECT_EQ(DispatchMessageW(&msg), 0x77);
+    ASSERT_EQ(GetMessageW(&msg, nullptr, WM_APP + 1, WM_APP + 1), TRUE);
+    EXPECT_EQ(msg.lParam, -6);
+    using Seen = std::vector<std::pair<UINT, LPARAM>>;
+    const Seen expected = {{WM_APP, -1}, {WM_APP, -2}, {WM_APP, -3}, {WM_APP, -4}, {WM_APP, -5}};
+    EXPECT_EQ(Seen(seen.begin() + 2, seen.end()), expected);
+}
+
+// Members that keep the A call's error leave 0 when the failure came before it; the
+// others leave the allocator's 14.
 TEST_F(WindowsTest, AllocationFailures)
 {
     if (!harness::AnsiPath())
         GTEST_SKIP() << "the W path allocates nothing";
-    auto failed = [](int k) { return harness::HeapAllocCalls() >= k; };
-    const std::wstring title = L"Swept " + harness::NonAsciiText();
-    EXPECT_EQ(harness::SweepAllocationFailures([&](int k) {
-        SetLastError(1234);
-        HWND hwnd = CreateWindowExW(0, TestWindow::className, title.c_str(), 0, 0, 0, 10, 10,
-                                    nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
-        if (!failed(k)) {
-            DestroyWindow(hwnd);
-            return;
-        }
-        EXPECT_EQ(hwnd, nullptr);
-        EXPECT_EQ(GetLastError(), DWORD(ERROR_OUTOFMEMORY));
-    }), 2);
-
-    TestWindow window(title.c_str());
+    const std::wstring name = L"Swept " + harness::NonAsciiText();
+    TestWindow window(name.c_str());
+    WNDCLASSEXW wc = ClassRecord(name.c_str(), L"Menu");
     WCHAR buf[64];
-    auto sweep = [&](const std::function<bool()>& call, DWORD error) {
-        return harness::SweepAllocationFailures([&](int k) {
-            SetLastError(1234);
-            bool ok = call();
-            if (failed(k)) {
-                EXPECT_FALSE(ok);
-                EXPECT_EQ(GetLastError(), error);
-            }
-        });
+    struct Member {
+        const char* name;
+        std::function<bool()> call;
+        DWORD error;
+        int allocations;
     };
-    EXPECT_EQ(sweep([&] { return GetWindowTextW(window.hwnd, buf, 64) != 0; }, 0), 1);
-    EXPECT_EQ(sweep([&] { return SetWindowTextW(window.hwnd, title.c_str()) != 0; }, 0), 1);
-    EXPECT_EQ(sweep([&] { return FindWindowW(TestWindow::className, title.c_str()) != nullptr; },
-                    0),
-              2);
-    EXPECT_EQ(sweep([&] { return SetPropW(window.hwnd, title.c_str(), HANDLE(1)) != 0; },
-                    ERROR_OUTOFMEMORY),
-              1);
-    RemovePropW(window.hwnd, title.c_str());
+    const Member members[] = {
+        {"RegisterClassExW", [&] { return RegisterClassExW(&wc) != 0; }, 0, 2},
+        {"GetClassNameW", [&] { return GetClassNameW(window.hwnd, buf, 64) != 0; }, 0, 1},
+        {"GetWindowTextW", [&] { return GetWindowTextW(window.hwnd, buf, 64) != 0; }, 0, 1},
+        {"SetWindowTextW", [&] { return SetWindowTextW(window.hwnd, name.c_str()) != 0; }, 0, 1},
+        {"FindWindowW", [&] { return FindWindowW(TestWindow::className, name.c_str()) != nullptr; },
+         0, 2},
+        {"RegisterClipboardFormatW", [&] { return RegisterClipboardFormatW(name.c_str()) != 0; },
+         0, 1},
+        {"CreateWindowExW",
+         [&] {
+             HWND h = CreateWindowExW(0, TestWindow::className, name.c_str(), 0, 0, 0, 1, 1,
+                                      nullptr, nullptr, Self(), nullptr);
+             return h && DestroyWindow(h);
+         },
+         ERROR_OUTOFMEMORY, 2},
+        {"SetPropW", [&] { return SetPropW(window.hwnd, name.c_str(), HANDLE(1)) != 0; },
+         ERROR_OUTOFMEMORY, 1},
+        {"RegisterWindowMessageW", [&] { return RegisterWindowMessageW(name.c_str()) != 0; },
+         ERROR_OUTOFMEMORY, 1},
+    };
+    for (const Member& m : members) {
+        EXPECT_EQ(harness::SweepAllocationFailures([&](int k) {
+            SetLastError(1234);
+            bool ok = m.call();
+            if (harness::HeapAllocCalls() < k) {
+                EXPECT_TRUE(ok) << m.name;
+                return;
+            }
+            EXPECT_FALSE(ok) << m.name;
+            EXPECT_EQ(GetLastError(), m.error) << m.name;
+        }), m.allocations) << m.name;
+    }
+    UnregisterClassW(name.c_str(), Self());
+    RemovePropW(window.hwnd, name.c_str());
 }
 
 }  // namespace
