@@ -132,93 +132,57 @@ TEST_F(WindowsTest, PropertiesAndRegisteredNames)
 {
     TestWindow window;
     const std::wstring name = L"Torwen " + harness::NonAsciiText();
-    const HANDLE data = reinterpret_cast<HANDLE>(0x5151);
-    ASSERT_TRUE(SetPropW(window.hwnd, name.c_str(), data));
-    EXPECT_EQ(GetPropA(window.hwnd, harness::ToAnsi(name).c_str()), data) << "one property";
     ATOM atom = GlobalAddAtomW(L"TorwenProperty");
-    ASSERT_TRUE(SetPropW(window.hwnd, MAKEINTATOM(atom), data));
-    EXPECT_EQ(GetPropW(window.hwnd, L"TorwenProperty"), data);
-    EXPECT_EQ(RemovePropW(window.hwnd, MAKEINTATOM(atom)), data);
-    EXPECT_EQ(RemovePropW(window.hwnd, name.c_str()), data);
+    ASSERT_TRUE(SetPropW(window.hwnd, name.c_str(), HANDLE(1)));
+    ASSERT_TRUE(SetPropW(window.hwnd, MAKEINTATOM(atom), HANDLE(2)));
+    EXPECT_EQ(GetPropA(window.hwnd, harness::ToAnsi(name).c_str()), HANDLE(1)) << "one property";
+    EXPECT_EQ(RemovePropW(window.hwnd, L"TorwenProperty"), HANDLE(2));
+    EXPECT_EQ(RemovePropW(window.hwnd, name.c_str()), HANDLE(1));
     EXPECT_EQ(GetPropW(window.hwnd, name.c_str()), nullptr);
     GlobalDeleteAtom(atom);
 
-    UINT msg = RegisterWindowMessageW(name.c_str());
-    EXPECT_GE(msg, 0xC000u);
-    EXPECT_EQ(RegisterWindowMessageA(harness::ToAnsi(name).c_str()), msg);
-    UINT format = RegisterClipboardFormatW(name.c_str());
+    EXPECT_EQ(RegisterWindowMessageW(name.c_str()),
+              RegisterWindowMessageA(harness::ToAnsi(name).c_str()));
     char back[64] = "";
-    GetClipboardFormatNameA(format, back, 64);
+    GetClipboardFormatNameA(RegisterClipboardFormatW(name.c_str()), back, 64);
     EXPECT_EQ(std::string(back), harness::ToAnsi(name));
 }
 
-// What the A functions are handed: names converted, integers passed as they are, the
-// buffer's room in bytes; temporaries freed in the reverse order of their making.
-TEST_F(WindowsTest, WhatTheAFunctionsReceive)
+// What RegisterClassExA is handed: the names converted (the menu name first, freed
+// last), integers passed as they are.
+TEST_F(WindowsTest, WhatRegisterClassExAReceives)
 {
     if (!harness::AnsiPath())
-        GTEST_SKIP() << "the W path passes everything through";
-    TestWindow window;
+        GTEST_SKIP() << "the W path passes the record through";
     const std::wstring name = L"Named " + harness::NonAsciiText();
     const std::wstring menu = L"Menu " + harness::NonAsciiText();
-    WCHAR buf[10];
-    // The hooks replace what torwen has bound on first use.
-    SetWindowTextW(window.hwnd, L"");
-    GetWindowTextW(window.hwnd, buf, 10);
-    CreateDialogParamW(Self(), MAKEINTRESOURCEW(4242), nullptr, nullptr, 0);
-    std::vector<std::string> seen;
-    std::vector<const void*> values;
-    auto keep = [&](LPCSTR s) {
-        values.push_back(s);
-        seen.push_back(IS_INTRESOURCE(s) ? std::string() : std::string(s));
-    };
-    TW_HOOK(reg, RegisterClassExA, [&](const WNDCLASSEXA* wc) {
-        keep(wc->lpszMenuName);
-        keep(wc->lpszClassName);
-        return reg.real(wc);
+    WNDCLASSEXW wc = ClassRecord(MAKEINTATOM(0xBEEF), MAKEINTRESOURCEW(7));
+    if (ATOM atom = RegisterClassExW(&wc))  // binds RegisterClassExA before the hook
+        UnregisterClassW(MAKEINTATOM(atom), Self());
+    std::vector<std::pair<LPCSTR, std::string>> seen;
+    TW_HOOK(hook, RegisterClassExA, [&](const WNDCLASSEXA* a) {
+        EXPECT_EQ(a->cbSize, sizeof(WNDCLASSEXA));
+        EXPECT_EQ(a->lpfnWndProc, PlainProc);
+        for (LPCSTR s : {a->lpszMenuName, a->lpszClassName})
+            seen.emplace_back(s, IS_INTRESOURCE(s) ? "" : s);
+        return hook.real(a);
     });
-    TW_HOOK(set, SetWindowTextA, [&](HWND h, LPCSTR s) {
-        keep(s);
-        return set.real(h, s);
-    });
-    TW_HOOK(get, GetWindowTextA, [&](HWND h, LPSTR s, int n) {
-        values.push_back(reinterpret_cast<void*>(n));
-        return get.real(h, s, n);
-    });
-    TW_HOOK(dialog, CreateDialogParamA, [&](HINSTANCE h, LPCSTR s, HWND p, DLGPROC f, LPARAM l) {
-        keep(s);
-        return dialog.real(h, s, p, f, l);
-    });
-    WNDCLASSEXW wc = ClassRecord(name.c_str(), menu.c_str());
+    if (ATOM atom = RegisterClassExW(&wc))
+        UnregisterClassW(MAKEINTATOM(atom), Self());
+    EXPECT_EQ(seen.at(0).first, MAKEINTRESOURCEA(7));
+    EXPECT_EQ(seen.at(1).first, MAKEINTRESOURCEA(0xBEEF));
+
+    wc = ClassRecord(name.c_str(), menu.c_str());
     {
         harness::HeapLog log;
         ASSERT_NE(RegisterClassExW(&wc), 0);
-        EXPECT_EQ(log.allocationSizes(),
-                  (std::vector<SIZE_T>{harness::ToAnsi(menu).size() + 1,
-                                       harness::ToAnsi(name).size() + 1}))
-            << "the menu name is converted first";
+        EXPECT_EQ(log.allocationSizes(), (std::vector<SIZE_T>{harness::ToAnsi(menu).size() + 1,
+                                                              harness::ToAnsi(name).size() + 1}));
         EXPECT_TRUE(log.freedInReverseOrder());
     }
-    wc.lpszMenuName = MAKEINTRESOURCEW(7);
-    wc.lpszClassName = MAKEINTATOM(0xBEEF);
-    if (ATOM atom = RegisterClassExW(&wc))
-        UnregisterClassW(MAKEINTATOM(atom), Self());
-    SetWindowTextW(window.hwnd, name.c_str());
-    GetWindowTextW(window.hwnd, buf, 10);
-    EXPECT_EQ(CreateDialogParamW(Self(), MAKEINTRESOURCEW(4242), nullptr, nullptr, 0), nullptr);
-    EXPECT_EQ(CreateDialogParamW(Self(), name.c_str(), nullptr, nullptr, 0), nullptr);
     UnregisterClassW(name.c_str(), Self());
-
-    CPINFO cp;
-    GetCPInfo(CP_ACP, &cp);
-    const std::string nameA = harness::ToAnsi(name);
-    EXPECT_EQ(seen, (std::vector<std::string>{harness::ToAnsi(menu), nameA, "", "", nameA, "",
-                                              nameA}));
-    ASSERT_EQ(values.size(), 8u);
-    EXPECT_EQ(values[2], MAKEINTRESOURCEA(7));
-    EXPECT_EQ(values[3], MAKEINTRESOURCEA(0xBEEF));
-    EXPECT_EQ(values[5], reinterpret_cast<void*>(10 * cp.MaxCharSize)) << "the room in bytes";
-    EXPECT_EQ(values[6], MAKEINTRESOURCEA(4242));
+    EXPECT_EQ(seen.at(2).second, harness::ToAnsi(menu));
+    EXPECT_EQ(seen.at(3).second, harness::ToAnsi(name));
 }
 
 // ---- dialogs
