@@ -61,7 +61,7 @@ static LRESULT CALLBACK DemoProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lPar
  * Its first character takes two bytes under 932. */
 static const WCHAR *DemoText(void)
 {
-    return GetACP() == 932 ? L"\x672C\x65E5\x8A9E" : L"\x00E9t\x00E9 d\x00FC";
+    return GetACP() == 932 ? L"\x672C\x65E5\x6674\x308C" : L"\x00E9t\x00E9 \x00E0 Z\x00FCrich";
 }
 
 void DemoWindow(void)

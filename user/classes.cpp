@@ -76,7 +76,7 @@ BOOL WINAPI GetClassInfoExW(HINSTANCE instance, LPCWSTR name, LPWNDCLASSEXW wc)
             return FALSE;
         AtStringSlot nameA;
         AtWideToAnsiTemp(nameA, name);
-        WNDCLASSEXA a;
+        WNDCLASSEXA a = {};  // what a failed lookup hands back
         a.cbSize = sizeof a;
         BOOL found = err.keep(Sys::GetClassInfoExA(instance, nameA, &a));
         CopyClassFields(*wc, a);
