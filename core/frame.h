@@ -17,6 +17,7 @@
 #pragma once
 
 #include <tuple>
+#include <type_traits>
 #include <utility>
 
 #include "core/convert.h"
@@ -35,27 +36,42 @@ public:
     DWORD value = ERROR_SUCCESS;
 };
 
+// A function without a result (OutputDebugStringW...) has no failure value: a
+// caught failure just ends the call. It passes AtNoResult{} where others pass theirs.
+struct AtNoResult {};
+template <typename R>
+using AtFailureValue = std::conditional_t<std::is_void_v<R>, AtNoResult, R>;
+
 template <typename R, typename Body>
-[[gnu::noinline]] R AtAnsiFrame(R failure, Body& body)
+[[gnu::noinline]] R AtAnsiFrame(AtFailureValue<R> failure, Body& body)
 {
     AtSavedError err;
-    R result;
-    try {
-        result = body(err);
-    } catch (CAtException&) {
-        result = failure;
+    if constexpr (std::is_void_v<R>) {
+        try {
+            body(err);
+        } catch (CAtException&) {
+        }
+        SetLastError(err.value);
+    } else {
+        R result;
+        try {
+            result = body(err);
+        } catch (CAtException&) {
+            result = failure;
+        }
+        SetLastError(err.value);
+        return result;
     }
-    SetLastError(err.value);
-    return result;
 }
 
 template <typename R, typename Body>
-[[gnu::noinline]] R AtAnsiFrameWithoutSavedError(R failure, Body& body)
+[[gnu::noinline]] R AtAnsiFrameWithoutSavedError(AtFailureValue<R> failure, Body& body)
 {
     try {
         return body();
     } catch (CAtException&) {
-        return failure;
+        if constexpr (!std::is_void_v<R>)
+            return failure;
     }
 }
 
@@ -73,7 +89,7 @@ public:
     [[gnu::always_inline]] AtExportCall(const Import& wide, A... args) : wide(wide), args(args...) {}
 
     template <typename Body>
-    [[gnu::always_inline]] R orAnsi(R failure, Body&& body) const
+    [[gnu::always_inline]] R orAnsi(AtFailureValue<R> failure, Body&& body) const
     {
         if (AtModuleState.AtIsUnicodePlatform)
             return std::apply(wide, args);
@@ -81,7 +97,7 @@ public:
     }
 
     template <typename Body>
-    [[gnu::always_inline]] R orAnsiWithoutSavedError(R failure, Body&& body) const
+    [[gnu::always_inline]] R orAnsiWithoutSavedError(AtFailureValue<R> failure, Body&& body) const
     {
         if (AtModuleState.AtIsUnicodePlatform)
             return std::apply(wide, args);
