@@ -22,6 +22,10 @@ extern "C" {
 
 #define TORWEN_API __declspec(dllimport)
 
+/* The system has no wide form of GetProcAddress; torwen's takes a wide procedure
+ * name, or an ordinal in the low word as GetProcAddress does. */
+FARPROC WINAPI GetProcAddressW(HMODULE module, LPCWSTR procName);
+
 #ifdef __cplusplus
 }
 #endif
