@@ -1,0 +1,344 @@
+// Processes, modules, environment and named objects, through torwen's exports.
+#include <string>
+#include <vector>
+
+#include "harness/harness.h"
+#include "torwen.h"
+
+#undef GetEnvironmentStrings  // the A function's own name, not the W function
+
+namespace {
+
+using harness::AnsiPath;
+using harness::NonAsciiText;
+using harness::ToAnsi;
+
+class ProcessTest : public harness::TorwenTest {};
+
+// What torwen hands to the A functions: only the ANSI path calls them.
+class ProcessAnsiTest : public harness::TorwenTest {
+protected:
+    void SetUp() override
+    {
+        harness::TorwenTest::SetUp();
+        if (!AnsiPath())
+            GTEST_SKIP() << "the W path passes the call to the system's W function";
+    }
+};
+
+UINT MaxCharSize()
+{
+    CPINFO info;
+    GetCPInfo(CP_ACP, &info);
+    return info.MaxCharSize;
+}
+
+// ---- a child process
+
+constexpr DWORD ChildExitCode = 42;
+
+// Run by the tests below as a child of this program: it writes what it was given,
+// as the ANSI functions see it, to the file its environment names.
+TEST(ProcessChild, DISABLED_Report)
+{
+    char report[MAX_PATH], text[MAX_PATH] = "", dir[MAX_PATH];
+    if (!GetEnvironmentVariableA("TW_REPORT", report, sizeof report))
+        GTEST_SKIP() << "run only as a child";
+    // Read from the block: Wine's GetEnvironmentVariableA cuts double-byte values short.
+    LPCH block = GetEnvironmentStrings();
+    for (const char* p = block; *p; p += strlen(p) + 1)
+        if (!strncmp(p, "TW_TEXT=", 8))
+            lstrcpynA(text, p + 8, sizeof text);
+    FreeEnvironmentStringsA(block);
+    GetCurrentDirectoryA(sizeof dir, dir);
+    STARTUPINFOA si = {};
+    si.cb = sizeof si;
+    GetStartupInfoA(&si);
+    std::string out = std::string(GetCommandLineA()) + "\n" + text + "\n" + si.lpTitle + "\n" +
+                      dir + "\n" + std::to_string(si.wShowWindow);
+    HANDLE f = CreateFileA(report, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    DWORD written;
+    WriteFile(f, out.data(), out.size(), &written, nullptr);
+    CloseHandle(f);
+    ExitProcess(ChildExitCode);
+}
+
+struct ChildRun {
+    std::wstring dir, cmd, title;
+    DWORD exitCode = 0;
+    std::vector<std::string> report;  // command line, TW_TEXT, title, folder, show state
+
+    explicit ChildRun(const std::wstring& folder) : dir(folder)
+    {
+        WCHAR exe[MAX_PATH];
+        GetModuleFileNameW(nullptr, exe, MAX_PATH);
+        cmd = L"\"" + std::wstring(exe) +
+              L"\" --gtest_filter=ProcessChild.* --gtest_also_run_disabled_tests " + NonAsciiText();
+        title = L"torwen " + NonAsciiText();
+    }
+
+    BOOL start(DWORD flags, LPVOID env)
+    {
+        STARTUPINFOW si = {};
+        si.cb = sizeof si;
+        si.lpTitle = title.data();
+        si.dwFlags = STARTF_USESHOWWINDOW | STARTF_USESTDHANDLES;
+        si.wShowWindow = SW_SHOWMINNOACTIVE;
+        // The child's GoogleTest output goes nowhere rather than into this test's.
+        SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
+        si.hStdOutput = CreateFileA("NUL", GENERIC_WRITE, 0, &inherit, OPEN_EXISTING, 0, nullptr);
+        PROCESS_INFORMATION pi;
+        std::wstring line = cmd;
+        BOOL ok = CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, flags, env, dir.c_str(),
+                                 &si, &pi);
+        CloseHandle(si.hStdOutput);
+        if (!ok)
+            return FALSE;
+        WaitForSingleObject(pi.hProcess, 30000);
+        GetExitCodeProcess(pi.hProcess, &exitCode);
+        CloseHandle(pi.hThread);
+        CloseHandle(pi.hProcess);
+        std::string path = ToAnsi(dir + L"\\report.txt"), text(4096, '\0');
+        HANDLE f = CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+        DWORD read = 0;
+        ReadFile(f, text.data(), text.size(), &read, nullptr);
+        CloseHandle(f);
+        DeleteFileA(path.c_str());
+        text.resize(read);
+        for (size_t at = 0, end; at <= text.size(); at = end + 1) {
+            end = std::min(text.find('\n', at), text.size());
+            report.push_back(text.substr(at, end - at));
+        }
+        return TRUE;
+    }
+};
+
+class TempFolder {
+public:
+    TempFolder()
+    {
+        WCHAR temp[MAX_PATH];
+        GetTempPathW(MAX_PATH, temp);
+        std::wstring name = L"tw-process-" + std::to_wstring(GetCurrentProcessId());
+        path = temp + name + NonAsciiText();
+        // Wine cannot make a file name that its Unix locale cannot hold.
+        if (!CreateDirectoryW(path.c_str(), nullptr)) {
+            path = temp + name;
+            CreateDirectoryW(path.c_str(), nullptr);
+        }
+    }
+    ~TempFolder() { RemoveDirectoryW(path.c_str()); }
+    std::wstring path;
+};
+
+TEST_F(ProcessTest, ChildGetsCommandLineStartupRecordAndUnicodeEnvironment)
+{
+    TempFolder folder;
+    ChildRun child(folder.path);
+    std::wstring env = L"TW_TEXT=" + NonAsciiText() + L'\0' + L"TW_REPORT=" + folder.path +
+                       L"\\report.txt" + L'\0' + L'\0';
+    ASSERT_TRUE(child.start(CREATE_UNICODE_ENVIRONMENT, env.data())) << GetLastError();
+    EXPECT_EQ(child.exitCode, ChildExitCode);
+    ASSERT_EQ(child.report.size(), 5u);
+    EXPECT_EQ(child.report[0], ToAnsi(child.cmd));
+    EXPECT_EQ(child.report[1], ToAnsi(NonAsciiText()));
+    EXPECT_EQ(child.report[2], ToAnsi(child.title));
+    EXPECT_EQ(child.report[3], ToAnsi(folder.path));
+    EXPECT_EQ(child.report[4], std::to_string(SW_SHOWMINNOACTIVE));
+}
+
+// Without CREATE_UNICODE_ENVIRONMENT the ANSI path drops the caller's block: the
+// child inherits this process's environment. The system's W function uses the block.
+TEST_F(ProcessTest, ChildInheritsEnvironmentWhenBlockIsNotMarkedUnicode)
+{
+    TempFolder folder;
+    ChildRun child(folder.path);
+    std::string report = ToAnsi(folder.path + L"\\report.txt");
+    std::string block = "TW_TEXT=block" + std::string(1, '\0') + "TW_REPORT=" + report + '\0' + '\0';
+    SetEnvironmentVariableW(L"TW_TEXT", L"inherited");
+    SetEnvironmentVariableA("TW_REPORT", report.c_str());
+    BOOL ok = child.start(0, block.data());
+    SetEnvironmentVariableW(L"TW_TEXT", nullptr);
+    SetEnvironmentVariableA("TW_REPORT", nullptr);
+    ASSERT_TRUE(ok) << GetLastError();
+    ASSERT_EQ(child.report.size(), 5u);
+    EXPECT_EQ(child.report[1], AnsiPath() ? "inherited" : "block");
+}
+
+TEST_F(ProcessAnsiTest, CreateProcessHandsAnsiRecordAndEnvironmentList)
+{
+    STARTUPINFOA seen;
+    std::string app, cmd, dir, desktop, title, env;
+    DWORD flags = 0;
+    TW_HOOK(hook, CreateProcessA,
+            [&](LPCSTR a, LPSTR c, LPSECURITY_ATTRIBUTES, LPSECURITY_ATTRIBUTES, BOOL, DWORD f,
+                LPVOID e, LPCSTR d, LPSTARTUPINFOA si, LPPROCESS_INFORMATION) {
+                app = a, cmd = c, dir = d, flags = f, seen = *si;
+                desktop = si->lpDesktop, title = si->lpTitle;
+                for (auto p = static_cast<const char*>(e); p && *p; p += strlen(p) + 1)
+                    env += std::string(p) + '|';
+                SetLastError(ERROR_ACCESS_DENIED);
+                return FALSE;
+            });
+    std::wstring text = NonAsciiText(), line = L"child " + text, block = L"A=" + text + L'\0' + L"B=2";
+    STARTUPINFOW si = {};  // a wrong cb is not passed on
+    si.lpDesktop = const_cast<LPWSTR>(L"winsta0\\default");
+    si.lpTitle = text.data();
+    si.dwX = 1, si.dwYSize = 2, si.dwFillAttribute = 3, si.wShowWindow = 4;
+    si.hStdError = reinterpret_cast<HANDLE>(5);
+    PROCESS_INFORMATION pi;
+    harness::HeapLog log;
+    EXPECT_FALSE(CreateProcessW(text.c_str(), line.data(), nullptr, nullptr, FALSE,
+                                CREATE_UNICODE_ENVIRONMENT | CREATE_SUSPENDED, block.data(),
+                                text.c_str(), &si, &pi));
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
+    EXPECT_EQ(app, ToAnsi(text));
+    EXPECT_EQ(cmd, ToAnsi(line));
+    EXPECT_EQ(dir, ToAnsi(text));
+    EXPECT_EQ(flags, DWORD(CREATE_SUSPENDED));
+    EXPECT_EQ(env, "A=" + ToAnsi(text) + "|B=2|");
+    EXPECT_EQ(seen.cb, sizeof(STARTUPINFOA));
+    EXPECT_EQ(seen.lpReserved, nullptr);
+    EXPECT_EQ(desktop, "winsta0\\default");
+    EXPECT_EQ(title, ToAnsi(text));
+    EXPECT_EQ(seen.dwX + seen.dwYSize + seen.dwFillAttribute + seen.wShowWindow, 10u);
+    EXPECT_EQ(seen.hStdError, si.hStdError);
+    EXPECT_EQ(log.allocationSizes().size(), 6u);  // desktop, title, app, command line, folder, block
+    EXPECT_TRUE(log.freedInReverseOrder());
+
+    // An ANSI block from the caller is not passed on.
+    env = "none";
+    CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, block.data(), nullptr, &si, &pi);
+    EXPECT_EQ(env, "");
+}
+
+// ---- results the ANSI path forms differently
+
+TEST_F(ProcessTest, CountsOfModuleFileNameEnvironmentVariableAndDriveStrings)
+{
+    const DWORD extra = AnsiPath() ? 1 : 0;
+    WCHAR buf[MAX_PATH];
+    char a[MAX_PATH];
+    // The module's file name: the ANSI path counts the terminator.
+    DWORD len = GetModuleFileNameA(nullptr, a, MAX_PATH);
+    EXPECT_EQ(GetModuleFileNameW(nullptr, buf, MAX_PATH), len + extra);
+    EXPECT_EQ(buf, harness::FromAnsi(a));
+    SetLastError(0);
+    EXPECT_EQ(GetModuleFileNameW(nullptr, buf, 4), AnsiPath() ? 0u : 4u);
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_INSUFFICIENT_BUFFER));
+
+    // A variable's value: the ANSI path converts it without its terminator and
+    // counts one character less. Without a buffer it counts ANSI bytes. (Wine's
+    // GetEnvironmentVariableA counts a double-byte value in characters.)
+    std::wstring value = L"value" + (harness::CodePage() == 1252 ? NonAsciiText() : L"");
+    ASSERT_TRUE(SetEnvironmentVariableW(L"TW_VALUE", value.c_str()));
+    std::fill(std::begin(buf), std::end(buf), L'#');
+    EXPECT_EQ(GetEnvironmentVariableW(L"TW_VALUE", buf, MAX_PATH), value.size() - extra);
+    EXPECT_EQ(std::wstring(buf, value.size() + 1), value + (AnsiPath() ? L'#' : L'\0'));
+    EXPECT_EQ(GetEnvironmentVariableW(L"TW_VALUE", nullptr, 0),
+              (AnsiPath() ? ToAnsi(value).size() : value.size()) + 1);
+    EXPECT_EQ(GetEnvironmentVariableW(L"TW_VALUE", buf, 1), AnsiPath() ? 0 : value.size() + 1);
+    ASSERT_TRUE(SetEnvironmentVariableW(L"TW_VALUE", nullptr));
+    SetLastError(0);
+    EXPECT_EQ(GetEnvironmentVariableW(L"TW_VALUE", buf, MAX_PATH), 0u);
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_ENVVAR_NOT_FOUND));
+
+    // The drive list: the ANSI path counts its final terminator.
+    len = GetLogicalDriveStringsA(MAX_PATH, a);
+    ASSERT_GT(len, 0u);
+    EXPECT_EQ(GetLogicalDriveStringsW(MAX_PATH, buf), len + extra);
+    EXPECT_EQ(std::wstring(buf, len + 1), std::wstring(a, a + len + 1));  // drive names are ASCII
+    EXPECT_EQ(GetLogicalDriveStringsW(0, nullptr), len + 1);
+}
+
+// ---- named objects, modules and resources
+
+TEST_F(ProcessTest, NamedObjectsReportExistingObjectsAndClashes)
+{
+    std::wstring name = L"tw-object-" + NonAsciiText();
+    HANDLE event = CreateEventW(nullptr, TRUE, FALSE, name.c_str());
+    ASSERT_NE(event, nullptr);
+    // A success that opened an existing object says so in the last error.
+    HANDLE again = CreateEventW(nullptr, TRUE, FALSE, name.c_str());
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_ALREADY_EXISTS));
+    HANDLE opened = OpenEventW(EVENT_ALL_ACCESS, FALSE, name.c_str());
+    ASSERT_NE(opened, nullptr);
+    SetEvent(opened);
+    EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(CreateMutexW(nullptr, FALSE, name.c_str()), nullptr);
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_HANDLE));
+    for (HANDLE h : {event, again, opened})
+        CloseHandle(h);
+    EXPECT_EQ(OpenEventW(EVENT_ALL_ACCESS, FALSE, name.c_str()), nullptr);
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
+
+    HANDLE map = CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 64, name.c_str());
+    HANDLE map2 = CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 64, name.c_str());
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_ALREADY_EXISTS));
+    auto view = static_cast<char*>(MapViewOfFile(map, FILE_MAP_WRITE, 0, 0, 0));
+    auto view2 = static_cast<char*>(MapViewOfFile(map2, FILE_MAP_READ, 0, 0, 0));
+    ASSERT_TRUE(view && view2);
+    view[0] = 'x';
+    EXPECT_EQ(view2[0], 'x');
+    UnmapViewOfFile(view2);
+    UnmapViewOfFile(view);
+    CloseHandle(map2);
+    CloseHandle(map);
+}
+
+// Names that the code page cannot hold (an unpaired surrogate, a Thai letter)
+// become '?' on the ANSI path, so distinct wide names name one object there.
+TEST_F(ProcessTest, NamesOutsideTheCodePageCollapseOnTheAnsiPath)
+{
+    HANDLE first = CreateMutexW(nullptr, FALSE, L"tw-mutex-\xD800");
+    ASSERT_NE(first, nullptr);
+    HANDLE second = CreateMutexW(nullptr, FALSE, L"tw-mutex-\x0E01");
+    ASSERT_NE(second, nullptr);
+    EXPECT_EQ(GetLastError(), AnsiPath() ? DWORD(ERROR_ALREADY_EXISTS) : 0u);
+    CloseHandle(second);
+    CloseHandle(first);
+    // A name too long for the A function is refused as it refuses it.
+    if (AnsiPath()) {
+        std::wstring longName(400, L'n');
+        EXPECT_EQ(CreateMutexW(nullptr, FALSE, longName.c_str()), nullptr);
+        DWORD error = GetLastError();
+        EXPECT_EQ(CreateMutexA(nullptr, FALSE, ToAnsi(longName).c_str()), nullptr);
+        EXPECT_EQ(error, GetLastError());
+    }
+}
+
+// GetProcAddressW converts on every platform: the system has no wide form.
+TEST_F(ProcessTest, ModulesProceduresAndResourcesAnswerAsTheAnsiFunctions)
+{
+    HMODULE kernel = GetModuleHandleW(L"KERNEL32.DLL");
+    EXPECT_EQ(kernel, GetModuleHandleA("kernel32.dll"));
+    EXPECT_EQ(GetModuleHandleW(nullptr), GetModuleHandleA(nullptr));
+    auto pid = reinterpret_cast<DWORD(WINAPI*)()>(GetProcAddressW(kernel, L"GetCurrentProcessId"));
+    ASSERT_NE(pid, nullptr);
+    EXPECT_EQ(pid(), GetCurrentProcessId());
+    EXPECT_EQ(GetProcAddressW(kernel, MAKEINTRESOURCEW(5)), GetProcAddress(kernel, MAKEINTRESOURCEA(5)));
+    EXPECT_EQ(GetProcAddressW(kernel, (L"GetVersion" + NonAsciiText()).c_str()), nullptr);
+
+    std::wstring missing = L"tw-missing-" + NonAsciiText() + L".dll";
+    SetLastError(0);
+    EXPECT_EQ(GetModuleHandleW(missing.c_str()), nullptr);
+    EXPECT_EQ(LoadLibraryExW(missing.c_str(), nullptr, 0), nullptr);
+    DWORD error = GetLastError();
+    EXPECT_EQ(LoadLibraryExA(ToAnsi(missing).c_str(), nullptr, 0), nullptr);
+    EXPECT_EQ(error, GetLastError());
+    HMODULE user = LoadLibraryExW(L"user32.dll", nullptr, 0);
+    ASSERT_NE(user, nullptr);
+
+    // A named and a numbered resource; the type is numbered in both.
+    EXPECT_EQ(FindResourceExW(user, RT_DIALOG, L"msgbox", 0), FindResourceExA(user, MAKEINTRESOURCEA(5), "MSGBOX", 0));
+    HRSRC version = FindResourceExW(kernel, RT_VERSION, MAKEINTRESOURCEW(1), 0);
+    EXPECT_NE(version, nullptr);
+    EXPECT_EQ(version, FindResourceExA(kernel, MAKEINTRESOURCEA(16), MAKEINTRESOURCEA(1), 0));
+    EXPECT_EQ(FindResourceExW(user, RT_DIALOG, (L"msgbox" + NonAsciiText()).c_str(), 0), nullptr);
+    error = GetLastError();
+    FindResourceExA(user, MAKEINTRESOURCEA(5), ToAnsi(L"msgbox" + NonAsciiText()).c_str(), 0);
+    EXPECT_EQ(error, GetLastError());
+    FreeLibrary(user);
+}
+
+}  // namespace
