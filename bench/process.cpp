@@ -8,10 +8,11 @@ TORWEN_BENCH(Process)
     auto systemW = reinterpret_cast<decltype(&GetEnvironmentVariableW)>(
         reinterpret_cast<void*>(BenchSystemFunction("kernel32.dll", "GetEnvironmentVariableW")));
     if (bench.unicodePlatform)
-        bench.compare("GetEnvironmentVariableW", [] { GetEnvironmentVariableW(L"TORWEN_BENCH", w, 64); },
-                      "GetEnvironmentVariableW (system)",
-                      [=] { systemW(L"TORWEN_BENCH", w, 64); });
+        bench.compare(
+            "GetEnvironmentVariableW", [] { GetEnvironmentVariableW(L"TORWEN_BENCH", w, 64); },
+            "GetEnvironmentVariableW (system)", [=] { systemW(L"TORWEN_BENCH", w, 64); });
     else
-        bench.compare("GetEnvironmentVariableW", [] { GetEnvironmentVariableW(L"TORWEN_BENCH", w, 64); },
-                      "GetEnvironmentVariableA", [] { GetEnvironmentVariableA("TORWEN_BENCH", a, 64); });
+        bench.compare(
+            "GetEnvironmentVariableW", [] { GetEnvironmentVariableW(L"TORWEN_BENCH", w, 64); },
+            "GetEnvironmentVariableA", [] { GetEnvironmentVariableA("TORWEN_BENCH", a, 64); });
 }

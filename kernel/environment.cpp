@@ -68,12 +68,13 @@ DWORD WINAPI GetEnvironmentVariableW(LPCWSTR name, LPWSTR buf, DWORD n)
 
 BOOL WINAPI SetEnvironmentVariableW(LPCWSTR name, LPCWSTR value)
 {
-    return AtExport(Sys::SetEnvironmentVariableW, name, value).orAnsi(FALSE, [&](AtSavedError& err) {
-        AtStringSlot nameA, valueA;
-        AtWideToAnsiTemp(nameA, name);
-        AtWideToAnsiTemp(valueA, value);
-        return err.keep(SetEnvironmentVariableA(nameA, valueA));
-    });
+    return AtExport(Sys::SetEnvironmentVariableW, name, value)
+        .orAnsi(FALSE, [&](AtSavedError& err) {
+            AtStringSlot nameA, valueA;
+            AtWideToAnsiTemp(nameA, name);
+            AtWideToAnsiTemp(valueA, value);
+            return err.keep(SetEnvironmentVariableA(nameA, valueA));
+        });
 }
 
 // The list's final terminator is converted and counted too, so the count returned

@@ -59,8 +59,8 @@ BOOL WINAPI CreateProcessW(LPCWSTR app, LPWSTR cmd, LPSECURITY_ATTRIBUTES proces
                            LPSECURITY_ATTRIBUTES threadAttr, BOOL inherit, DWORD flags, LPVOID env,
                            LPCWSTR dir, LPSTARTUPINFOW startup, LPPROCESS_INFORMATION info)
 {
-    return AtExport(Sys::CreateProcessW, app, cmd, processAttr, threadAttr, inherit, flags, env, dir,
-                    startup, info)
+    return AtExport(Sys::CreateProcessW, app, cmd, processAttr, threadAttr, inherit, flags, env,
+                    dir, startup, info)
         .orAnsi(FALSE, [&](AtSavedError& err) {
             AnsiStartupInfo startupA(startup);
             AtStringSlot appA, cmdA, dirA, envA;

@@ -10,11 +10,12 @@ AT_SYSTEM_FUNCTION(kernel32, CreateFileMappingW, 0)
 // caller that it opened an existing object.
 HANDLE WINAPI CreateMutexW(LPSECURITY_ATTRIBUTES sa, BOOL initialOwner, LPCWSTR name)
 {
-    return AtExport(Sys::CreateMutexW, sa, initialOwner, name).orAnsi(nullptr, [&](AtSavedError& err) {
-        AtStringSlot nameA;
-        AtWideToAnsiTemp(nameA, name);
-        return err.keep(CreateMutexA(sa, initialOwner, nameA));
-    });
+    return AtExport(Sys::CreateMutexW, sa, initialOwner, name)
+        .orAnsi(nullptr, [&](AtSavedError& err) {
+            AtStringSlot nameA;
+            AtWideToAnsiTemp(nameA, name);
+            return err.keep(CreateMutexA(sa, initialOwner, nameA));
+        });
 }
 
 HANDLE WINAPI CreateEventW(LPSECURITY_ATTRIBUTES sa, BOOL manualReset, BOOL initialState,

@@ -89,8 +89,8 @@ struct ChildRun {
         si.hStdOutput = CreateFileA("NUL", GENERIC_WRITE, 0, &inherit, OPEN_EXISTING, 0, nullptr);
         PROCESS_INFORMATION pi;
         std::wstring line = cmd;
-        BOOL ok = CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, flags, env, dir.c_str(),
-                                 &si, &pi);
+        BOOL ok = CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, flags, env,
+                                 dir.c_str(), &si, &pi);
         CloseHandle(si.hStdOutput);
         if (!ok)
             return FALSE;
@@ -154,7 +154,8 @@ TEST_F(ProcessTest, ChildInheritsEnvironmentWhenBlockIsNotMarkedUnicode)
     TempFolder folder;
     ChildRun child(folder.path);
     std::string report = ToAnsi(folder.path + L"\\report.txt");
-    std::string block = "TW_TEXT=block" + std::string(1, '\0') + "TW_REPORT=" + report + '\0' + '\0';
+    std::string block =
+        "TW_TEXT=block" + std::string(1, '\0') + "TW_REPORT=" + report + '\0' + '\0';
     SetEnvironmentVariableW(L"TW_TEXT", L"inherited");
     SetEnvironmentVariableA("TW_REPORT", report.c_str());
     BOOL ok = child.start(0, block.data());
@@ -180,7 +181,8 @@ TEST_F(ProcessAnsiTest, CreateProcessHandsAnsiRecordAndEnvironmentList)
                 SetLastError(ERROR_ACCESS_DENIED);
                 return FALSE;
             });
-    std::wstring text = NonAsciiText(), line = L"child " + text, block = L"A=" + text + L'\0' + L"B=2";
+    std::wstring text = NonAsciiText(), line = L"child " + text,
+                 block = L"A=" + text + L'\0' + L"B=2" + L'\0' + L'\0';
     STARTUPINFOW si = {};  // a wrong cb is not passed on
     si.lpDesktop = const_cast<LPWSTR>(L"winsta0\\default");
     si.lpTitle = text.data();
@@ -203,12 +205,14 @@ TEST_F(ProcessAnsiTest, CreateProcessHandsAnsiRecordAndEnvironmentList)
     EXPECT_EQ(title, ToAnsi(text));
     EXPECT_EQ(seen.dwX + seen.dwYSize + seen.dwFillAttribute + seen.wShowWindow, 10u);
     EXPECT_EQ(seen.hStdError, si.hStdError);
-    EXPECT_EQ(log.allocationSizes().size(), 6u);  // desktop, title, app, command line, folder, block
+    EXPECT_EQ(log.allocationSizes().size(),
+              6u);  // desktop, title, app, command line, folder, block
     EXPECT_TRUE(log.freedInReverseOrder());
 
     // An ANSI block from the caller is not passed on.
     env = "none";
-    CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, block.data(), nullptr, &si, &pi);
+    CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, block.data(), nullptr, &si,
+                   &pi);
     EXPECT_EQ(env, "");
 }
 
@@ -272,8 +276,10 @@ TEST_F(ProcessTest, NamedObjectsReportExistingObjectsAndClashes)
     EXPECT_EQ(OpenEventW(EVENT_ALL_ACCESS, FALSE, name.c_str()), nullptr);
     EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
 
-    HANDLE map = CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 64, name.c_str());
-    HANDLE map2 = CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 64, name.c_str());
+    HANDLE map =
+        CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 64, name.c_str());
+    HANDLE map2 =
+        CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 64, name.c_str());
     EXPECT_EQ(GetLastError(), DWORD(ERROR_ALREADY_EXISTS));
     auto view = static_cast<char*>(MapViewOfFile(map, FILE_MAP_WRITE, 0, 0, 0));
     auto view2 = static_cast<char*>(MapViewOfFile(map2, FILE_MAP_READ, 0, 0, 0));
@@ -316,7 +322,8 @@ TEST_F(ProcessTest, ModulesProceduresAndResourcesAnswerAsTheAnsiFunctions)
     auto pid = reinterpret_cast<DWORD(WINAPI*)()>(GetProcAddressW(kernel, L"GetCurrentProcessId"));
     ASSERT_NE(pid, nullptr);
     EXPECT_EQ(pid(), GetCurrentProcessId());
-    EXPECT_EQ(GetProcAddressW(kernel, MAKEINTRESOURCEW(5)), GetProcAddress(kernel, MAKEINTRESOURCEA(5)));
+    EXPECT_EQ(GetProcAddressW(kernel, MAKEINTRESOURCEW(5)),
+              GetProcAddress(kernel, MAKEINTRESOURCEA(5)));
     EXPECT_EQ(GetProcAddressW(kernel, (L"GetVersion" + NonAsciiText()).c_str()), nullptr);
 
     std::wstring missing = L"tw-missing-" + NonAsciiText() + L".dll";
@@ -330,7 +337,8 @@ TEST_F(ProcessTest, ModulesProceduresAndResourcesAnswerAsTheAnsiFunctions)
     ASSERT_NE(user, nullptr);
 
     // A named and a numbered resource; the type is numbered in both.
-    EXPECT_EQ(FindResourceExW(user, RT_DIALOG, L"msgbox", 0), FindResourceExA(user, MAKEINTRESOURCEA(5), "MSGBOX", 0));
+    EXPECT_EQ(FindResourceExW(user, RT_DIALOG, L"msgbox", 0),
+              FindResourceExA(user, MAKEINTRESOURCEA(5), "MSGBOX", 0));
     HRSRC version = FindResourceExW(kernel, RT_VERSION, MAKEINTRESOURCEW(1), 0);
     EXPECT_NE(version, nullptr);
     EXPECT_EQ(version, FindResourceExA(kernel, MAKEINTRESOURCEA(16), MAKEINTRESOURCEA(1), 0));
@@ -339,6 +347,174 @@ TEST_F(ProcessTest, ModulesProceduresAndResourcesAnswerAsTheAnsiFunctions)
     FindResourceExA(user, MAKEINTRESOURCEA(5), ToAnsi(L"msgbox" + NonAsciiText()).c_str(), 0);
     EXPECT_EQ(error, GetLastError());
     FreeLibrary(user);
+}
+
+// ---- what the A functions receive, and failing allocations
+
+TEST_F(ProcessAnsiTest, AFunctionsGetHeapSizeOrCallersCount)
+{
+    DWORD envSize = 0, driveSize = 0, moduleSize = 0;
+    TW_HOOK(env, GetEnvironmentVariableA, [&](LPCSTR name, LPSTR buf, DWORD n) {
+        envSize = n;
+        return env.real(name, buf, n);
+    });
+    TW_HOOK(drives, GetLogicalDriveStringsA, [&](DWORD n, LPSTR buf) {
+        driveSize = n;
+        memcpy(buf, "A:\\\0B:\\\0", 9);
+        return DWORD(8);
+    });
+    TW_HOOK(module, GetModuleFileNameA, [&](HMODULE, LPSTR buf, DWORD n) {
+        moduleSize = n;
+        lstrcpyA(buf, "C:\\x.exe");
+        SetLastError(777);
+        return DWORD(8);
+    });
+    WCHAR buf[20];
+    GetEnvironmentVariableW(L"PATH", buf, 20);
+    EXPECT_EQ(envSize, 20 * MaxCharSize());
+    EXPECT_EQ(GetLogicalDriveStringsW(20, buf), 9u);
+    EXPECT_EQ(driveSize, 20 * MaxCharSize());
+    EXPECT_EQ(std::wstring(buf, 9), std::wstring(L"A:\\\0B:\\\0", 9));
+    EXPECT_EQ(GetModuleFileNameW(nullptr, buf, 20), 9u);
+    EXPECT_EQ(moduleSize, 20u);
+    EXPECT_EQ(GetLastError(), 777u);
+    // The error is taken after the conversion back, which fails without a buffer.
+    EXPECT_EQ(GetModuleFileNameW(nullptr, nullptr, 20), 0u);
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+}
+
+TEST_F(ProcessAnsiTest, EnvironmentBlockIsCopiedIntoTorwensHeap)
+{
+    static char block[] = "A=1\0";  // with the literal's own NUL: A=1, NUL, NUL
+    LPCH released = nullptr;
+    TW_HOOK(get, GetEnvironmentStrings, [&] { return block; });
+    TW_HOOK(release, FreeEnvironmentStringsA, [&](LPCH p) {
+        released = p;
+        return TRUE;
+    });
+    harness::HeapLog log;
+    LPWCH w = GetEnvironmentStringsW();
+    ASSERT_NE(w, nullptr);
+    EXPECT_EQ(std::wstring(w, 5), std::wstring(L"A=1\0\0", 5));
+    EXPECT_EQ(log.allocationSizes(), std::vector<SIZE_T>{10});
+    EXPECT_EQ(released, block);
+    EXPECT_TRUE(FreeEnvironmentStringsW(w));
+
+    // When the wide block cannot be had, the ANSI block is kept, and the last
+    // error is the allocation's.
+    released = nullptr;
+    harness::FailHeapAllocAt(1);
+    EXPECT_EQ(GetEnvironmentStringsW(), nullptr);
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_OUTOFMEMORY));
+    harness::FailHeapAllocAt(0);
+    EXPECT_EQ(released, nullptr);
+}
+
+bool Succeeded(HANDLE h)
+{
+    if (h)
+        CloseHandle(h);
+    return h != nullptr;
+}
+
+// Every allocation can fail: the member answers its failure value, and the last
+// error is 0 (nothing was called yet) or, for the members that keep no saved
+// error, the allocation's own.
+TEST_F(ProcessAnsiTest, AllocationFailuresAnswerFailureValue)
+{
+    std::wstring name = L"tw-sweep-" + NonAsciiText(), text = L"tw " + NonAsciiText();
+    HANDLE event = CreateEventA(nullptr, TRUE, FALSE, ToAnsi(name).c_str());
+    HMODULE user = LoadLibraryA("user32.dll");
+    int debugOutput = 0;
+    TW_HOOK(debug, OutputDebugStringA, [&](LPCSTR) { ++debugOutput; });
+    TW_HOOK(create, CreateProcessA, [](auto...) { return TRUE; });
+    std::wstring block = L"A=" + text + L'\0' + L'\0';
+    STARTUPINFOW si = {};
+    si.lpTitle = text.data();
+    PROCESS_INFORMATION pi;
+    WCHAR buf[MAX_PATH];
+    struct Member {
+        const char* name;
+        DWORD failureError;
+        std::function<bool()> call;
+    } members[] = {
+        {"CreateMutexW", 0, [&] { return Succeeded(CreateMutexW(nullptr, FALSE, name.c_str())); }},
+        {"CreateEventW", 0,
+         [&] { return Succeeded(CreateEventW(nullptr, TRUE, FALSE, name.c_str())); }},
+        {"OpenEventW", 0,
+         [&] { return Succeeded(OpenEventW(EVENT_ALL_ACCESS, FALSE, name.c_str())); }},
+        {"CreateFileMappingW", 0,
+         [&] {
+             return Succeeded(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0,
+                                                 64, name.c_str()));
+         }},
+        {"LoadLibraryExW", 0,
+         [&] { return LoadLibraryExW(L"user32.dll", nullptr, 0) && FreeLibrary(user); }},
+        {"GetModuleHandleW", 0, [&] { return GetModuleHandleW(L"user32.dll") != nullptr; }},
+        {"GetModuleFileNameW", 0, [&] { return GetModuleFileNameW(nullptr, buf, MAX_PATH) != 0; }},
+        {"FindResourceExW", 0,
+         [&] { return FindResourceExW(user, RT_DIALOG, L"MSGBOX", 0) != nullptr; }},
+        {"GetProcAddressW", 0, [&] { return GetProcAddressW(user, L"IsWindow") != nullptr; }},
+        {"SetEnvironmentVariableW", 0,
+         [&] { return SetEnvironmentVariableW(L"TW_SWEEP", text.c_str()) != 0; }},
+        {"GetLogicalDriveStringsW", 0, [&] { return GetLogicalDriveStringsW(MAX_PATH, buf) != 0; }},
+        {"CreateProcessW", 0,
+         [&] {
+             return CreateProcessW(text.c_str(), text.data(), nullptr, nullptr, FALSE,
+                                   CREATE_UNICODE_ENVIRONMENT, block.data(), text.c_str(), &si,
+                                   &pi) != 0;
+         }},
+        {"GetEnvironmentVariableW", ERROR_OUTOFMEMORY,
+         [&] { return GetEnvironmentVariableW(L"TW_SWEEP", buf, MAX_PATH) != 0; }},
+        {"GetEnvironmentStringsW", ERROR_OUTOFMEMORY,
+         [&] {
+             LPWCH block = GetEnvironmentStringsW();
+             return block && FreeEnvironmentStringsW(block);
+         }},
+        {"OutputDebugStringW", ERROR_OUTOFMEMORY,
+         [&] {
+             int before = debugOutput;
+             OutputDebugStringW(text.c_str());
+             return debugOutput > before;
+         }},
+    };
+    for (const Member& member : members) {
+        SCOPED_TRACE(member.name);
+        int failures = harness::SweepAllocationFailures([&](int k) {
+            SetLastError(0xBAD);
+            bool ok = member.call();
+            DWORD error = GetLastError();
+            if (harness::HeapAllocCalls() < k) {
+                EXPECT_TRUE(ok);  // nothing failed in this run
+            } else {
+                EXPECT_FALSE(ok);
+                EXPECT_EQ(error, member.failureError);
+            }
+        });
+        EXPECT_GE(failures, 1);
+    }
+    SetEnvironmentVariableW(L"TW_SWEEP", nullptr);
+    FreeLibrary(user);
+    CloseHandle(event);
+}
+
+// The system has no GetProcAddressW: torwen converts the name on the W path too,
+// and an ordinal needs no conversion.
+TEST_F(ProcessTest, GetProcAddressConvertsOnEveryPlatform)
+{
+    HMODULE kernel = GetModuleHandleA("kernel32.dll");
+    int failures = harness::SweepAllocationFailures([&](int k) {
+        SetLastError(0xBAD);
+        FARPROC p = GetProcAddressW(kernel, L"GetVersion");
+        if (harness::HeapAllocCalls() >= k) {
+            EXPECT_EQ(p, nullptr);
+            EXPECT_EQ(GetLastError(), 0u);
+        }
+    });
+    EXPECT_EQ(failures, 1);
+    harness::HeapLog log;
+    GetProcAddressW(kernel, MAKEINTRESOURCEW(5));
+    EXPECT_TRUE(log.events().empty());
 }
 
 }  // namespace
