@@ -171,10 +171,12 @@ TEST_F(ProcessAnsiTest, CreateProcessHandsAnsiRecordAndEnvironmentList)
     STARTUPINFOA seen;
     std::string app, cmd, dir, desktop, title, env;
     DWORD flags = 0;
+    LPVOID envBlock = nullptr;
     TW_HOOK(hook, CreateProcessA,
             [&](LPCSTR a, LPSTR c, LPSECURITY_ATTRIBUTES, LPSECURITY_ATTRIBUTES, BOOL, DWORD f,
                 LPVOID e, LPCSTR d, LPSTARTUPINFOA si, LPPROCESS_INFORMATION) {
-                app = a, cmd = c, dir = d, flags = f, seen = *si;
+                auto text = [](LPCSTR p) { return std::string(p ? p : "(null)"); };
+                app = text(a), cmd = c, dir = text(d), flags = f, seen = *si;
                 desktop = si->lpDesktop, title = si->lpTitle;
                 for (auto p = static_cast<const char*>(e); p && *p; p += strlen(p) + 1)
                     env += std::string(p) + '|';
@@ -210,10 +212,9 @@ TEST_F(ProcessAnsiTest, CreateProcessHandsAnsiRecordAndEnvironmentList)
     EXPECT_TRUE(log.freedInReverseOrder());
 
     // An ANSI block from the caller is not passed on.
-    env = "none";
     CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, block.data(), nullptr, &si,
                    &pi);
-    EXPECT_EQ(env, "");
+    EXPECT_EQ(envBlock, nullptr);
 }
 
 // ---- results the ANSI path forms differently
@@ -438,7 +439,7 @@ TEST_F(ProcessAnsiTest, AllocationFailuresAnswerFailureValue)
         DWORD failureError;
         std::function<bool()> call;
     } members[] = {
-        {"CreateMutexW", 0, [&] { return Succeeded(CreateMutexW(nullptr, FALSE, name.c_str())); }},
+        {"CreateMutexW", 0, [&] { return Succeeded(CreateMutexW(nullptr, FALSE, (name + L"m").c_str())); }},
         {"CreateEventW", 0,
          [&] { return Succeeded(CreateEventW(nullptr, TRUE, FALSE, name.c_str())); }},
         {"OpenEventW", 0,
@@ -446,7 +447,7 @@ TEST_F(ProcessAnsiTest, AllocationFailuresAnswerFailureValue)
         {"CreateFileMappingW", 0,
          [&] {
              return Succeeded(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0,
-                                                 64, name.c_str()));
+                                                 64, (name + L"f").c_str()));
          }},
         {"LoadLibraryExW", 0,
          [&] { return LoadLibraryExW(L"user32.dll", nullptr, 0) && FreeLibrary(user); }},
