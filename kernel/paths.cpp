@@ -103,11 +103,13 @@ DWORD WINAPI GetFullPathNameW(LPCWSTR name, DWORD n, LPWSTR buf, LPWSTR* filePar
             return r;  // in ANSI bytes; *filePart is left alone
         r = WithoutTerminator(AtAnsiToWideOut(bufA, buf, n));
         // The file part is found by counting the characters ahead of it. A name
-        // ending in a separator has none: the pointer then marks the buffer's start.
+        // ending in a separator has none, and an A function that found the buffer
+        // too small may point past what it wrote: the pointer then marks the
+        // buffer's start.
         int ahead = 0;
-        if (filePartA > bufA.value)
-            ahead = MultiByteToWideChar(CP_ACP, 0, bufA, int(filePartA - static_cast<char*>(bufA)),
-                                        nullptr, 0);
+        int bytesAhead = int(filePartA - static_cast<char*>(bufA));
+        if (filePartA && bytesAhead > 0 && SIZE_T(bytesAhead) < AtHeapSize(bufA))
+            ahead = MultiByteToWideChar(CP_ACP, 0, bufA, bytesAhead, nullptr, 0);
         if (filePart)
             *filePart = buf + ahead;
         return r;
@@ -130,11 +132,21 @@ DWORD WINAPI SearchPathW(LPCWSTR path, LPCWSTR file, LPCWSTR ext, DWORD n, LPWST
             AtWideToAnsiTemp(fileA, file);
             AtWideToAnsiTemp(extA, ext);
             DWORD r = err.keep(SearchPathA(pathA, fileA, extA, MAX_PATH, bufA, &filePartA));
+            // Nothing found, or a buffer too small: the caller sees the last error as
+            // the clean-up leaves it, not the A call's.
+            auto answerAfterCleanUp = [&](DWORD result) {
+                AtFreeString(extA);
+                AtFreeString(fileA);
+                AtFreeString(pathA);
+                AtFreeString(scratch);
+                AtFreeString(bufA);
+                return err.keep(result);
+            };
             if (!r)
-                return 0;
+                return answerAfterCleanUp(0);
             DWORD needed = AtAnsiToWideOut(bufA, scratch, MAX_PATH);
             if (needed > n)
-                return err.keep(needed);  // the last error as the conversion left it
+                return answerAfterCleanUp(needed);
             int filePartLength = MultiByteToWideChar(CP_ACP, 0, filePartA, -1, scratch, MAX_PATH);
             int written = AtAnsiToWideOut(bufA, buf, n);
             if (filePart)
