@@ -106,10 +106,11 @@ DWORD WINAPI GetFullPathNameW(LPCWSTR name, DWORD n, LPWSTR buf, LPWSTR* filePar
         // ending in a separator has none, and an A function that found the buffer
         // too small may point past what it wrote: the pointer then marks the
         // buffer's start.
+        char* start = bufA;
+        SIZE_T bytesAhead = filePartA > start ? filePartA - start : 0;
         int ahead = 0;
-        int bytesAhead = int(filePartA - static_cast<char*>(bufA));
-        if (filePartA && bytesAhead > 0 && SIZE_T(bytesAhead) < AtHeapSize(bufA))
-            ahead = MultiByteToWideChar(CP_ACP, 0, bufA, bytesAhead, nullptr, 0);
+        if (bytesAhead && bytesAhead < AtHeapSize(bufA))
+            ahead = MultiByteToWideChar(CP_ACP, 0, start, int(bytesAhead), nullptr, 0);
         if (filePart)
             *filePart = buf + ahead;
         return r;
