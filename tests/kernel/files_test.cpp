@@ -1,0 +1,366 @@
+// Files, directories and volumes through torwen, in a folder whose name holds
+// characters of the ANSI code page beyond ASCII.
+#include <cstring>
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "harness/harness.h"
+
+using harness::AnsiPath;
+using harness::NonAsciiText;
+using harness::ToAnsi;
+using std::wstring;
+
+namespace {
+
+SIZE_T MaxCharSize()
+{
+    return harness::CodePage() == 932 ? 2 : 1;
+}
+
+class FilesTest : public harness::TorwenTest {
+protected:
+    void SetUp() override
+    {
+        harness::TorwenTest::SetUp();
+        char temp[MAX_PATH];
+        GetTempPathA(MAX_PATH, temp);
+        dir = harness::FromAnsi(temp) + L"tw" + NonAsciiText() + std::to_wstring(GetCurrentProcessId());
+        // Made by the system itself, so that torwen's answers are compared with a
+        // file system that holds such names.
+        if (!CreateDirectoryA(ToAnsi(dir).c_str(), nullptr))
+            GTEST_SKIP() << "Wine cannot store names of code page " << harness::CodePage()
+                         << " (the host lacks a Unix locale for it)";
+    }
+    void TearDown() override
+    {
+        WIN32_FIND_DATAA data;
+        HANDLE find = FindFirstFileA(ToAnsi(Path(L"*")).c_str(), &data);
+        for (BOOL more = find != INVALID_HANDLE_VALUE; more; more = FindNextFileA(find, &data)) {
+            std::string name = ToAnsi(dir) + "\\" + data.cFileName;
+            SetFileAttributesA(name.c_str(), FILE_ATTRIBUTE_NORMAL);
+            DeleteFileA(name.c_str()) || RemoveDirectoryA(name.c_str());
+        }
+        FindClose(find);
+        RemoveDirectoryA(ToAnsi(dir).c_str());
+        harness::TorwenTest::TearDown();
+    }
+    wstring Path(const wstring& name) const { return dir + L"\\" + name; }
+    void Create(const wstring& name, const char* content = "")
+    {
+        HANDLE file = CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr);
+        ASSERT_NE(file, INVALID_HANDLE_VALUE);
+        DWORD written;
+        WriteFile(file, content, DWORD(std::strlen(content)), &written, nullptr);
+        CloseHandle(file);
+    }
+    std::set<wstring> List() const
+    {
+        std::set<wstring> names;
+        WIN32_FIND_DATAW data;
+        HANDLE find = FindFirstFileW(Path(L"*").c_str(), &data);
+        for (BOOL more = find != INVALID_HANDLE_VALUE; more; more = FindNextFileW(find, &data))
+            names.insert(data.cFileName);
+        FindClose(find);
+        return names;
+    }
+
+    wstring dir;
+};
+
+TEST_F(FilesTest, NonAsciiFilesAreCreatedListedCopiedMovedAndDeleted)
+{
+    const wstring a = NonAsciiText() + L"a.txt", b = NonAsciiText() + L"b.txt", c = NonAsciiText() + L"c.txt";
+    Create(Path(a), "12345");
+    EXPECT_EQ(GetFileAttributesW(Path(a).c_str()), DWORD(FILE_ATTRIBUTE_ARCHIVE));
+    EXPECT_TRUE(SetFileAttributesW(Path(a).c_str(), FILE_ATTRIBUTE_READONLY));
+    EXPECT_EQ(GetFileAttributesW(Path(a).c_str()), DWORD(FILE_ATTRIBUTE_READONLY));
+
+    EXPECT_TRUE(CopyFileW(Path(a).c_str(), Path(b).c_str(), TRUE));
+    EXPECT_FALSE(CopyFileW(Path(a).c_str(), Path(b).c_str(), TRUE));
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_EXISTS));
+    EXPECT_TRUE(MoveFileExW(Path(b).c_str(), Path(c).c_str(), 0));
+    EXPECT_EQ(List(), (std::set<wstring>{L".", L"..", a, c}));
+
+    WIN32_FILE_ATTRIBUTE_DATA info;
+    ASSERT_TRUE(GetFileAttributesExW(Path(c).c_str(), GetFileExInfoStandard, &info));
+    EXPECT_EQ(info.dwFileAttributes, DWORD(FILE_ATTRIBUTE_READONLY));
+    EXPECT_EQ(info.nFileSizeLow, 5u);
+
+    EXPECT_TRUE(SetFileAttributesW(Path(c).c_str(), FILE_ATTRIBUTE_NORMAL));
+    EXPECT_TRUE(DeleteFileW(Path(c).c_str()));
+    EXPECT_FALSE(DeleteFileW(Path(c).c_str()));
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
+    EXPECT_EQ(GetFileAttributesW(Path(c).c_str()), INVALID_FILE_ATTRIBUTES);
+}
+
+TEST_F(FilesTest, PathsOfNonAsciiNamesCountWideCharacters)
+{
+    const wstring sub = Path(NonAsciiText()), file = sub + L"\\" + NonAsciiText() + L".txt";
+    ASSERT_TRUE(CreateDirectoryExW(dir.c_str(), sub.c_str(), nullptr));
+    EXPECT_FALSE(CreateDirectoryExW(dir.c_str(), sub.c_str(), nullptr));
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_ALREADY_EXISTS));
+    Create(file);
+
+    wchar_t buf[MAX_PATH] = {}, saved[MAX_PATH], *part = nullptr;
+    GetCurrentDirectoryW(MAX_PATH, saved);
+    ASSERT_TRUE(SetCurrentDirectoryW(sub.c_str()));
+    EXPECT_EQ(GetCurrentDirectoryW(MAX_PATH, buf), sub.size());
+    EXPECT_EQ(buf, sub);
+    EXPECT_EQ(GetFullPathNameW(L"x.txt", MAX_PATH, buf, &part), sub.size() + 6);
+    EXPECT_EQ(part, buf + sub.size() + 1);
+    SetCurrentDirectoryW(saved);
+
+    EXPECT_EQ(SearchPathW(sub.c_str(), NonAsciiText().c_str(), L".txt", MAX_PATH, buf, &part), file.size());
+    EXPECT_EQ(buf, file);
+    EXPECT_EQ(part, buf + sub.size() + 1);
+    // Too small a buffer: the wide size needed, terminator included, and the buffer untouched.
+    buf[0] = L'#';
+    EXPECT_EQ(SearchPathW(sub.c_str(), NonAsciiText().c_str(), L".txt", 4, buf, &part), file.size() + 1);
+    EXPECT_EQ(buf[0], L'#');
+
+    // The ANSI path converts exactly the bytes the A function counted, so its
+    // answer is one less than the characters it wrote.
+    std::fill(std::begin(buf), std::end(buf), L'\0');
+    DWORD n = GetShortPathNameW(file.c_str(), buf, MAX_PATH);
+    EXPECT_EQ(n, std::wcslen(buf) - (AnsiPath() ? 1 : 0));
+    EXPECT_EQ(GetFileAttributesW(buf), DWORD(FILE_ATTRIBUTE_ARCHIVE));
+
+    ASSERT_NE(GetTempFileNameW(sub.c_str(), L"tw", 0, buf), 0u);
+    EXPECT_EQ(wstring(buf).substr(0, sub.size() + 3), sub + L"\\tw");
+    EXPECT_TRUE(DeleteFileW(buf));
+}
+
+TEST_F(FilesTest, OddResultsArePinned)
+{
+    wchar_t buf[MAX_PATH], *part = nullptr;
+    // A directory has no file part: the ANSI path points at the buffer's start.
+    EXPECT_EQ(GetFullPathNameW(L"C:\\dir\\", MAX_PATH, buf, &part), 7u);
+    EXPECT_EQ(part, AnsiPath() ? buf : nullptr);
+    // Without a buffer the A function's byte count reaches the caller.
+    const wstring name = Path(L"x");
+    part = buf + 1;
+    EXPECT_EQ(GetFullPathNameW(name.c_str(), 0, nullptr, &part),
+              (AnsiPath() ? ToAnsi(name).size() : name.size()) + 1);
+    EXPECT_EQ(part, buf + 1);
+
+    WIN32_FILE_ATTRIBUTE_DATA info;
+    SetLastError(1234);
+    EXPECT_FALSE(GetFileAttributesExW(dir.c_str(), GET_FILEEX_INFO_LEVELS(1), &info));
+    EXPECT_FALSE(GetFileAttributesExW(dir.c_str(), GetFileExInfoStandard, nullptr));
+    EXPECT_EQ(GetLastError(), 1234u);
+    // The attributes come from a search: a wildcard answers for its first match,
+    // a root directory is not found.
+    EXPECT_TRUE(GetFileAttributesExW((dir + L"*").c_str(), GetFileExInfoStandard, &info));
+    EXPECT_FALSE(GetFileAttributesExW(L"C:\\", GetFileExInfoStandard, &info));
+}
+
+TEST_F(FilesTest, FindRecordsConvertTheWholeNameFields)
+{
+    if (!AnsiPath())
+        GTEST_SKIP() << "the W path hands the records through";
+    const HANDLE fake = reinterpret_cast<HANDLE>(0x1234);
+    const std::string name = ToAnsi(NonAsciiText());
+    TW_HOOK(first, FindFirstFileA, [&](LPCSTR, LPWIN32_FIND_DATAA a) {
+        std::memset(a, 0, sizeof *a);
+        a->nFileSizeLow = 7;
+        a->dwReserved1 = 9;
+        std::strcpy(a->cFileName, name.c_str());
+        std::strcpy(a->cFileName + name.size() + 1, "tail");
+        std::strcpy(a->cAlternateFileName, "ALT~1");
+        return fake;
+    });
+    WIN32_FIND_DATAW w;
+    ASSERT_EQ(FindFirstFileW(L"x", &w), fake);
+    EXPECT_EQ(w.nFileSizeLow, 7u);
+    EXPECT_EQ(w.dwReserved1, 9u);
+    EXPECT_EQ(w.cFileName, NonAsciiText());
+    EXPECT_EQ(w.cFileName + NonAsciiText().size() + 1, wstring(L"tail"));
+    EXPECT_EQ(w.cAlternateFileName, wstring(L"ALT~1"));
+
+    // FindNextFileA gets the caller's record; its answer comes back only with exactly TRUE.
+    std::string seen;
+    BOOL answer = 2;
+    TW_HOOK(next, FindNextFileA, [&](HANDLE, LPWIN32_FIND_DATAA a) {
+        seen = std::string(a->cFileName) + "/" + std::to_string(a->nFileSizeLow);
+        std::strcpy(a->cFileName, "next");
+        return answer;
+    });
+    EXPECT_EQ(FindNextFileW(fake, &w), 2);
+    EXPECT_EQ(seen, name + "/7");
+    EXPECT_EQ(w.cFileName, NonAsciiText());
+    answer = TRUE;
+    EXPECT_TRUE(FindNextFileW(fake, &w));
+    EXPECT_EQ(w.cFileName, wstring(L"next"));
+}
+
+TEST_F(FilesTest, AFunctionsGetTheCallersCountOrTheBuffersHeapSize)
+{
+    if (!AnsiPath())
+        GTEST_SKIP() << "the W path hands the sizes through";
+    const SIZE_T m = MaxCharSize();
+    wchar_t buf[MAX_PATH], *part;
+    std::vector<SIZE_T> seen;
+    TW_HOOK(sys, GetSystemDirectoryA, [&](LPSTR b, UINT n) { seen.push_back(n); return sys.real(b, n); });
+    TW_HOOK(cur, GetCurrentDirectoryA, [&](DWORD n, LPSTR b) { seen.push_back(n); return cur.real(n, b); });
+    TW_HOOK(sh, GetShortPathNameA, [&](LPCSTR s, LPSTR b, DWORD n) { seen.push_back(n); return sh.real(s, b, n); });
+    TW_HOOK(full, GetFullPathNameA, [&](LPCSTR s, DWORD n, LPSTR b, LPSTR* p) {
+        seen.push_back(n);
+        return full.real(s, n, b, p);
+    });
+    TW_HOOK(search, SearchPathA, [&](LPCSTR p, LPCSTR f, LPCSTR e, DWORD n, LPSTR b, LPSTR* fp) {
+        seen.push_back(n);
+        return search.real(p, f, e, n, b, fp);
+    });
+    TW_HOOK(vol, GetVolumeInformationA, [&](LPCSTR r, LPSTR v, DWORD vn, LPDWORD s, LPDWORD l, LPDWORD f, LPSTR fs, DWORD fsn) {
+        seen.insert(seen.end(), {vn, fsn, SIZE_T(!v), SIZE_T(!fs)});
+        return vol.real(r, v, vn, s, l, f, fs, fsn);
+    });
+    GetSystemDirectoryW(buf, 50);
+    GetCurrentDirectoryW(50, buf);
+    GetShortPathNameW(dir.c_str(), buf, 50);
+    GetFullPathNameW(L"x", 50, buf, &part);
+    SearchPathW(nullptr, L"x", nullptr, 5, buf, &part);
+    GetVolumeInformationW(L"C:\\", buf, 20, nullptr, nullptr, nullptr, buf + 20, 30);
+    GetVolumeInformationW(L"C:\\", nullptr, 20, nullptr, nullptr, nullptr, nullptr, 30);
+    EXPECT_EQ(seen, (std::vector<SIZE_T>{50, 50, 50 * m, 50 * m, MAX_PATH, 20 * m, 30 * m, 0, 0, 0, 0, 1, 1}));
+
+    harness::HeapLog log;
+    GetTempFileNameW(dir.c_str(), L"tw", 1, buf);
+    EXPECT_EQ(log.allocationSizes().back(), MAX_PATH * m);
+}
+
+// The name buffers are converted like input text first, and each temporary is
+// freed before the out buffer that replaces it is allocated.
+TEST_F(FilesTest, VolumeNameBuffersAreReadBeforeTheyAreReplaced)
+{
+    wchar_t vol[20] = L"abc", fs[30] = L"";
+    harness::HeapLog log;
+    ASSERT_TRUE(GetVolumeInformationW(L"C:\\", vol, 20, nullptr, nullptr, nullptr, fs, 30));
+    char fsA[30];
+    GetVolumeInformationA("C:\\", nullptr, 0, nullptr, nullptr, nullptr, fsA, sizeof fsA);
+    EXPECT_EQ(fs, harness::FromAnsi(fsA));
+    if (!AnsiPath())
+        return;
+    const SIZE_T m = MaxCharSize();
+    EXPECT_EQ(log.allocationSizes(), (std::vector<SIZE_T>{4, 4, 1, 20 * m, 30 * m}));
+    std::string order;
+    for (const auto& event : log.events())
+        order += event.kind == harness::HeapEvent::Alloc ? 'A' : 'F';
+    EXPECT_EQ(order, "AAAFAFAFFF");
+}
+
+TEST_F(FilesTest, EachAllocationFailureAnswersTheFailureValue)
+{
+    const wstring file = Path(L"f.txt"), missing = Path(L"missing");
+    Create(file);
+    wchar_t buf[MAX_PATH], vol[20] = L"", fs[20] = L"", *part;
+    WIN32_FIND_DATAW data;
+    WIN32_FILE_ATTRIBUTE_DATA info;
+    DWORD counts[4];
+    auto handle = [](HANDLE h, BOOL (WINAPI *close)(HANDLE)) {
+        if (h && h != INVALID_HANDLE_VALUE)
+            close(h);
+        return DWORD(UINT_PTR(h));
+    };
+    struct Case {
+        const char* name;
+        int allocations;
+        DWORD failure, error;
+        std::function<DWORD()> call;
+    };
+    const DWORD none = 0, minus1 = DWORD(-1), outOfMemory = ERROR_OUTOFMEMORY;
+    const Case cases[] = {
+        {"CreateFileW", 1, none, 0, [&] { return handle(CreateFileW(file.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr), CloseHandle); }},
+        {"FindFirstFileW", 1, minus1, 0, [&] { return handle(FindFirstFileW(file.c_str(), &data), FindClose); }},
+        {"GetFileAttributesExW", 1, none, 0, [&] { return DWORD(GetFileAttributesExW(file.c_str(), GetFileExInfoStandard, &info)); }},
+        {"GetFileAttributesW", 1, minus1, 0, [&] { return GetFileAttributesW(file.c_str()); }},
+        {"SetFileAttributesW", 1, none, 0, [&] { return DWORD(SetFileAttributesW(file.c_str(), 0)); }},
+        {"DeleteFileW", 1, none, 0, [&] { return DWORD(DeleteFileW(missing.c_str())); }},
+        {"CopyFileW", 2, none, 0, [&] { return DWORD(CopyFileW(missing.c_str(), file.c_str(), TRUE)); }},
+        {"MoveFileExW", 2, none, 0, [&] { return DWORD(MoveFileExW(missing.c_str(), file.c_str(), 0)); }},
+        {"CreateDirectoryExW", 2, none, 0, [&] { return DWORD(CreateDirectoryExW(missing.c_str(), file.c_str(), nullptr)); }},
+        {"GetFileSecurityW", 1, none, 0, [&] { return DWORD(GetFileSecurityW(file.c_str(), OWNER_SECURITY_INFORMATION, nullptr, 0, counts)); }},
+        {"SetCurrentDirectoryW", 1, none, 0, [&] { return DWORD(SetCurrentDirectoryW(L".")); }},
+        {"GetSystemDirectoryW", 1, none, 0, [&] { return GetSystemDirectoryW(buf, MAX_PATH); }},
+        {"GetWindowsDirectoryW", 1, none, 0, [&] { return GetWindowsDirectoryW(buf, MAX_PATH); }},
+        {"GetTempPathW", 1, none, 0, [&] { return GetTempPathW(MAX_PATH, buf); }},
+        {"GetCurrentDirectoryW", 1, none, 0, [&] { return GetCurrentDirectoryW(MAX_PATH, buf); }},
+        {"GetShortPathNameW", 2, none, 0, [&] { return GetShortPathNameW(file.c_str(), buf, MAX_PATH); }},
+        {"GetFullPathNameW", 2, none, 0, [&] { return GetFullPathNameW(file.c_str(), MAX_PATH, buf, &part); }},
+        {"SearchPathW", 5, none, 0, [&] { return SearchPathW(dir.c_str(), L"f", L".txt", MAX_PATH, buf, &part); }},
+        {"GetTempFileNameW", 3, none, 0, [&] { return GetTempFileNameW(dir.c_str(), L"tw", 1, buf); }},
+        {"GetDriveTypeW", 1, none, outOfMemory, [&] { return GetDriveTypeW(L"C:\\"); }},
+        {"GetDiskFreeSpaceW", 1, none, 0, [&] { return DWORD(GetDiskFreeSpaceW(L"C:\\", counts, counts + 1, counts + 2, counts + 3)); }},
+        {"GetVolumeInformationW", 5, none, 0, [&] { return DWORD(GetVolumeInformationW(L"C:\\", vol, 20, nullptr, nullptr, nullptr, fs, 20)); }},
+    };
+    for (const Case& c : cases) {
+        int runs = harness::SweepAllocationFailures([&](int k) {
+            SetLastError(1234);
+            DWORD r = c.call();
+            if (harness::HeapAllocCalls() < k)
+                return;  // fewer allocations than k: the call ran through
+            EXPECT_EQ(r, c.failure) << c.name << ", allocation " << k;
+            EXPECT_EQ(GetLastError(), c.error) << c.name << ", allocation " << k;
+        });
+        EXPECT_EQ(runs, AnsiPath() ? c.allocations : 0) << c.name;
+    }
+}
+
+// What the caller sees is the A function's error, not what the clean-up leaves,
+// except where no saved error is kept.
+TEST_F(FilesTest, TheAFunctionsErrorOutlivesTheCleanUp)
+{
+    if (!AnsiPath())
+        GTEST_SKIP() << "the W path frees nothing";
+    TW_HOOK(heapFree, HeapFree, [&](HANDLE heap, DWORD flags, LPVOID p) {
+        BOOL r = heapFree.real(heap, flags, p);
+        SetLastError(777);
+        return r;
+    });
+    wchar_t buf[MAX_PATH], *part;
+    EXPECT_FALSE(DeleteFileW(Path(L"missing").c_str()));
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
+    EXPECT_EQ(SearchPathW(dir.c_str(), L"missing", nullptr, MAX_PATH, buf, &part), 0u);
+    EXPECT_EQ(GetLastError(), 777u);
+    Create(Path(L"f.txt"));
+    EXPECT_EQ(SearchPathW(dir.c_str(), L"f.txt", nullptr, 3, buf, &part), Path(L"f.txt").size() + 1);
+    EXPECT_EQ(GetLastError(), 777u);
+    EXPECT_EQ(GetDriveTypeW(L"C:\\"), UINT(DRIVE_FIXED));
+    EXPECT_EQ(GetLastError(), 777u);
+}
+
+TEST_F(FilesTest, BadNamesAnswerAsTheAFunctionDoesWithTheConvertedText)
+{
+    // Too long, unpaired surrogates, characters of neither code page.
+    for (const wstring& name : {wstring(300, L'a'), wstring(L"x\xD800y"), wstring(L"\xDC00"), wstring(L"\x0E01")}) {
+        const wstring path = Path(name);
+        WIN32_FIND_DATAW data;
+        EXPECT_EQ(FindFirstFileW(path.c_str(), &data), INVALID_HANDLE_VALUE);
+        EXPECT_EQ(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr),
+                  INVALID_HANDLE_VALUE);
+        SetLastError(0);
+        DWORD attributes = GetFileAttributesW(path.c_str()), error = GetLastError();
+        EXPECT_EQ(attributes, INVALID_FILE_ATTRIBUTES);
+        if (AnsiPath()) {
+            SetLastError(0);
+            GetFileAttributesA(ToAnsi(path).c_str());
+            EXPECT_EQ(error, GetLastError());
+        }
+    }
+    // The A functions take a null root as the current drive's.
+    DWORD counts[4];
+    EXPECT_EQ(GetDriveTypeW(nullptr), GetDriveTypeA(nullptr));
+    EXPECT_TRUE(GetDiskFreeSpaceW(nullptr, counts, counts + 1, counts + 2, counts + 3));
+    EXPECT_TRUE(GetVolumeInformationW(nullptr, nullptr, 0, nullptr, nullptr, nullptr, nullptr, 0));
+    EXPECT_EQ(GetFileAttributesW(nullptr), INVALID_FILE_ATTRIBUTES);
+    // A path beyond MAX_PATH never makes GetTempFileNameW write past MAX_PATH characters.
+    wchar_t out[2 * MAX_PATH];
+    std::fill(std::begin(out), std::end(out), L'#');
+    GetTempFileNameW(Path(wstring(300, L'a')).c_str(), L"tw", 1, out);
+    EXPECT_EQ(out[MAX_PATH], L'#');
+}
+
+}  // namespace
