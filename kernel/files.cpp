@@ -82,30 +82,24 @@ BOOL WINAPI DeleteFileW(LPCWSTR name)
 BOOL WINAPI CopyFileW(LPCWSTR existing, LPCWSTR newName, BOOL failIfExists)
 {
     return AtExport(Sys::CopyFileW, existing, newName, failIfExists).orAnsi(FALSE, [&](AtSavedError& err) {
-        AtStringSlot existingA, newA;
-        AtWideToAnsiTemp(existingA, existing);
-        AtWideToAnsiTemp(newA, newName);
-        return err.keep(CopyFileA(existingA, newA, failIfExists));
+        AnsiNamePair names(existing, newName);
+        return err.keep(CopyFileA(names.first, names.second, failIfExists));
     });
 }
 
 BOOL WINAPI MoveFileExW(LPCWSTR existing, LPCWSTR newName, DWORD flags)
 {
     return AtExport(Sys::MoveFileExW, existing, newName, flags).orAnsi(FALSE, [&](AtSavedError& err) {
-        AtStringSlot existingA, newA;
-        AtWideToAnsiTemp(existingA, existing);
-        AtWideToAnsiTemp(newA, newName);
-        return err.keep(Sys::MoveFileExA(existingA, newA, flags));
+        AnsiNamePair names(existing, newName);
+        return err.keep(Sys::MoveFileExA(names.first, names.second, flags));
     });
 }
 
 BOOL WINAPI CreateDirectoryExW(LPCWSTR templateDir, LPCWSTR newDir, LPSECURITY_ATTRIBUTES sa)
 {
     return AtExport(Sys::CreateDirectoryExW, templateDir, newDir, sa).orAnsi(FALSE, [&](AtSavedError& err) {
-        AtStringSlot templateA, newA;
-        AtWideToAnsiTemp(templateA, templateDir);
-        AtWideToAnsiTemp(newA, newDir);
-        return err.keep(CreateDirectoryExA(templateA, newA, sa));
+        AnsiNamePair names(templateDir, newDir);
+        return err.keep(CreateDirectoryExA(names.first, names.second, sa));
     });
 }
 
