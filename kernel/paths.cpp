@@ -30,6 +30,10 @@ void AllocEmptyAnsiOut(AtStringSlot& slot, DWORD n)
 template <typename CallA>
 DWORD DirectoryInto(AtSavedError& err, LPWSTR buf, DWORD n, CallA callA)
 {
+    // A count the conversion back would refuse is refused before the A call: its
+    // byte size wraps around, and the A function would write past the block.
+    if (n > 0x7FFFFFFF)
+        throw CAtException(CAtException::CountTooLarge);
     AtStringSlot bufA;
     AllocEmptyAnsiOut(bufA, n);
     DWORD r = err.keep(callA(static_cast<char*>(bufA)));

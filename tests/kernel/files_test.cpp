@@ -377,6 +377,11 @@ TEST_F(FilesTest, BadNamesAnswerAsTheAFunctionDoesWithTheConvertedText)
     EXPECT_TRUE(GetDiskFreeSpaceW(nullptr, counts, counts + 1, counts + 2, counts + 3));
     EXPECT_TRUE(GetVolumeInformationW(nullptr, nullptr, 0, nullptr, nullptr, nullptr, nullptr, 0));
     EXPECT_EQ(GetFileAttributesW(nullptr), INVALID_FILE_ATTRIBUTES);
+    // A count whose byte size wraps around is refused before the A function writes.
+    wchar_t buf[MAX_PATH];
+    if (AnsiPath()) {
+        EXPECT_EQ(GetCurrentDirectoryW(0x80000000, buf), 0u);
+    }
 }
 
 }  // namespace
