@@ -54,7 +54,10 @@ template <typename R, typename Body>
 {
     try {
         return body();
-    } catch (CAtException&) {
+    } catch (CAtException& e) {
+        // The helper's error, set again: unwinding may have run code that cleared it.
+        SetLastError(e.value == CAtException::OutOfMemory ? ERROR_OUTOFMEMORY
+                                                           : ERROR_INVALID_PARAMETER);
         return failure;
     }
 }

@@ -38,6 +38,10 @@ HMODULE Torwen();  // torwen.dll (the test program itself for the tests of the c
 
 // ---- routing
 
+// Routes torwen's imports through the harness; the test programs' main calls it
+// before the first test.
+void InstallRouting();
+
 // The cell that torwen's import of `name` jumps through; null if torwen does not
 // import the function (yet: a function bound on first use appears at its first call).
 void** ImportCell(const char* name);
@@ -94,7 +98,7 @@ private:
     Fn previous = nullptr;
 };
 
-#define TW_HOOK(var, name, ...) ::harness::Hook<decltype(&::name)> var(#name, __VA_ARGS__)
+#define TW_HOOK(var, name, ...) ::harness::Hook<decltype(&::name)> var{#name, __VA_ARGS__}
 
 // ---- torwen's heap
 
