@@ -15,10 +15,8 @@ using std::wstring;
 
 namespace {
 
-SIZE_T MaxCharSize()
-{
-    return harness::CodePage() == 932 ? 2 : 1;
-}
+const SIZE_T MaxCharSize = harness::CodePage() == 932 ? 2 : 1;
+const char* const NoLocale = "Wine cannot store names of this code page: the host lacks its Unix locale";
 
 // Removes a folder and what it holds, through the system's A functions.
 void RemoveTree(const std::string& path)
@@ -27,13 +25,11 @@ void RemoveTree(const std::string& path)
     HANDLE find = FindFirstFileA((path + "\\*").c_str(), &data);
     for (BOOL more = find != INVALID_HANDLE_VALUE; more; more = FindNextFileA(find, &data)) {
         const std::string name = path + "\\" + data.cFileName;
-        if (data.cFileName[0] == '.')
-            continue;
         SetFileAttributesA(name.c_str(), FILE_ATTRIBUTE_NORMAL);
-        if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
-            RemoveTree(name);
-        else
+        if (!(data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY))
             DeleteFileA(name.c_str());
+        else if (data.cFileName[0] != '.')
+            RemoveTree(name);
     }
     FindClose(find);
     RemoveDirectoryA(path.c_str());
@@ -62,61 +58,55 @@ protected:
         harness::TorwenTest::TearDown();
     }
     wstring Path(const wstring& name) const { return dir + L"\\" + name; }
-    void Create(const wstring& name, const char* content = "")
+    void Create(const wstring& path, const char* content = "")
     {
-        HANDLE file = CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr);
+        HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr);
         ASSERT_NE(file, INVALID_HANDLE_VALUE);
         DWORD written;
         WriteFile(file, content, DWORD(std::strlen(content)), &written, nullptr);
         CloseHandle(file);
-    }
-    std::set<wstring> List() const
-    {
-        std::set<wstring> names;
-        WIN32_FIND_DATAW data;
-        HANDLE find = FindFirstFileW(Path(L"*").c_str(), &data);
-        for (BOOL more = find != INVALID_HANDLE_VALUE; more; more = FindNextFileW(find, &data))
-            names.insert(data.cFileName);
-        FindClose(find);
-        return names;
     }
 
     wstring dir;
     bool nonAsciiNames = true;
 };
 
-const char* const NoLocale = "Wine cannot store names of this code page: the host lacks its Unix locale";
-
 TEST_F(FilesTest, NonAsciiFilesAreCreatedListedCopiedMovedAndDeleted)
 {
     if (!nonAsciiNames)
         GTEST_SKIP() << NoLocale;
-    const wstring a = NonAsciiText() + L"a.txt", b = NonAsciiText() + L"b.txt", c = NonAsciiText() + L"c.txt";
-    Create(Path(a), "12345");
-    EXPECT_EQ(GetFileAttributesW(Path(a).c_str()), DWORD(FILE_ATTRIBUTE_ARCHIVE));
-    EXPECT_TRUE(SetFileAttributesW(Path(a).c_str(), FILE_ATTRIBUTE_READONLY));
-    const DWORD readOnly = GetFileAttributesA(ToAnsi(Path(a)).c_str());
+    const wstring a = NonAsciiText() + L"a.txt", c = NonAsciiText() + L"c.txt";
+    const wstring pathA = Path(a), pathB = Path(NonAsciiText() + L"b.txt"), pathC = Path(c);
+    Create(pathA, "12345");
+    EXPECT_EQ(GetFileAttributesW(pathA.c_str()), DWORD(FILE_ATTRIBUTE_ARCHIVE));
+    EXPECT_TRUE(SetFileAttributesW(pathA.c_str(), FILE_ATTRIBUTE_READONLY));
+    const DWORD readOnly = GetFileAttributesA(ToAnsi(pathA).c_str());
     EXPECT_TRUE(readOnly & FILE_ATTRIBUTE_READONLY);
-    EXPECT_EQ(GetFileAttributesW(Path(a).c_str()), readOnly);
 
-    EXPECT_TRUE(CopyFileW(Path(a).c_str(), Path(b).c_str(), TRUE));
-    EXPECT_FALSE(CopyFileW(Path(a).c_str(), Path(b).c_str(), TRUE));
+    EXPECT_TRUE(CopyFileW(pathA.c_str(), pathB.c_str(), TRUE));
+    EXPECT_FALSE(CopyFileW(pathA.c_str(), pathB.c_str(), TRUE));
     EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_EXISTS));
-    EXPECT_TRUE(MoveFileExW(Path(b).c_str(), Path(c).c_str(), 0));
-    EXPECT_EQ(List(), (std::set<wstring>{L".", L"..", a, c}));
+    EXPECT_TRUE(MoveFileExW(pathB.c_str(), pathC.c_str(), 0));
+    std::set<wstring> names;
+    WIN32_FIND_DATAW data;
+    HANDLE find = FindFirstFileW(Path(L"*").c_str(), &data);
+    for (BOOL more = find != INVALID_HANDLE_VALUE; more; more = FindNextFileW(find, &data))
+        names.insert(data.cFileName);
+    FindClose(find);
+    EXPECT_EQ(names, (std::set<wstring>{L".", L"..", a, c}));
 
     WIN32_FILE_ATTRIBUTE_DATA info;
-    ASSERT_TRUE(GetFileAttributesExW(Path(c).c_str(), GetFileExInfoStandard, &info));
+    ASSERT_TRUE(GetFileAttributesExW(pathC.c_str(), GetFileExInfoStandard, &info));
     EXPECT_EQ(info.dwFileAttributes, readOnly);
     EXPECT_EQ(info.nFileSizeLow, 5u);
-
-    EXPECT_TRUE(SetFileAttributesW(Path(c).c_str(), FILE_ATTRIBUTE_NORMAL));
-    EXPECT_TRUE(DeleteFileW(Path(c).c_str()));
-    EXPECT_FALSE(DeleteFileW(Path(c).c_str()));
+    EXPECT_TRUE(SetFileAttributesW(pathC.c_str(), FILE_ATTRIBUTE_NORMAL));
+    EXPECT_TRUE(DeleteFileW(pathC.c_str()));
+    EXPECT_FALSE(DeleteFileW(pathC.c_str()));
     EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
-    EXPECT_EQ(GetFileAttributesW(Path(c).c_str()), INVALID_FILE_ATTRIBUTES);
+    EXPECT_EQ(GetFileAttributesW(pathC.c_str()), INVALID_FILE_ATTRIBUTES);
 }
 
+// Offsets and lengths count wide characters, though the A functions count bytes.
 TEST_F(FilesTest, PathsOfNonAsciiNamesCountWideCharacters)
 {
     if (!nonAsciiNames)
@@ -144,11 +134,11 @@ TEST_F(FilesTest, PathsOfNonAsciiNamesCountWideCharacters)
     EXPECT_EQ(SearchPathW(sub.c_str(), NonAsciiText().c_str(), L".txt", 4, buf, &part), file.size() + 1);
     EXPECT_EQ(buf[0], L'#');
 
-    // The ANSI path converts exactly the bytes the A function counted, so its
-    // answer is one less than the characters it wrote.
+    // The ANSI path converts exactly the bytes the A function counted, without
+    // their terminator, and answers one less than it wrote.
     std::fill(std::begin(buf), std::end(buf), L'\0');
-    DWORD n = GetShortPathNameW(file.c_str(), buf, MAX_PATH);
-    EXPECT_EQ(n, std::wcslen(buf) - (AnsiPath() ? 1 : 0));
+    const DWORD shortLength = GetShortPathNameW(file.c_str(), buf, MAX_PATH);
+    EXPECT_EQ(shortLength, std::wcslen(buf) - (AnsiPath() ? 1 : 0));
     EXPECT_EQ(GetFileAttributesW(buf), DWORD(FILE_ATTRIBUTE_ARCHIVE));
 
     ASSERT_NE(GetTempFileNameW(sub.c_str(), L"tw", 0, buf), 0u);
@@ -165,8 +155,7 @@ TEST_F(FilesTest, OddResultsArePinned)
     // Without a buffer the A function's byte count reaches the caller.
     const wstring name = Path(L"x");
     part = buf + 1;
-    EXPECT_EQ(GetFullPathNameW(name.c_str(), 0, nullptr, &part),
-              (AnsiPath() ? ToAnsi(name).size() : name.size()) + 1);
+    EXPECT_EQ(GetFullPathNameW(name.c_str(), 0, nullptr, &part), (AnsiPath() ? ToAnsi(name).size() : name.size()) + 1);
     if (AnsiPath()) {
         EXPECT_EQ(part, buf + 1);
     }
@@ -190,8 +179,7 @@ TEST_F(FilesTest, FindRecordsConvertTheWholeNameFields)
     const std::string name = ToAnsi(NonAsciiText());
     TW_HOOK(first, FindFirstFileA, [&](LPCSTR, LPWIN32_FIND_DATAA a) {
         std::memset(a, 0, sizeof *a);
-        a->nFileSizeLow = 7;
-        a->dwReserved1 = 9;
+        a->dwReserved1 = 7;
         std::strcpy(a->cFileName, name.c_str());
         std::strcpy(a->cFileName + name.size() + 1, "tail");
         std::strcpy(a->cAlternateFileName, "ALT~1");
@@ -199,8 +187,7 @@ TEST_F(FilesTest, FindRecordsConvertTheWholeNameFields)
     });
     WIN32_FIND_DATAW w;
     ASSERT_EQ(FindFirstFileW(L"x", &w), fake);
-    EXPECT_EQ(w.nFileSizeLow, 7u);
-    EXPECT_EQ(w.dwReserved1, 9u);
+    EXPECT_EQ(w.dwReserved1, 7u);
     EXPECT_EQ(w.cFileName, NonAsciiText());
     EXPECT_EQ(w.cFileName + NonAsciiText().size() + 1, wstring(L"tail"));
     EXPECT_EQ(w.cAlternateFileName, wstring(L"ALT~1"));
@@ -209,12 +196,12 @@ TEST_F(FilesTest, FindRecordsConvertTheWholeNameFields)
     std::string seen;
     BOOL answer = 2;
     TW_HOOK(next, FindNextFileA, [&](HANDLE, LPWIN32_FIND_DATAA a) {
-        seen = std::string(a->cFileName) + "/" + std::to_string(a->nFileSizeLow);
+        seen = a->cFileName + std::to_string(a->dwReserved1);
         std::strcpy(a->cFileName, "next");
         return answer;
     });
     EXPECT_EQ(FindNextFileW(fake, &w), 2);
-    EXPECT_EQ(seen, name + "/7");
+    EXPECT_EQ(seen, name + "7");
     EXPECT_EQ(w.cFileName, NonAsciiText());
     answer = TRUE;
     EXPECT_TRUE(FindNextFileW(fake, &w));
@@ -225,7 +212,7 @@ TEST_F(FilesTest, AFunctionsGetTheCallersCountOrTheBuffersHeapSize)
 {
     if (!AnsiPath())
         GTEST_SKIP() << "the W path hands the sizes through";
-    const SIZE_T m = MaxCharSize();
+    const SIZE_T m = MaxCharSize;
     wchar_t buf[MAX_PATH], *part;
     std::vector<SIZE_T> seen;
     TW_HOOK(sys, GetSystemDirectoryA, [&](LPSTR b, UINT n) { seen.push_back(n); return sys.real(b, n); });
@@ -262,15 +249,14 @@ TEST_F(FilesTest, AFunctionsGetTheCallersCountOrTheBuffersHeapSize)
 TEST_F(FilesTest, VolumeNameBuffersAreReadBeforeTheyAreReplaced)
 {
     wchar_t vol[20] = L"abc", fs[30] = L"";
+    char fsA[30];
     harness::HeapLog log;
     ASSERT_TRUE(GetVolumeInformationW(L"C:\\", vol, 20, nullptr, nullptr, nullptr, fs, 30));
-    char fsA[30];
     GetVolumeInformationA("C:\\", nullptr, 0, nullptr, nullptr, nullptr, fsA, sizeof fsA);
     EXPECT_EQ(fs, harness::FromAnsi(fsA));
     if (!AnsiPath())
         return;
-    const SIZE_T m = MaxCharSize();
-    EXPECT_EQ(log.allocationSizes(), (std::vector<SIZE_T>{4, 4, 1, 20 * m, 30 * m}));
+    EXPECT_EQ(log.allocationSizes(), (std::vector<SIZE_T>{4, 4, 1, 20 * MaxCharSize, 30 * MaxCharSize}));
     std::string order;
     for (const auto& event : log.events())
         order += event.kind == harness::HeapEvent::Alloc ? 'A' : 'F';
@@ -281,11 +267,12 @@ TEST_F(FilesTest, EachAllocationFailureAnswersTheFailureValue)
 {
     const wstring file = Path(L"f.txt"), missing = Path(L"missing");
     Create(file);
+    const wchar_t* f = file.c_str();
     wchar_t buf[MAX_PATH], vol[20] = L"", fs[20] = L"", *part;
     WIN32_FIND_DATAW data;
     WIN32_FILE_ATTRIBUTE_DATA info;
-    DWORD counts[4];
-    auto handle = [](HANDLE h, BOOL (WINAPI *close)(HANDLE)) {
+    DWORD n[4];
+    auto handle = [](HANDLE h, BOOL(WINAPI * close)(HANDLE)) {
         if (h && h != INVALID_HANDLE_VALUE)
             close(h);
         return DWORD(UINT_PTR(h));
@@ -296,30 +283,30 @@ TEST_F(FilesTest, EachAllocationFailureAnswersTheFailureValue)
         DWORD failure, error;
         std::function<DWORD()> call;
     };
-    const DWORD none = 0, minus1 = DWORD(-1), outOfMemory = ERROR_OUTOFMEMORY;
+    const DWORD minus1 = DWORD(-1);
     const Case cases[] = {
-        {"CreateFileW", 1, none, 0, [&] { return handle(CreateFileW(file.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr), CloseHandle); }},
-        {"FindFirstFileW", 1, minus1, 0, [&] { return handle(FindFirstFileW(file.c_str(), &data), FindClose); }},
-        {"GetFileAttributesExW", 1, none, 0, [&] { return DWORD(GetFileAttributesExW(file.c_str(), GetFileExInfoStandard, &info)); }},
-        {"GetFileAttributesW", 1, minus1, 0, [&] { return GetFileAttributesW(file.c_str()); }},
-        {"SetFileAttributesW", 1, none, 0, [&] { return DWORD(SetFileAttributesW(file.c_str(), 0)); }},
-        {"DeleteFileW", 1, none, 0, [&] { return DWORD(DeleteFileW(missing.c_str())); }},
-        {"CopyFileW", 2, none, 0, [&] { return DWORD(CopyFileW(missing.c_str(), file.c_str(), TRUE)); }},
-        {"MoveFileExW", 2, none, 0, [&] { return DWORD(MoveFileExW(missing.c_str(), file.c_str(), 0)); }},
-        {"CreateDirectoryExW", 2, none, 0, [&] { return DWORD(CreateDirectoryExW(missing.c_str(), file.c_str(), nullptr)); }},
-        {"GetFileSecurityW", 1, none, 0, [&] { return DWORD(GetFileSecurityW(file.c_str(), OWNER_SECURITY_INFORMATION, nullptr, 0, counts)); }},
-        {"SetCurrentDirectoryW", 1, none, 0, [&] { return DWORD(SetCurrentDirectoryW(L".")); }},
-        {"GetSystemDirectoryW", 1, none, 0, [&] { return GetSystemDirectoryW(buf, MAX_PATH); }},
-        {"GetWindowsDirectoryW", 1, none, 0, [&] { return GetWindowsDirectoryW(buf, MAX_PATH); }},
-        {"GetTempPathW", 1, none, 0, [&] { return GetTempPathW(MAX_PATH, buf); }},
-        {"GetCurrentDirectoryW", 1, none, 0, [&] { return GetCurrentDirectoryW(MAX_PATH, buf); }},
-        {"GetShortPathNameW", 2, none, 0, [&] { return GetShortPathNameW(file.c_str(), buf, MAX_PATH); }},
-        {"GetFullPathNameW", 2, none, 0, [&] { return GetFullPathNameW(file.c_str(), MAX_PATH, buf, &part); }},
-        {"SearchPathW", 5, none, 0, [&] { return SearchPathW(dir.c_str(), L"f", L".txt", MAX_PATH, buf, &part); }},
-        {"GetTempFileNameW", 3, none, 0, [&] { return GetTempFileNameW(dir.c_str(), L"tw", 1, buf); }},
-        {"GetDriveTypeW", 1, none, outOfMemory, [&] { return GetDriveTypeW(L"C:\\"); }},
-        {"GetDiskFreeSpaceW", 1, none, 0, [&] { return DWORD(GetDiskFreeSpaceW(L"C:\\", counts, counts + 1, counts + 2, counts + 3)); }},
-        {"GetVolumeInformationW", 5, none, 0, [&] { return DWORD(GetVolumeInformationW(L"C:\\", vol, 20, nullptr, nullptr, nullptr, fs, 20)); }},
+        {"CreateFileW", 1, 0, 0, [&] { return handle(CreateFileW(f, 0, 0, nullptr, OPEN_EXISTING, 0, nullptr), CloseHandle); }},
+        {"FindFirstFileW", 1, minus1, 0, [&] { return handle(FindFirstFileW(f, &data), FindClose); }},
+        {"GetFileAttributesExW", 1, 0, 0, [&] { return DWORD(GetFileAttributesExW(f, GetFileExInfoStandard, &info)); }},
+        {"GetFileAttributesW", 1, minus1, 0, [&] { return GetFileAttributesW(f); }},
+        {"SetFileAttributesW", 1, 0, 0, [&] { return DWORD(SetFileAttributesW(f, 0)); }},
+        {"DeleteFileW", 1, 0, 0, [&] { return DWORD(DeleteFileW(missing.c_str())); }},
+        {"CopyFileW", 2, 0, 0, [&] { return DWORD(CopyFileW(missing.c_str(), f, TRUE)); }},
+        {"MoveFileExW", 2, 0, 0, [&] { return DWORD(MoveFileExW(missing.c_str(), f, 0)); }},
+        {"CreateDirectoryExW", 2, 0, 0, [&] { return DWORD(CreateDirectoryExW(missing.c_str(), f, nullptr)); }},
+        {"GetFileSecurityW", 1, 0, 0, [&] { return DWORD(GetFileSecurityW(f, OWNER_SECURITY_INFORMATION, nullptr, 0, n)); }},
+        {"SetCurrentDirectoryW", 1, 0, 0, [&] { return DWORD(SetCurrentDirectoryW(L".")); }},
+        {"GetSystemDirectoryW", 1, 0, 0, [&] { return GetSystemDirectoryW(buf, MAX_PATH); }},
+        {"GetWindowsDirectoryW", 1, 0, 0, [&] { return GetWindowsDirectoryW(buf, MAX_PATH); }},
+        {"GetTempPathW", 1, 0, 0, [&] { return GetTempPathW(MAX_PATH, buf); }},
+        {"GetCurrentDirectoryW", 1, 0, 0, [&] { return GetCurrentDirectoryW(MAX_PATH, buf); }},
+        {"GetShortPathNameW", 2, 0, 0, [&] { return GetShortPathNameW(f, buf, MAX_PATH); }},
+        {"GetFullPathNameW", 2, 0, 0, [&] { return GetFullPathNameW(f, MAX_PATH, buf, &part); }},
+        {"SearchPathW", 5, 0, 0, [&] { return SearchPathW(dir.c_str(), L"f", L".txt", MAX_PATH, buf, &part); }},
+        {"GetTempFileNameW", 3, 0, 0, [&] { return GetTempFileNameW(dir.c_str(), L"tw", 1, buf); }},
+        {"GetDriveTypeW", 1, 0, ERROR_OUTOFMEMORY, [&] { return GetDriveTypeW(L"C:\\"); }},
+        {"GetDiskFreeSpaceW", 1, 0, 0, [&] { return DWORD(GetDiskFreeSpaceW(L"C:\\", n, n + 1, n + 2, n + 3)); }},
+        {"GetVolumeInformationW", 5, 0, 0, [&] { return DWORD(GetVolumeInformationW(L"C:\\", vol, 20, 0, 0, 0, fs, 20)); }},
     };
     for (const Case& c : cases) {
         int runs = harness::SweepAllocationFailures([&](int k) {
@@ -334,8 +321,8 @@ TEST_F(FilesTest, EachAllocationFailureAnswersTheFailureValue)
     }
 }
 
-// What the caller sees is the A function's error, not what the clean-up leaves,
-// except where no saved error is kept.
+// The caller sees the A function's error, not what the clean-up leaves, except
+// where no saved error is kept.
 TEST_F(FilesTest, TheAFunctionsErrorOutlivesTheCleanUp)
 {
     if (!AnsiPath())
@@ -348,18 +335,21 @@ TEST_F(FilesTest, TheAFunctionsErrorOutlivesTheCleanUp)
     wchar_t buf[MAX_PATH], *part;
     EXPECT_FALSE(DeleteFileW(Path(L"missing").c_str()));
     EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
-    EXPECT_EQ(SearchPathW(dir.c_str(), L"missing", nullptr, MAX_PATH, buf, &part), 0u);
-    EXPECT_EQ(GetLastError(), 777u);
-    Create(Path(L"f.txt"));
-    EXPECT_EQ(SearchPathW(dir.c_str(), L"f.txt", nullptr, 3, buf, &part), Path(L"f.txt").size() + 1);
-    EXPECT_EQ(GetLastError(), 777u);
     EXPECT_EQ(GetDriveTypeW(L"C:\\"), UINT(DRIVE_FIXED));
     EXPECT_EQ(GetLastError(), 777u);
+
+    Create(Path(L"f.txt"));
+    harness::HeapLog log;
+    EXPECT_EQ(SearchPathW(dir.c_str(), L"missing", nullptr, MAX_PATH, buf, &part), 0u);
+    EXPECT_EQ(GetLastError(), 777u);
+    EXPECT_EQ(SearchPathW(dir.c_str(), L"f.txt", nullptr, 3, buf, &part), Path(L"f.txt").size() + 1);
+    EXPECT_EQ(GetLastError(), 777u);
+    EXPECT_TRUE(log.freedInReverseOrder());
 }
 
 TEST_F(FilesTest, BadNamesAnswerAsTheAFunctionDoesWithTheConvertedText)
 {
-    // Too long, unpaired surrogates, characters of neither code page.
+    // Too long, an unpaired surrogate, a character of neither code page.
     for (const wstring& name : {wstring(300, L'a'), wstring(L"x\xD800y"), wstring(L"\x0E01")}) {
         const wstring path = Path(name);
         // What the code page cannot hold turns into '?', a wildcard for the A function.
@@ -369,21 +359,19 @@ TEST_F(FilesTest, BadNamesAnswerAsTheAFunctionDoesWithTheConvertedText)
         EXPECT_EQ(find != INVALID_HANDLE_VALUE, AnsiPath() && findA != INVALID_HANDLE_VALUE);
         FindClose(find);
         FindClose(findA);
-        EXPECT_EQ(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr),
-                  INVALID_HANDLE_VALUE);
+        EXPECT_EQ(CreateFileW(path.c_str(), 0, 0, nullptr, OPEN_EXISTING, 0, nullptr), INVALID_HANDLE_VALUE);
         SetLastError(0);
-        DWORD attributes = GetFileAttributesW(path.c_str()), error = GetLastError();
-        EXPECT_EQ(attributes, INVALID_FILE_ATTRIBUTES);
+        EXPECT_EQ(GetFileAttributesW(path.c_str()), INVALID_FILE_ATTRIBUTES);
+        const DWORD error = GetLastError();
         if (AnsiPath()) {
-            SetLastError(0);
             GetFileAttributesA(ToAnsi(path).c_str());
             EXPECT_EQ(error, GetLastError());
         }
     }
     // The A functions take a null root as the current drive's.
-    DWORD counts[4];
+    DWORD n[4];
     EXPECT_EQ(GetDriveTypeW(nullptr), GetDriveTypeA(nullptr));
-    EXPECT_TRUE(GetDiskFreeSpaceW(nullptr, counts, counts + 1, counts + 2, counts + 3));
+    EXPECT_TRUE(GetDiskFreeSpaceW(nullptr, n, n + 1, n + 2, n + 3));
     EXPECT_TRUE(GetVolumeInformationW(nullptr, nullptr, 0, nullptr, nullptr, nullptr, nullptr, 0));
     EXPECT_EQ(GetFileAttributesW(nullptr), INVALID_FILE_ATTRIBUTES);
     // A count whose byte size wraps around is refused before the A function writes.
