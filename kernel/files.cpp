@@ -15,7 +15,8 @@ AT_SYSTEM_FUNCTION(kernel32, CreateDirectoryExW, FALSE)
 AT_SYSTEM_FUNCTION(kernel32, FindFirstFileW, -1)
 AT_SYSTEM_FUNCTION(kernel32, FindNextFileW, FALSE)
 AT_SYSTEM_FUNCTION(advapi32, GetFileSecurityW, FALSE)
-// Windows 95 has no working MoveFileExA, and GetFileSecurityA lives in advapi32.
+// Bound on first use too: MoveFileExA is not among what Windows 95's kernel32
+// implements, and GetFileSecurityA lives in advapi32.
 AT_SYSTEM_FUNCTION(kernel32, MoveFileExA, FALSE)
 AT_SYSTEM_FUNCTION(advapi32, GetFileSecurityA, FALSE)
 
