@@ -171,35 +171,31 @@ TEST_F(FilesTest, OddResultsArePinned)
     EXPECT_FALSE(GetFileAttributesExW(L"C:\\", GetFileExInfoStandard, &info));
 }
 
+// The whole fixed name field is converted, what follows the terminator included;
+// FindNextFileA gets the caller's record, which comes back only with exactly TRUE.
 TEST_F(FilesTest, FindRecordsConvertTheWholeNameFields)
 {
     if (!AnsiPath())
         GTEST_SKIP() << "the W path hands the records through";
     const HANDLE fake = reinterpret_cast<HANDLE>(0x1234);
     const std::string name = ToAnsi(NonAsciiText());
+    BOOL answer = 2;
+    std::string seen;
     TW_HOOK(first, FindFirstFileA, [&](LPCSTR, LPWIN32_FIND_DATAA a) {
         std::memset(a, 0, sizeof *a);
         a->dwReserved1 = 7;
-        std::strcpy(a->cFileName, name.c_str());
-        std::strcpy(a->cFileName + name.size() + 1, "tail");
-        std::strcpy(a->cAlternateFileName, "ALT~1");
+        std::strcpy(std::strcpy(a->cFileName, name.c_str()) + name.size() + 1, "tail");
         return fake;
     });
-    WIN32_FIND_DATAW w;
-    ASSERT_EQ(FindFirstFileW(L"x", &w), fake);
-    EXPECT_EQ(w.dwReserved1, 7u);
-    EXPECT_EQ(w.cFileName, NonAsciiText());
-    EXPECT_EQ(w.cFileName + NonAsciiText().size() + 1, wstring(L"tail"));
-    EXPECT_EQ(w.cAlternateFileName, wstring(L"ALT~1"));
-
-    // FindNextFileA gets the caller's record; its answer comes back only with exactly TRUE.
-    std::string seen;
-    BOOL answer = 2;
     TW_HOOK(next, FindNextFileA, [&](HANDLE, LPWIN32_FIND_DATAA a) {
         seen = a->cFileName + std::to_string(a->dwReserved1);
         std::strcpy(a->cFileName, "next");
         return answer;
     });
+    WIN32_FIND_DATAW w;
+    ASSERT_EQ(FindFirstFileW(L"x", &w), fake);
+    EXPECT_EQ(w.dwReserved1, 7u);
+    EXPECT_EQ(w.cFileName + NonAsciiText().size() + 1, wstring(L"tail"));
     EXPECT_EQ(FindNextFileW(fake, &w), 2);
     EXPECT_EQ(seen, name + "7");
     EXPECT_EQ(w.cFileName, NonAsciiText());
