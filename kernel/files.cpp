@@ -53,7 +53,7 @@ HANDLE WINAPI CreateFileW(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_AT
                           DWORD disposition, DWORD flags, HANDLE templateFile)
 {
     return AtExport(Sys::CreateFileW, name, access, share, sa, disposition, flags, templateFile)
-        .orAnsi(nullptr, [&](AtSavedError& err) {
+        .orAnsi(nullptr, [=](AtSavedError& err) {
             return err.keep(
                 CreateFileA(AnsiName(name), access, share, sa, disposition, flags, templateFile));
         });
@@ -63,26 +63,26 @@ DWORD WINAPI GetFileAttributesW(LPCWSTR name)
 {
     return AtExport(Sys::GetFileAttributesW, name)
         .orAnsi(INVALID_FILE_ATTRIBUTES,
-                [&](AtSavedError& err) { return err.keep(GetFileAttributesA(AnsiName(name))); });
+                [=](AtSavedError& err) { return err.keep(GetFileAttributesA(AnsiName(name))); });
 }
 
 BOOL WINAPI SetFileAttributesW(LPCWSTR name, DWORD attributes)
 {
-    return AtExport(Sys::SetFileAttributesW, name, attributes).orAnsi(FALSE, [&](AtSavedError& err) {
+    return AtExport(Sys::SetFileAttributesW, name, attributes).orAnsi(FALSE, [=](AtSavedError& err) {
         return err.keep(SetFileAttributesA(AnsiName(name), attributes));
     });
 }
 
 BOOL WINAPI DeleteFileW(LPCWSTR name)
 {
-    return AtExport(Sys::DeleteFileW, name).orAnsi(FALSE, [&](AtSavedError& err) {
+    return AtExport(Sys::DeleteFileW, name).orAnsi(FALSE, [=](AtSavedError& err) {
         return err.keep(DeleteFileA(AnsiName(name)));
     });
 }
 
 BOOL WINAPI CopyFileW(LPCWSTR existing, LPCWSTR newName, BOOL failIfExists)
 {
-    return AtExport(Sys::CopyFileW, existing, newName, failIfExists).orAnsi(FALSE, [&](AtSavedError& err) {
+    return AtExport(Sys::CopyFileW, existing, newName, failIfExists).orAnsi(FALSE, [=](AtSavedError& err) {
         AnsiNamePair names(existing, newName);
         return err.keep(CopyFileA(names.first, names.second, failIfExists));
     });
@@ -90,7 +90,7 @@ BOOL WINAPI CopyFileW(LPCWSTR existing, LPCWSTR newName, BOOL failIfExists)
 
 BOOL WINAPI MoveFileExW(LPCWSTR existing, LPCWSTR newName, DWORD flags)
 {
-    return AtExport(Sys::MoveFileExW, existing, newName, flags).orAnsi(FALSE, [&](AtSavedError& err) {
+    return AtExport(Sys::MoveFileExW, existing, newName, flags).orAnsi(FALSE, [=](AtSavedError& err) {
         AnsiNamePair names(existing, newName);
         return err.keep(Sys::MoveFileExA(names.first, names.second, flags));
     });
@@ -98,7 +98,7 @@ BOOL WINAPI MoveFileExW(LPCWSTR existing, LPCWSTR newName, DWORD flags)
 
 BOOL WINAPI CreateDirectoryExW(LPCWSTR templateDir, LPCWSTR newDir, LPSECURITY_ATTRIBUTES sa)
 {
-    return AtExport(Sys::CreateDirectoryExW, templateDir, newDir, sa).orAnsi(FALSE, [&](AtSavedError& err) {
+    return AtExport(Sys::CreateDirectoryExW, templateDir, newDir, sa).orAnsi(FALSE, [=](AtSavedError& err) {
         AnsiNamePair names(templateDir, newDir);
         return err.keep(CreateDirectoryExA(names.first, names.second, sa));
     });
@@ -109,7 +109,7 @@ BOOL WINAPI GetFileSecurityW(LPCWSTR name, SECURITY_INFORMATION requested,
                              PSECURITY_DESCRIPTOR descriptor, DWORD size, LPDWORD needed)
 {
     return AtExport(Sys::GetFileSecurityW, name, requested, descriptor, size, needed)
-        .orAnsi(FALSE, [&](AtSavedError& err) {
+        .orAnsi(FALSE, [=](AtSavedError& err) {
             return err.keep(Sys::GetFileSecurityA(AnsiName(name), requested, descriptor, size, needed));
         });
 }
@@ -117,7 +117,7 @@ BOOL WINAPI GetFileSecurityW(LPCWSTR name, SECURITY_INFORMATION requested,
 HANDLE WINAPI FindFirstFileW(LPCWSTR name, LPWIN32_FIND_DATAW data)
 {
     return AtExport(Sys::FindFirstFileW, name, data)
-        .orAnsi(INVALID_HANDLE_VALUE, [&](AtSavedError& err) {
+        .orAnsi(INVALID_HANDLE_VALUE, [=](AtSavedError& err) {
             WIN32_FIND_DATAA a{};
             HANDLE find = err.keep(FindFirstFileA(AnsiName(name), &a));
             if (find != INVALID_HANDLE_VALUE)
@@ -130,7 +130,7 @@ HANDLE WINAPI FindFirstFileW(LPCWSTR name, LPWIN32_FIND_DATAW data)
 // only when the A function reports exactly TRUE.
 BOOL WINAPI FindNextFileW(HANDLE find, LPWIN32_FIND_DATAW data)
 {
-    return AtExport(Sys::FindNextFileW, find, data).orAnsi(FALSE, [&](AtSavedError& err) {
+    return AtExport(Sys::FindNextFileW, find, data).orAnsi(FALSE, [=](AtSavedError& err) {
         WIN32_FIND_DATAA a;
         FindDataWToA(*data, a);
         BOOL r = err.keep(FindNextFileA(find, &a));

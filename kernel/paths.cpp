@@ -46,35 +46,35 @@ DWORD DirectoryInto(AtSavedError& err, LPWSTR buf, DWORD n, CallA callA)
 
 UINT WINAPI GetSystemDirectoryW(LPWSTR buf, UINT n)
 {
-    return AtExport(Sys::GetSystemDirectoryW, buf, n).orAnsi(0u, [&](AtSavedError& err) {
+    return AtExport(Sys::GetSystemDirectoryW, buf, n).orAnsi(0u, [=](AtSavedError& err) {
         return DirectoryInto(err, buf, n, [&](LPSTR bufA) { return GetSystemDirectoryA(bufA, n); });
     });
 }
 
 UINT WINAPI GetWindowsDirectoryW(LPWSTR buf, UINT n)
 {
-    return AtExport(Sys::GetWindowsDirectoryW, buf, n).orAnsi(0u, [&](AtSavedError& err) {
+    return AtExport(Sys::GetWindowsDirectoryW, buf, n).orAnsi(0u, [=](AtSavedError& err) {
         return DirectoryInto(err, buf, n, [&](LPSTR bufA) { return GetWindowsDirectoryA(bufA, n); });
     });
 }
 
 DWORD WINAPI GetTempPathW(DWORD n, LPWSTR buf)
 {
-    return AtExport(Sys::GetTempPathW, n, buf).orAnsi(0ul, [&](AtSavedError& err) {
+    return AtExport(Sys::GetTempPathW, n, buf).orAnsi(0ul, [=](AtSavedError& err) {
         return DirectoryInto(err, buf, n, [&](LPSTR bufA) { return GetTempPathA(n, bufA); });
     });
 }
 
 DWORD WINAPI GetCurrentDirectoryW(DWORD n, LPWSTR buf)
 {
-    return AtExport(Sys::GetCurrentDirectoryW, n, buf).orAnsi(0ul, [&](AtSavedError& err) {
+    return AtExport(Sys::GetCurrentDirectoryW, n, buf).orAnsi(0ul, [=](AtSavedError& err) {
         return DirectoryInto(err, buf, n, [&](LPSTR bufA) { return GetCurrentDirectoryA(n, bufA); });
     });
 }
 
 BOOL WINAPI SetCurrentDirectoryW(LPCWSTR path)
 {
-    return AtExport(Sys::SetCurrentDirectoryW, path).orAnsi(FALSE, [&](AtSavedError& err) {
+    return AtExport(Sys::SetCurrentDirectoryW, path).orAnsi(FALSE, [=](AtSavedError& err) {
         return err.keep(SetCurrentDirectoryA(AnsiName(path)));
     });
 }
@@ -84,7 +84,7 @@ BOOL WINAPI SetCurrentDirectoryW(LPCWSTR path)
 // many bytes are converted back.
 DWORD WINAPI GetShortPathNameW(LPCWSTR longPath, LPWSTR buf, DWORD n)
 {
-    return AtExport(Sys::GetShortPathNameW, longPath, buf, n).orAnsi(0ul, [&](AtSavedError& err) {
+    return AtExport(Sys::GetShortPathNameW, longPath, buf, n).orAnsi(0ul, [=](AtSavedError& err) {
         AtStringSlot pathA, bufA;
         AtWideToAnsiTemp(pathA, longPath);
         AtAllocAnsiOut(bufA, n);
@@ -97,7 +97,7 @@ DWORD WINAPI GetShortPathNameW(LPCWSTR longPath, LPWSTR buf, DWORD n)
 
 DWORD WINAPI GetFullPathNameW(LPCWSTR name, DWORD n, LPWSTR buf, LPWSTR* filePart)
 {
-    return AtExport(Sys::GetFullPathNameW, name, n, buf, filePart).orAnsi(0ul, [&](AtSavedError& err) {
+    return AtExport(Sys::GetFullPathNameW, name, n, buf, filePart).orAnsi(0ul, [=](AtSavedError& err) {
         AtStringSlot nameA, bufA;
         AtWideToAnsiTemp(nameA, name);
         AllocEmptyAnsiOut(bufA, n);
@@ -128,7 +128,7 @@ DWORD WINAPI SearchPathW(LPCWSTR path, LPCWSTR file, LPCWSTR ext, DWORD n, LPWST
                          LPWSTR* filePart)
 {
     return AtExport(Sys::SearchPathW, path, file, ext, n, buf, filePart)
-        .orAnsi(0ul, [&](AtSavedError& err) -> DWORD {
+        .orAnsi(0ul, [=](AtSavedError& err) -> DWORD {
             AtStringSlot bufA, scratch, pathA, fileA, extA;
             AtAllocAnsiOut(bufA, MAX_PATH);
             AtAllocWideOut(scratch, MAX_PATH);
@@ -164,7 +164,7 @@ DWORD WINAPI SearchPathW(LPCWSTR path, LPCWSTR file, LPCWSTR ext, DWORD n, LPWST
 // function takes it. The last error is the one left after converting the name.
 UINT WINAPI GetTempFileNameW(LPCWSTR path, LPCWSTR prefix, UINT unique, LPWSTR out)
 {
-    return AtExport(Sys::GetTempFileNameW, path, prefix, unique, out).orAnsi(0u, [&](AtSavedError& err) {
+    return AtExport(Sys::GetTempFileNameW, path, prefix, unique, out).orAnsi(0u, [=](AtSavedError& err) {
         AtStringSlot pathA, prefixA, outA;
         AtWideToAnsiTemp(pathA, path);
         AtWideToAnsiTemp(prefixA, prefix);

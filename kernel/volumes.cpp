@@ -9,7 +9,7 @@ AT_SYSTEM_FUNCTION(kernel32, GetVolumeInformationW, FALSE)
 // when the root could not be converted.
 UINT WINAPI GetDriveTypeW(LPCWSTR root)
 {
-    return AtExport(Sys::GetDriveTypeW, root).orAnsiWithoutSavedError(UINT(DRIVE_UNKNOWN), [&] {
+    return AtExport(Sys::GetDriveTypeW, root).orAnsiWithoutSavedError(UINT(DRIVE_UNKNOWN), [=] {
         return GetDriveTypeA(AnsiName(root));
     });
 }
@@ -20,7 +20,7 @@ BOOL WINAPI GetDiskFreeSpaceW(LPCWSTR root, LPDWORD sectorsPerCluster, LPDWORD b
 {
     return AtExport(Sys::GetDiskFreeSpaceW, root, sectorsPerCluster, bytesPerSector, freeClusters,
                     totalClusters)
-        .orAnsi(FALSE, [&](AtSavedError& err) {
+        .orAnsi(FALSE, [=](AtSavedError& err) {
             return err.keep(GetDiskFreeSpaceA(AnsiName(root), sectorsPerCluster, bytesPerSector,
                                               freeClusters, totalClusters));
         });
@@ -31,7 +31,7 @@ BOOL WINAPI GetVolumeInformationW(LPCWSTR root, LPWSTR volName, DWORD volSize, L
 {
     return AtExport(Sys::GetVolumeInformationW, root, volName, volSize, serial, maxLength, flags,
                     fsName, fsSize)
-        .orAnsi(FALSE, [&](AtSavedError& err) {
+        .orAnsi(FALSE, [=](AtSavedError& err) {
             AtStringSlot rootA, volA, fsA;
             AtWideToAnsiTemp(rootA, root);
             // The name buffers are first converted as if they held input text (read up
