@@ -1,10 +1,12 @@
 // The frame every export shares.
 //
 //     return AtExport(Sys::GetShortPathNameW, longPath, buf, n)
-//         .orAnsi(0, [&](AtSavedError& err) { ...convert, call the A function... });
+//         .orAnsi(0, [=](AtSavedError& err) { ...convert, call the A function... });
 //
 // On the NT family the export calls the system's W function with the caller's
-// arguments and nothing else happens: one flag test and one call. Otherwise the
+// arguments and nothing else happens: one flag test and a jump to the function.
+// (The body captures the arguments by value: a body that took their addresses
+// would keep the compiler from making that call a jump.) Otherwise the
 // ANSI body runs in a frame of its own (kept out of line so that the W path stays
 // that small):
 //   orAnsi                   the A call's error, saved by the body with err.keep(),
@@ -36,36 +38,28 @@ public:
     DWORD value = ERROR_SUCCESS;
 };
 
-// A function without a result (OutputDebugStringW...) has no failure value: a
-// caught failure just ends the call. It passes AtNoResult{} where others pass theirs.
+// A function without a result (OutputDebugStringW) has no failure value: a caught
+// failure just ends the call. It passes AtNoResult{} where others pass theirs.
 struct AtNoResult {};
 template <typename R>
 using AtFailureValue = std::conditional_t<std::is_void_v<R>, AtNoResult, R>;
 
 template <typename R, typename Body>
-[[gnu::noinline]] R AtAnsiFrame(AtFailureValue<R> failure, Body& body)
+[[gnu::noinline]] R AtAnsiFrame(AtFailureValue<R> failure, Body body)
 {
     AtSavedError err;
-    if constexpr (std::is_void_v<R>) {
-        try {
-            body(err);
-        } catch (CAtException&) {
-        }
-        SetLastError(err.value);
-    } else {
-        R result;
-        try {
-            result = body(err);
-        } catch (CAtException&) {
-            result = failure;
-        }
-        SetLastError(err.value);
-        return result;
+    R result;
+    try {
+        result = body(err);
+    } catch (CAtException&) {
+        result = failure;
     }
+    SetLastError(err.value);
+    return result;
 }
 
 template <typename R, typename Body>
-[[gnu::noinline]] R AtAnsiFrameWithoutSavedError(AtFailureValue<R> failure, Body& body)
+[[gnu::noinline]] R AtAnsiFrameWithoutSavedError(AtFailureValue<R> failure, Body body)
 {
     try {
         return body();
@@ -79,7 +73,7 @@ template <typename R, typename Body>
 }
 
 template <typename R, typename Body>
-[[gnu::noinline]] R AtAnsiFrameUnguarded(Body& body)
+[[gnu::noinline]] R AtAnsiFrameUnguarded(Body body)
 {
     return body();
 }
@@ -92,7 +86,7 @@ public:
     [[gnu::always_inline]] AtExportCall(const Import& wide, A... args) : wide(wide), args(args...) {}
 
     template <typename Body>
-    [[gnu::always_inline]] R orAnsi(AtFailureValue<R> failure, Body&& body) const
+    [[gnu::always_inline]] R orAnsi(AtFailureValue<R> failure, Body body) const
     {
         if (AtModuleState.AtIsUnicodePlatform)
             return std::apply(wide, args);
@@ -100,7 +94,7 @@ public:
     }
 
     template <typename Body>
-    [[gnu::always_inline]] R orAnsiWithoutSavedError(AtFailureValue<R> failure, Body&& body) const
+    [[gnu::always_inline]] R orAnsiWithoutSavedError(AtFailureValue<R> failure, Body body) const
     {
         if (AtModuleState.AtIsUnicodePlatform)
             return std::apply(wide, args);
@@ -108,7 +102,7 @@ public:
     }
 
     template <typename Body>
-    [[gnu::always_inline]] R orAnsiUnguarded(Body&& body) const
+    [[gnu::always_inline]] R orAnsiUnguarded(Body body) const
     {
         if (AtModuleState.AtIsUnicodePlatform)
             return std::apply(wide, args);

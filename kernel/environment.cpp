@@ -27,7 +27,7 @@ size_t AnsiBlockSize(const char* block)
 // FreeEnvironmentStringsW. The last error is left as the calls left it.
 LPWCH WINAPI GetEnvironmentStringsW()
 {
-    return AtExport(Sys::GetEnvironmentStringsW).orAnsiWithoutSavedError(nullptr, [&]() -> LPWCH {
+    return AtExport(Sys::GetEnvironmentStringsW).orAnsiWithoutSavedError(nullptr, [=]() -> LPWCH {
         LPCH a = GetEnvironmentStrings();
         if (!a)
             return nullptr;
@@ -41,7 +41,7 @@ LPWCH WINAPI GetEnvironmentStringsW()
 
 BOOL WINAPI FreeEnvironmentStringsW(LPWCH block)
 {
-    return AtExport(Sys::FreeEnvironmentStringsW, block).orAnsiUnguarded([&] {
+    return AtExport(Sys::FreeEnvironmentStringsW, block).orAnsiUnguarded([=] {
         AtFree(block);
         return TRUE;
     });
@@ -52,7 +52,7 @@ BOOL WINAPI FreeEnvironmentStringsW(LPWCH block)
 // error is left as the calls left it.
 DWORD WINAPI GetEnvironmentVariableW(LPCWSTR name, LPWSTR buf, DWORD n)
 {
-    return AtExport(Sys::GetEnvironmentVariableW, name, buf, n).orAnsiWithoutSavedError(0, [&] {
+    return AtExport(Sys::GetEnvironmentVariableW, name, buf, n).orAnsiWithoutSavedError(0, [=] {
         AtStringSlot nameA, bufA;
         AtWideToAnsiTemp(nameA, name);
         AtAllocAnsiOut(bufA, n);
@@ -69,7 +69,7 @@ DWORD WINAPI GetEnvironmentVariableW(LPCWSTR name, LPWSTR buf, DWORD n)
 BOOL WINAPI SetEnvironmentVariableW(LPCWSTR name, LPCWSTR value)
 {
     return AtExport(Sys::SetEnvironmentVariableW, name, value)
-        .orAnsi(FALSE, [&](AtSavedError& err) {
+        .orAnsi(FALSE, [=](AtSavedError& err) {
             AtStringSlot nameA, valueA;
             AtWideToAnsiTemp(nameA, name);
             AtWideToAnsiTemp(valueA, value);
@@ -81,7 +81,7 @@ BOOL WINAPI SetEnvironmentVariableW(LPCWSTR name, LPCWSTR value)
 // is one more than the list's length without it.
 DWORD WINAPI GetLogicalDriveStringsW(DWORD n, LPWSTR buf)
 {
-    return AtExport(Sys::GetLogicalDriveStringsW, n, buf).orAnsi(0, [&](AtSavedError& err) {
+    return AtExport(Sys::GetLogicalDriveStringsW, n, buf).orAnsi(0, [=](AtSavedError& err) {
         AtStringSlot bufA;
         AtAllocAnsiOut(bufA, n);
         DWORD r = err.keep(GetLogicalDriveStringsA(AtHeapSize(bufA), bufA));

@@ -61,7 +61,7 @@ BOOL WINAPI CreateProcessW(LPCWSTR app, LPWSTR cmd, LPSECURITY_ATTRIBUTES proces
 {
     return AtExport(Sys::CreateProcessW, app, cmd, processAttr, threadAttr, inherit, flags, env,
                     dir, startup, info)
-        .orAnsi(FALSE, [&](AtSavedError& err) {
+        .orAnsi(FALSE, [=](AtSavedError& err) {
             AnsiStartupInfo startupA(startup);
             AtStringSlot appA, cmdA, dirA, envA;
             AtWideToAnsiTemp(appA, app);
@@ -82,7 +82,7 @@ BOOL WINAPI CreateProcessW(LPCWSTR app, LPWSTR cmd, LPSECURITY_ATTRIBUTES proces
 // name (an ordinal passes through).
 FARPROC WINAPI GetProcAddressW(HMODULE module, LPCWSTR name)
 {
-    auto body = [&](AtSavedError& err) {
+    auto body = [=](AtSavedError& err) {
         AtStringSlot nameA;
         AtWideToAnsiTemp(nameA, name);
         return err.keep(GetProcAddress(module, nameA));
@@ -92,7 +92,7 @@ FARPROC WINAPI GetProcAddressW(HMODULE module, LPCWSTR name)
 
 HMODULE WINAPI LoadLibraryExW(LPCWSTR name, HANDLE file, DWORD flags)
 {
-    return AtExport(Sys::LoadLibraryExW, name, file, flags).orAnsi(nullptr, [&](AtSavedError& err) {
+    return AtExport(Sys::LoadLibraryExW, name, file, flags).orAnsi(nullptr, [=](AtSavedError& err) {
         AtStringSlot nameA;
         AtWideToAnsiTemp(nameA, name);
         return err.keep(LoadLibraryExA(nameA, file, flags));
@@ -101,7 +101,7 @@ HMODULE WINAPI LoadLibraryExW(LPCWSTR name, HANDLE file, DWORD flags)
 
 HMODULE WINAPI GetModuleHandleW(LPCWSTR name)
 {
-    return AtExport(Sys::GetModuleHandleW, name).orAnsi(nullptr, [&](AtSavedError& err) {
+    return AtExport(Sys::GetModuleHandleW, name).orAnsi(nullptr, [=](AtSavedError& err) {
         AtStringSlot nameA;
         AtWideToAnsiTemp(nameA, name);
         return err.keep(GetModuleHandleA(nameA));
@@ -113,7 +113,7 @@ HMODULE WINAPI GetModuleHandleW(LPCWSTR name)
 // buffer too small for the name reports the converter's error.
 DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR buf, DWORD n)
 {
-    return AtExport(Sys::GetModuleFileNameW, module, buf, n).orAnsi(0, [&](AtSavedError& err) {
+    return AtExport(Sys::GetModuleFileNameW, module, buf, n).orAnsi(0, [=](AtSavedError& err) {
         AtStringSlot bufA;
         AtAllocAnsiOut(bufA, n);
         DWORD r = GetModuleFileNameA(module, bufA, n);
@@ -126,7 +126,7 @@ DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR buf, DWORD n)
 HRSRC WINAPI FindResourceExW(HMODULE module, LPCWSTR type, LPCWSTR name, WORD language)
 {
     return AtExport(Sys::FindResourceExW, module, type, name, language)
-        .orAnsi(nullptr, [&](AtSavedError& err) {
+        .orAnsi(nullptr, [=](AtSavedError& err) {
             AtStringSlot typeA, nameA;
             AtWideToAnsiTemp(typeA, type);
             AtWideToAnsiTemp(nameA, name);
@@ -137,7 +137,7 @@ HRSRC WINAPI FindResourceExW(HMODULE module, LPCWSTR type, LPCWSTR name, WORD la
 // Debug output leaves the last error as the A function left it.
 void WINAPI OutputDebugStringW(LPCWSTR text)
 {
-    return AtExport(Sys::OutputDebugStringW, text).orAnsiWithoutSavedError(AtNoResult{}, [&] {
+    return AtExport(Sys::OutputDebugStringW, text).orAnsiWithoutSavedError(AtNoResult{}, [=] {
         AtStringSlot textA;
         AtWideToAnsiTemp(textA, text);
         OutputDebugStringA(textA);

@@ -11,7 +11,7 @@ AT_SYSTEM_FUNCTION(kernel32, CreateFileMappingW, 0)
 HANDLE WINAPI CreateMutexW(LPSECURITY_ATTRIBUTES sa, BOOL initialOwner, LPCWSTR name)
 {
     return AtExport(Sys::CreateMutexW, sa, initialOwner, name)
-        .orAnsi(nullptr, [&](AtSavedError& err) {
+        .orAnsi(nullptr, [=](AtSavedError& err) {
             AtStringSlot nameA;
             AtWideToAnsiTemp(nameA, name);
             return err.keep(CreateMutexA(sa, initialOwner, nameA));
@@ -22,7 +22,7 @@ HANDLE WINAPI CreateEventW(LPSECURITY_ATTRIBUTES sa, BOOL manualReset, BOOL init
                            LPCWSTR name)
 {
     return AtExport(Sys::CreateEventW, sa, manualReset, initialState, name)
-        .orAnsi(nullptr, [&](AtSavedError& err) {
+        .orAnsi(nullptr, [=](AtSavedError& err) {
             AtStringSlot nameA;
             AtWideToAnsiTemp(nameA, name);
             return err.keep(CreateEventA(sa, manualReset, initialState, nameA));
@@ -31,7 +31,7 @@ HANDLE WINAPI CreateEventW(LPSECURITY_ATTRIBUTES sa, BOOL manualReset, BOOL init
 
 HANDLE WINAPI OpenEventW(DWORD access, BOOL inherit, LPCWSTR name)
 {
-    return AtExport(Sys::OpenEventW, access, inherit, name).orAnsi(nullptr, [&](AtSavedError& err) {
+    return AtExport(Sys::OpenEventW, access, inherit, name).orAnsi(nullptr, [=](AtSavedError& err) {
         AtStringSlot nameA;
         AtWideToAnsiTemp(nameA, name);
         return err.keep(OpenEventA(access, inherit, nameA));
@@ -42,7 +42,7 @@ HANDLE WINAPI CreateFileMappingW(HANDLE file, LPSECURITY_ATTRIBUTES sa, DWORD pr
                                  DWORD sizeHigh, DWORD sizeLow, LPCWSTR name)
 {
     return AtExport(Sys::CreateFileMappingW, file, sa, protect, sizeHigh, sizeLow, name)
-        .orAnsi(nullptr, [&](AtSavedError& err) {
+        .orAnsi(nullptr, [=](AtSavedError& err) {
             AtStringSlot nameA;
             AtWideToAnsiTemp(nameA, name);
             return err.keep(CreateFileMappingA(file, sa, protect, sizeHigh, sizeLow, nameA));

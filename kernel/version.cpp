@@ -5,7 +5,7 @@ AT_SYSTEM_FUNCTION(kernel32, GetVersionExW, FALSE)
 
 BOOL WINAPI GetVersionExW(LPOSVERSIONINFOW info)
 {
-    return AtExport(Sys::GetVersionExW, info).orAnsiUnguarded([&]() -> BOOL {
+    return AtExport(Sys::GetVersionExW, info).orAnsiUnguarded([=]() -> BOOL {
         // Only the plain record is known to the ANSI platforms; the extended one is
         // refused like a wrong size.
         if (!info || info->dwOSVersionInfoSize != sizeof(OSVERSIONINFOW)) {

@@ -233,7 +233,7 @@ AT_SYSTEM_FUNCTION(kernel32, GetShortPathNameW, 0)
 
 DWORD WINAPI FramedShortPath(LPCWSTR path, LPWSTR buf, DWORD n)
 {
-    return AtExport(Sys::GetShortPathNameW, path, buf, n).orAnsi(0, [&](AtSavedError& err) {
+    return AtExport(Sys::GetShortPathNameW, path, buf, n).orAnsi(0, [=](AtSavedError& err) {
         AtStringSlot pathA, bufA;
         AtWideToAnsiTemp(pathA, path);
         AtAllocAnsiOut(bufA, n);
@@ -246,7 +246,7 @@ DWORD WINAPI FramedShortPath(LPCWSTR path, LPWSTR buf, DWORD n)
 
 DWORD WINAPI FramedWithoutSavedError(LPCWSTR path, DWORD n)
 {
-    return AtExport(Sys::GetShortPathNameW, path, nullptr, n).orAnsiWithoutSavedError(7, [&] {
+    return AtExport(Sys::GetShortPathNameW, path, nullptr, n).orAnsiWithoutSavedError(7, [=] {
         AtStringSlot pathA;
         AtWideToAnsiTemp(pathA, path);
         WCHAR buf[4];
@@ -301,7 +301,7 @@ TEST_F(FrameTest, FailureAfterTheAnsiCallKeepsItsError)
     });
     // Converting the result back runs out of memory.
     auto framed = [](LPCWSTR path) {
-        return AtExport(Sys::GetShortPathNameW, path, nullptr, 0).orAnsi(0, [&](AtSavedError& err) {
+        return AtExport(Sys::GetShortPathNameW, path, nullptr, 0).orAnsi(0, [=](AtSavedError& err) {
             DWORD r = err.keep(GetShortPathNameA("x", nullptr, 0));
             AtStringSlot result;
             AtAnsiToWideTemp(result, "C:\\AB");

@@ -1,3 +1,7 @@
+#include <torwen.h>
+
+#include <string>
+
 #include "harness/harness.h"
 
 namespace {
@@ -105,6 +109,27 @@ TEST_F(VersionTest, AnsiPathConvertsTheLongestServicePackString)
     w.dwOSVersionInfoSize = sizeof w;
     ASSERT_TRUE(GetVersionExW(&w));
     EXPECT_EQ(w.szCSDVersion, harness::FromAnsi(csd));
+}
+
+// A program built against the platform's own header gets the function from torwen,
+// under its decorated name.
+TEST_F(VersionTest, ProgramImportsItFromTorwen)
+{
+    auto* base = reinterpret_cast<BYTE*>(GetModuleHandleA(nullptr));
+    auto* nt = reinterpret_cast<IMAGE_NT_HEADERS*>(
+        base + reinterpret_cast<IMAGE_DOS_HEADER*>(base)->e_lfanew);
+    DWORD rva = nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    bool found = false;
+    for (auto* d = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(base + rva); d->Name; ++d) {
+        if (lstrcmpiA(reinterpret_cast<char*>(base + d->Name), "torwen.dll") != 0)
+            continue;
+        for (auto* t = reinterpret_cast<IMAGE_THUNK_DATA*>(base + d->OriginalFirstThunk);
+             t->u1.AddressOfData; ++t) {
+            auto* byName = reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(base + t->u1.AddressOfData);
+            found |= std::string(reinterpret_cast<char*>(byName->Name)) == "_GetVersionExW@4";
+        }
+    }
+    EXPECT_TRUE(found);
 }
 
 }  // namespace
