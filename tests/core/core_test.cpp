@@ -201,6 +201,13 @@ TEST_F(CoreTest, OutputBuffersAreSizedForTheCodePage)
     EXPECT_EQ(AtHeapSize(nullptr), 0u);
     AtFreeBuffer(bytes);
     EXPECT_EQ(bytes.value, nullptr);
+
+    // A size that would wrap around is refused as memory the heap does not have.
+    for (DWORD n : {0x80000000u, 0xFFFFFFFFu}) {
+        AtStringSlot huge;
+        EXPECT_THROW(AtAllocAnsiOut(huge, n), CAtException) << n;
+        EXPECT_THROW(AtAllocWideOut(huge, n), CAtException) << n;
+    }
 }
 
 TEST_F(CoreTest, AllocationFailureThrowsOutOfMemory)
