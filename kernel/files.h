@@ -24,9 +24,3 @@ struct AnsiNamePair {
 
     AtStringSlot first, second;
 };
-
-// The count of a conversion into the caller's buffer without its terminator.
-inline int WithoutTerminator(int converted)
-{
-    return converted ? converted - 1 : 0;
-}

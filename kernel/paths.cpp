@@ -38,7 +38,7 @@ DWORD DirectoryInto(AtSavedError& err, LPWSTR buf, DWORD n, CallA callA)
     AllocEmptyAnsiOut(bufA, n);
     DWORD r = err.keep(callA(static_cast<char*>(bufA)));
     if (r && n && buf)
-        r = WithoutTerminator(AtAnsiToWideOut(bufA, buf, n));
+        r = AtCountWithoutTerminator(AtAnsiToWideOut(bufA, buf, n));
     return r;
 }
 
@@ -90,7 +90,7 @@ DWORD WINAPI GetShortPathNameW(LPCWSTR longPath, LPWSTR buf, DWORD n)
         AtAllocAnsiOut(bufA, n);
         DWORD r = err.keep(GetShortPathNameA(pathA, bufA, AtHeapSize(bufA)));
         if (r && n && buf)
-            r = WithoutTerminator(AtAnsiToWideOutN(bufA, buf, n, r));
+            r = AtCountWithoutTerminator(AtAnsiToWideOutN(bufA, buf, n, r));
         return r;
     });
 }
@@ -105,7 +105,7 @@ DWORD WINAPI GetFullPathNameW(LPCWSTR name, DWORD n, LPWSTR buf, LPWSTR* filePar
         DWORD r = err.keep(GetFullPathNameA(nameA, AtHeapSize(bufA), bufA, &filePartA));
         if (!r || !n || !buf)
             return r;  // in ANSI bytes; *filePart is left alone
-        r = WithoutTerminator(AtAnsiToWideOut(bufA, buf, n));
+        r = AtCountWithoutTerminator(AtAnsiToWideOut(bufA, buf, n));
         // The file part is found by counting the characters ahead of it. A name
         // ending in a separator has none, and an A function that found the buffer
         // too small may point past what it wrote: the pointer then marks the
@@ -156,7 +156,7 @@ DWORD WINAPI SearchPathW(LPCWSTR path, LPCWSTR file, LPCWSTR ext, DWORD n, LPWST
             int written = AtAnsiToWideOut(bufA, buf, n);
             if (filePart)
                 *filePart = buf + (written - filePartLength);
-            return WithoutTerminator(written);
+            return AtCountWithoutTerminator(written);
         });
 }
 
