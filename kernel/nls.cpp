@@ -66,10 +66,8 @@ int WINAPI GetLocaleInfoW(LCID lcid, LCTYPE type, LPWSTR buf, int n)
         AtStringSlot bufA;
         AtAllocAnsiOut(bufA, n);
         int r = err.keep(GetLocaleInfoA(lcid, type, bufA, AtHeapSize(bufA)));
-        if (r && n && buf) {
-            r = AtAnsiToWideOut(bufA, buf, n);
-            r = AtCountWithoutTerminator(r);
-        }
+        if (r && n && buf)
+            r = AtCountWithoutTerminator(AtAnsiToWideOut(bufA, buf, n));
         return r;
     });
 }

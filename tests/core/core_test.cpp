@@ -210,17 +210,6 @@ TEST_F(CoreTest, OutputBuffersAreSizedForTheCodePage)
     }
 }
 
-TEST_F(CoreTest, AllocationFailureThrowsOutOfMemory)
-{
-    harness::FailHeapAllocAt(1);
-    try {
-        AtAlloc(16);
-        ADD_FAILURE() << "no exception";
-    } catch (CAtException& e) {
-        EXPECT_EQ(e.value, 0u);
-    }
-}
-
 TEST_F(CoreTest, CharacterConversionKeepsTheArgumentsTopByte)
 {
     EXPECT_EQ(AtWideCharToAnsiChar(L'A'), 'A');
