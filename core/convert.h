@@ -23,3 +23,10 @@ int AtAnsiToWideOutN(const AtStringSlot& slot, LPWSTR buf, DWORD n, DWORD len);
 int AtWideToAnsiOut(const AtStringSlot& slot, LPSTR buf, DWORD n);
 
 int AtWideCharToAnsiChar(DWORD c);
+
+// Most exports answer with the count of characters they delivered without the
+// terminator: one less than a non-zero conversion result.
+inline int AtCountWithoutTerminator(int converted)
+{
+    return converted ? converted - 1 : 0;
+}

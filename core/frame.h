@@ -19,6 +19,7 @@
 #pragma once
 
 #include <tuple>
+#include <type_traits>
 #include <utility>
 
 #include "core/convert.h"
@@ -37,8 +38,14 @@ public:
     DWORD value = ERROR_SUCCESS;
 };
 
+// A function without a result (OutputDebugStringW) has no failure value: a caught
+// failure just ends the call. It passes AtNoResult{} where others pass theirs.
+struct AtNoResult {};
+template <typename R>
+using AtFailureValue = std::conditional_t<std::is_void_v<R>, AtNoResult, R>;
+
 template <typename R, typename Body>
-[[gnu::noinline]] R AtAnsiFrame(R failure, Body body)
+[[gnu::noinline]] R AtAnsiFrame(AtFailureValue<R> failure, Body body)
 {
     AtSavedError err;
     R result;
@@ -52,7 +59,7 @@ template <typename R, typename Body>
 }
 
 template <typename R, typename Body>
-[[gnu::noinline]] R AtAnsiFrameWithoutSavedError(R failure, Body body)
+[[gnu::noinline]] R AtAnsiFrameWithoutSavedError(AtFailureValue<R> failure, Body body)
 {
     try {
         return body();
@@ -60,7 +67,8 @@ template <typename R, typename Body>
         // The helper's error, set again: unwinding may have run code that cleared it.
         SetLastError(e.value == CAtException::OutOfMemory ? ERROR_OUTOFMEMORY
                                                            : ERROR_INVALID_PARAMETER);
-        return failure;
+        if constexpr (!std::is_void_v<R>)
+            return failure;
     }
 }
 
@@ -78,7 +86,7 @@ public:
     [[gnu::always_inline]] AtExportCall(const Import& wide, A... args) : wide(wide), args(args...) {}
 
     template <typename Body>
-    [[gnu::always_inline]] R orAnsi(R failure, Body body) const
+    [[gnu::always_inline]] R orAnsi(AtFailureValue<R> failure, Body body) const
     {
         if (AtModuleState.AtIsUnicodePlatform)
             return std::apply(wide, args);
@@ -86,7 +94,7 @@ public:
     }
 
     template <typename Body>
-    [[gnu::always_inline]] R orAnsiWithoutSavedError(R failure, Body body) const
+    [[gnu::always_inline]] R orAnsiWithoutSavedError(AtFailureValue<R> failure, Body body) const
     {
         if (AtModuleState.AtIsUnicodePlatform)
             return std::apply(wide, args);

@@ -37,15 +37,28 @@ void AtFreeBuffer(AtStringSlot& slot)
     slot.value = nullptr;
 }
 
+namespace {
+
+// A byte size beyond the address space is asked of the heap as the largest size,
+// so that it fails as an allocation rather than wrapping to a small block that an
+// A function would then write past.
+SIZE_T Bytes(DWORD n, UINT charSize)
+{
+    SIZE_T bytes;
+    return __builtin_mul_overflow(SIZE_T(n), SIZE_T(charSize), &bytes) ? ~SIZE_T(0) : bytes;
+}
+
+}  // namespace
+
 // n characters may take n * AtMaxCharSize bytes in the ANSI code page.
 void AtAllocAnsiOut(AtStringSlot& slot, DWORD n)
 {
-    slot.value = n ? AtAlloc(n * AtMaxCharSize) : nullptr;
+    slot.value = n ? AtAlloc(Bytes(n, AtMaxCharSize)) : nullptr;
 }
 
 void AtAllocWideOut(AtStringSlot& slot, DWORD n)
 {
-    slot.value = n ? AtAlloc(2 * n) : nullptr;
+    slot.value = n ? AtAlloc(Bytes(n, 2)) : nullptr;
 }
 
 void AtFreeString(AtStringSlot& slot)

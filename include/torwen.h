@@ -118,6 +118,10 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_NCCREATEW(HWND hwnd, WPARAM wParam, LPARAM
 TORWEN_API LRESULT WINAPI AtHANDLE_WM_MDICREATEW(HWND hwnd, WPARAM wParam, LPARAM lParam,
                                                  AtMDICreateHandlerW fn);
 
+/* The system has no wide form of GetProcAddress; torwen's takes a wide procedure
+ * name, or an ordinal in the low word as GetProcAddress does. */
+FARPROC WINAPI GetProcAddressW(HMODULE module, LPCWSTR procName);
+
 #ifdef __cplusplus
 }
 #endif

@@ -289,6 +289,6 @@ DWORD WINAPI FormatMessageW(DWORD flags, LPCVOID source, DWORD id, DWORD languag
             } else {
                 result = AtAnsiToWideOut(outA, buffer, size);
             }
-            return result ? result - 1 : 0;
+            return AtCountWithoutTerminator(result);
         });
 }

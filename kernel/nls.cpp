@@ -40,8 +40,7 @@ int FormatTimeOrDate(FormatCall callA, LCID lcid, DWORD flags, const SYSTEMTIME*
     AtAllocAnsiOut(bufA, n);
     int r = err.keep(callA(lcid, flags, time, formatA, bufA, AtHeapSize(bufA)));
     if (r > 0 && n > 0 && buf) {
-        r = AtAnsiToWideOut(bufA, buf, n);
-        r = r ? r - 1 : 0;
+        r = AtCountWithoutTerminator(AtAnsiToWideOut(bufA, buf, n));
     }
     return r;
 }
@@ -67,10 +66,8 @@ int WINAPI GetLocaleInfoW(LCID lcid, LCTYPE type, LPWSTR buf, int n)
         AtStringSlot bufA;
         AtAllocAnsiOut(bufA, n);
         int r = err.keep(GetLocaleInfoA(lcid, type, bufA, AtHeapSize(bufA)));
-        if (r && n && buf) {
-            r = AtAnsiToWideOut(bufA, buf, n);
-            r = r ? r - 1 : 0;
-        }
+        if (r && n && buf)
+            r = AtCountWithoutTerminator(AtAnsiToWideOut(bufA, buf, n));
         return r;
     });
 }

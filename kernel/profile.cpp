@@ -27,12 +27,6 @@ AT_SYSTEM_FUNCTION(kernel32, WritePrivateProfileStructW, FALSE)
 
 namespace {
 
-// Readers count the characters they deliver without the terminator.
-DWORD WithoutTerminator(int converted)
-{
-    return converted ? converted - 1 : 0;
-}
-
 ATOM AtomOfName(ATOM(WINAPI* callA)(LPCSTR), LPCWSTR name, AtSavedError& err)
 {
     AtStringSlot nameA;
@@ -49,7 +43,7 @@ UINT ReadAtomName(UINT(WINAPI* readA)(ATOM, LPSTR, int), ATOM atom, LPWSTR buf, 
     AtAllocAnsiOut(bufA, n);
     UINT r = err.keep(readA(atom, bufA, AtHeapSize(bufA)));
     if (r && n && buf)
-        r = WithoutTerminator(AtAnsiToWideOut(bufA, buf, n));
+        r = AtCountWithoutTerminator(AtAnsiToWideOut(bufA, buf, n));
     return r;
 }
 
@@ -59,7 +53,7 @@ UINT ReadAtomName(UINT(WINAPI* readA)(ATOM, LPSTR, int), ATOM atom, LPWSTR buf, 
 DWORD StringResult(const AtStringSlot& bufA, LPWSTR buf, DWORD n, DWORD r)
 {
     if (n && buf)
-        r = WithoutTerminator(AtAnsiToWideOut(bufA, buf, n));
+        r = AtCountWithoutTerminator(AtAnsiToWideOut(bufA, buf, n));
     return r;
 }
 
@@ -69,7 +63,7 @@ DWORD StringResult(const AtStringSlot& bufA, LPWSTR buf, DWORD n, DWORD r)
 DWORD SectionResult(const AtStringSlot& bufA, LPWSTR buf, DWORD n, DWORD r)
 {
     if (r && n && buf)
-        r = WithoutTerminator(AtAnsiToWideOutN(bufA, buf, n, r));
+        r = AtCountWithoutTerminator(AtAnsiToWideOutN(bufA, buf, n, r));
     return r;
 }
 

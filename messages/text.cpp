@@ -29,12 +29,6 @@ int RepeatOf(LPARAM lParam)
     return static_cast<short>(LOWORD(lParam));
 }
 
-// Characters written without the terminating NUL; 0 stays 0.
-int WithoutNul(int written)
-{
-    return written > 0 ? written - 1 : written;
-}
-
 // One byte each way for the dead-key and system-key messages: a character that
 // needs two bytes does not fit, and the byte passed on is then what the buffer held.
 void ForwardOneByte(HWND hwnd, UINT msg, WCHAR ch, int cRepeat, WNDPROC fn)
@@ -185,7 +179,7 @@ int WINAPI AtFORWARD_WM_GETTEXTW(HWND hwnd, int cchTextMax, LPWSTR lpszText, WND
             lpszText[0] = L'\0';
             return 0;
         }
-        return WithoutNul(AtAnsiToWideOut(buf, lpszText, cchTextMax));
+        return AtCountWithoutTerminator(AtAnsiToWideOut(buf, lpszText, cchTextMax));
     });
 }
 
@@ -204,7 +198,7 @@ LRESULT WINAPI AtHANDLE_WM_GETTEXTW(HWND hwnd, WPARAM wParam, LPARAM lParam,
             out[0] = '\0';
             return 0;
         }
-        return WithoutNul(AtWideToAnsiOut(wbuf, out, wParam));
+        return AtCountWithoutTerminator(AtWideToAnsiOut(wbuf, out, wParam));
     });
 }
 

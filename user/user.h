@@ -30,6 +30,5 @@ int AtReadTextOut(LPWSTR buf, int n, AtSavedError& err, Read read)
     AtAllocAnsiOut(bufA, n);
     *static_cast<char*>(bufA) = '\0';
     err.keep(read(static_cast<char*>(bufA), static_cast<int>(AtHeapSize(bufA))));
-    int r = AtAnsiToWideOut(bufA, buf, n);
-    return r ? r - 1 : 0;
+    return AtCountWithoutTerminator(AtAnsiToWideOut(bufA, buf, n));
 }

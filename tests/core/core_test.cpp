@@ -201,16 +201,12 @@ TEST_F(CoreTest, OutputBuffersAreSizedForTheCodePage)
     EXPECT_EQ(AtHeapSize(nullptr), 0u);
     AtFreeBuffer(bytes);
     EXPECT_EQ(bytes.value, nullptr);
-}
 
-TEST_F(CoreTest, AllocationFailureThrowsOutOfMemory)
-{
-    harness::FailHeapAllocAt(1);
-    try {
-        AtAlloc(16);
-        ADD_FAILURE() << "no exception";
-    } catch (CAtException& e) {
-        EXPECT_EQ(e.value, 0u);
+    // A size that would wrap around is refused as memory the heap does not have.
+    for (DWORD n : {0x80000000u, 0xFFFFFFFFu}) {
+        AtStringSlot huge;
+        EXPECT_THROW(AtAllocAnsiOut(huge, n), CAtException) << n;
+        EXPECT_THROW(AtAllocWideOut(huge, n), CAtException) << n;
     }
 }
 

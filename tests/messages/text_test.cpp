@@ -51,12 +51,6 @@ void CALLBACK OnAskName(HWND, int cchMax, LPWSTR name)
     lstrcpynW(name, textToGive.c_str(), lstrlenW(name) + 1);
 }
 
-// A handler that claims a text without writing one.
-int CALLBACK ClaimText(HWND, int, LPWSTR)
-{
-    return 1;
-}
-
 LRESULT CALLBACK Record(HWND, UINT msg, WPARAM wParam, LPARAM lParam)
 {
     calls.push_back({msg, wParam, lParam});
@@ -333,10 +327,12 @@ TEST_F(TextMessagesTest, FailuresCallNothing)
             EXPECT_EQ(GetLastError(), DWORD(ERROR_OUTOFMEMORY));
         }), 1);
     }
-    // A buffer size above 0x7FFFFFFF is refused by the copy back.
+    // A buffer beyond the address space fails as an allocation does.
     SetLastError(0);
-    EXPECT_EQ(AtHANDLE_WM_GETTEXTW(window.hwnd, 0x80000000, ansi, ClaimText), 0);
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+    handled = 0;
+    EXPECT_EQ(AtHANDLE_WM_GETTEXTW(window.hwnd, 0x80000000, ansi, OnGetText), 0);
+    EXPECT_EQ(handled, 0);
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_OUTOFMEMORY));
 }
 
 }  // namespace
