@@ -63,20 +63,6 @@ TEST_F(CoreTest, AttachFailsOnlyWithoutVersion)
     }
 }
 
-TEST_F(CoreTest, EntryPointReasons)
-{
-    HINSTANCE self = GetModuleHandleA(nullptr);
-    EXPECT_EQ(DllMain(self, DLL_THREAD_ATTACH, nullptr), 1);
-    EXPECT_EQ(DllMain(self, DLL_THREAD_DETACH, nullptr), 1);
-    EXPECT_EQ(DllMain(self, 4, nullptr), 4);
-    EXPECT_EQ(DllMain(self, 0x1234, nullptr), 0x1234);
-    EXPECT_EQ(DllMain(self, DLL_PROCESS_DETACH, nullptr), 1);
-    EXPECT_EQ(AtMaxCharSize, 2u);
-    EXPECT_EQ(AtModuleState.processHeap, nullptr);
-    EXPECT_EQ(DllMain(self, DLL_PROCESS_ATTACH, nullptr), 1);
-    EXPECT_EQ(AtModuleState.moduleHandle, self);
-}
-
 TEST_F(CoreTest, IntegerValuesPassThroughUntouched)
 {
     harness::HeapLog heap;
@@ -331,18 +317,6 @@ TEST_F(FrameTest, WithoutSavedErrorTheHelpersErrorStays)
     EXPECT_EQ(FramedWithoutSavedError(L"x", 0x80000000), 7u);
     EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
     EXPECT_EQ(FramedWithoutSavedError(L"x", 4), 2u);
-}
-
-TEST_F(FrameTest, UnicodePathCallsTheWideFunctionOnly)
-{
-    AtModuleState.AtIsUnicodePlatform = TRUE;
-    harness::HeapLog heap;
-    TW_HOOK(shortPathA, GetShortPathNameA, [](LPCSTR, LPSTR, DWORD) { return DWORD(0); });
-    WCHAR buf[MAX_PATH];
-    SetLastError(0);
-    FramedShortPath(L"C:\\", buf, MAX_PATH);
-    EXPECT_EQ(shortPathA.calls, 0);
-    EXPECT_TRUE(heap.events().empty());
 }
 
 // A function the system lacks: its callers answer with their failure value and
