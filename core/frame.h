@@ -109,6 +109,16 @@ public:
         return AtAnsiFrameUnguarded<R>(body);
     }
 
+    // A member that converts nothing: the A function gets the caller's arguments
+    // (window procedures and messages are never wrapped on the ANSI path).
+    template <typename AnsiImport>
+    [[gnu::always_inline]] R orAnsiUnconverted(const AnsiImport& ansi) const
+    {
+        if (AtModuleState.AtIsUnicodePlatform)
+            return std::apply(wide, args);
+        return std::apply(ansi, args);
+    }
+
 private:
     const Import& wide;
     std::tuple<A...> args;
@@ -118,4 +128,20 @@ template <typename Import, typename... A>
 [[gnu::always_inline]] inline AtExportCall<Import, A...> AtExport(const Import& wide, A... args)
 {
     return AtExportCall<Import, A...>(wide, args...);
+}
+
+// The message translators (AtFORWARD_..., AtHANDLE_...): the W path calls the
+// caller's procedure or handler with the message's own values, which the export
+// writes itself after testing AtWidePath(). The ANSI body runs in the frame without
+// a saved error: a caught failure answers `failure` without calling on, and leaves
+// the error the failing helper set (14 for memory, 87 for a count too large).
+[[gnu::always_inline]] inline bool AtWidePath()
+{
+    return AtModuleState.AtIsUnicodePlatform;
+}
+
+template <typename R, typename Body>
+[[gnu::always_inline]] inline R AtTranslate(R failure, Body body)
+{
+    return AtAnsiFrameWithoutSavedError<R>(failure, body);
 }

@@ -1,7 +1,8 @@
 // Creation messages: WM_CREATE, WM_NCCREATE, WM_MDICREATE. Their records carry two
 // strings in the character set of the procedure that reads them; the other fields
 // are copied as they are, lpCreateParams and an MDI child's lParam included.
-#include "messages/translate.h"
+#include "core/core.h"
+#include "torwen.h"
 
 namespace {
 

@@ -3,7 +3,8 @@
 // WM_DEVMODECHANGE.
 #include <cstring>
 
-#include "messages/translate.h"
+#include "core/core.h"
+#include "torwen.h"
 
 AT_SYSTEM_FUNCTION(user32, PostMessageA, FALSE)
 AT_SYSTEM_FUNCTION(user32, PeekMessageA, FALSE)

@@ -97,12 +97,12 @@ BOOL WINAPI UnregisterClassW(LPCWSTR name, HINSTANCE instance)
 
 DWORD WINAPI GetClassLongW(HWND hwnd, int index)
 {
-    return AtForward(Sys::GetClassLongW, Sys::GetClassLongA, hwnd, index);
+    return AtExport(Sys::GetClassLongW, hwnd, index).orAnsiUnconverted(Sys::GetClassLongA);
 }
 
 DWORD WINAPI SetClassLongW(HWND hwnd, int index, LONG value)
 {
-    return AtForward(Sys::SetClassLongW, Sys::SetClassLongA, hwnd, index, value);
+    return AtExport(Sys::SetClassLongW, hwnd, index, value).orAnsiUnconverted(Sys::SetClassLongA);
 }
 
 int WINAPI GetClassNameW(HWND hwnd, LPWSTR buf, int n)

@@ -44,102 +44,113 @@ AT_SYSTEM_FUNCTION(user32, SetWindowsHookExA, 0)
 
 LRESULT WINAPI CallWindowProcW(WNDPROC proc, HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
 {
-    return AtForward(Sys::CallWindowProcW, Sys::CallWindowProcA, proc, hwnd, msg, wParam, lParam);
+    return AtExport(Sys::CallWindowProcW, proc, hwnd, msg, wParam, lParam)
+        .orAnsiUnconverted(Sys::CallWindowProcA);
 }
 
 LRESULT WINAPI DefWindowProcW(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
 {
-    return AtForward(Sys::DefWindowProcW, Sys::DefWindowProcA, hwnd, msg, wParam, lParam);
+    return AtExport(Sys::DefWindowProcW, hwnd, msg, wParam, lParam)
+        .orAnsiUnconverted(Sys::DefWindowProcA);
 }
 
 LRESULT WINAPI DefDlgProcW(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
 {
-    return AtForward(Sys::DefDlgProcW, Sys::DefDlgProcA, hwnd, msg, wParam, lParam);
+    return AtExport(Sys::DefDlgProcW, hwnd, msg, wParam, lParam)
+        .orAnsiUnconverted(Sys::DefDlgProcA);
 }
 
 LRESULT WINAPI DefFrameProcW(HWND hwnd, HWND client, UINT msg, WPARAM wParam, LPARAM lParam)
 {
-    return AtForward(Sys::DefFrameProcW, Sys::DefFrameProcA, hwnd, client, msg, wParam, lParam);
+    return AtExport(Sys::DefFrameProcW, hwnd, client, msg, wParam, lParam)
+        .orAnsiUnconverted(Sys::DefFrameProcA);
 }
 
 LRESULT WINAPI DefMDIChildProcW(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
 {
-    return AtForward(Sys::DefMDIChildProcW, Sys::DefMDIChildProcA, hwnd, msg, wParam, lParam);
+    return AtExport(Sys::DefMDIChildProcW, hwnd, msg, wParam, lParam)
+        .orAnsiUnconverted(Sys::DefMDIChildProcA);
 }
 
 LRESULT WINAPI SendMessageW(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
 {
-    return AtForward(Sys::SendMessageW, Sys::SendMessageA, hwnd, msg, wParam, lParam);
+    return AtExport(Sys::SendMessageW, hwnd, msg, wParam, lParam)
+        .orAnsiUnconverted(Sys::SendMessageA);
 }
 
 BOOL WINAPI SendMessageCallbackW(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam,
                                  SENDASYNCPROC callback, ULONG_PTR data)
 {
-    return AtForward(Sys::SendMessageCallbackW, Sys::SendMessageCallbackA, hwnd, msg, wParam,
-                     lParam, callback, data);
+    return AtExport(Sys::SendMessageCallbackW, hwnd, msg, wParam, lParam, callback, data)
+        .orAnsiUnconverted(Sys::SendMessageCallbackA);
 }
 
 LRESULT WINAPI SendMessageTimeoutW(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam, UINT flags,
                                    UINT timeout, PDWORD_PTR result)
 {
-    return AtForward(Sys::SendMessageTimeoutW, Sys::SendMessageTimeoutA, hwnd, msg, wParam, lParam,
-                     flags, timeout, result);
+    return AtExport(Sys::SendMessageTimeoutW, hwnd, msg, wParam, lParam, flags, timeout, result)
+        .orAnsiUnconverted(Sys::SendMessageTimeoutA);
 }
 
 BOOL WINAPI SendNotifyMessageW(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
 {
-    return AtForward(Sys::SendNotifyMessageW, Sys::SendNotifyMessageA, hwnd, msg, wParam, lParam);
+    return AtExport(Sys::SendNotifyMessageW, hwnd, msg, wParam, lParam)
+        .orAnsiUnconverted(Sys::SendNotifyMessageA);
 }
 
 LRESULT WINAPI SendDlgItemMessageW(HWND dialog, int item, UINT msg, WPARAM wParam, LPARAM lParam)
 {
-    return AtForward(Sys::SendDlgItemMessageW, Sys::SendDlgItemMessageA, dialog, item, msg, wParam,
-                     lParam);
+    return AtExport(Sys::SendDlgItemMessageW, dialog, item, msg, wParam, lParam)
+        .orAnsiUnconverted(Sys::SendDlgItemMessageA);
 }
 
 BOOL WINAPI PostMessageW(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
 {
-    return AtForward(Sys::PostMessageW, Sys::PostMessageA, hwnd, msg, wParam, lParam);
+    return AtExport(Sys::PostMessageW, hwnd, msg, wParam, lParam)
+        .orAnsiUnconverted(Sys::PostMessageA);
 }
 
 BOOL WINAPI PostThreadMessageW(DWORD thread, UINT msg, WPARAM wParam, LPARAM lParam)
 {
-    return AtForward(Sys::PostThreadMessageW, Sys::PostThreadMessageA, thread, msg, wParam,
-                     lParam);
+    return AtExport(Sys::PostThreadMessageW, thread, msg, wParam, lParam)
+        .orAnsiUnconverted(Sys::PostThreadMessageA);
 }
 
 BOOL WINAPI GetMessageW(LPMSG msg, HWND hwnd, UINT first, UINT last)
 {
-    return AtForward(Sys::GetMessageW, Sys::GetMessageA, msg, hwnd, first, last);
+    return AtExport(Sys::GetMessageW, msg, hwnd, first, last).orAnsiUnconverted(Sys::GetMessageA);
 }
 
 BOOL WINAPI PeekMessageW(LPMSG msg, HWND hwnd, UINT first, UINT last, UINT remove)
 {
-    return AtForward(Sys::PeekMessageW, Sys::PeekMessageA, msg, hwnd, first, last, remove);
+    return AtExport(Sys::PeekMessageW, msg, hwnd, first, last, remove)
+        .orAnsiUnconverted(Sys::PeekMessageA);
 }
 
 LRESULT WINAPI DispatchMessageW(const MSG* msg)
 {
-    return AtForward(Sys::DispatchMessageW, Sys::DispatchMessageA, msg);
+    return AtExport(Sys::DispatchMessageW, msg).orAnsiUnconverted(Sys::DispatchMessageA);
 }
 
 BOOL WINAPI IsDialogMessageW(HWND dialog, LPMSG msg)
 {
-    return AtForward(Sys::IsDialogMessageW, Sys::IsDialogMessageA, dialog, msg);
+    return AtExport(Sys::IsDialogMessageW, dialog, msg).orAnsiUnconverted(Sys::IsDialogMessageA);
 }
 
 int WINAPI TranslateAcceleratorW(HWND hwnd, HACCEL table, LPMSG msg)
 {
-    return AtForward(Sys::TranslateAcceleratorW, Sys::TranslateAcceleratorA, hwnd, table, msg);
+    return AtExport(Sys::TranslateAcceleratorW, hwnd, table, msg)
+        .orAnsiUnconverted(Sys::TranslateAcceleratorA);
 }
 
 BOOL WINAPI CallMsgFilterW(LPMSG msg, int code)
 {
-    return AtForward(Sys::CallMsgFilterW, Sys::CallMsgFilterA, msg, code);
+    return AtExport(Sys::CallMsgFilterW, msg, code).orAnsiUnconverted(Sys::CallMsgFilterA);
 }
 
 // The hook procedure is installed as it is: on the ANSI path it sees ANSI messages.
 HHOOK WINAPI SetWindowsHookExW(int id, HOOKPROC proc, HINSTANCE module, DWORD thread)
 {
-    return AtForward(Sys::SetWindowsHookExW, Sys::SetWindowsHookExA, id, proc, module, thread);
+    return AtExport(Sys::SetWindowsHookExW, id, proc, module, thread)
+        .orAnsiUnconverted(Sys::SetWindowsHookExA);
 }

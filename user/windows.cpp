@@ -82,8 +82,8 @@ HWND WINAPI CreateDialogParamW(HINSTANCE instance, LPCWSTR templateName, HWND pa
 HWND WINAPI CreateDialogIndirectParamW(HINSTANCE instance, LPCDLGTEMPLATEW dialog, HWND parent,
                                        DLGPROC proc, LPARAM param)
 {
-    return AtForward(Sys::CreateDialogIndirectParamW, Sys::CreateDialogIndirectParamA, instance,
-                     dialog, parent, proc, param);
+    return AtExport(Sys::CreateDialogIndirectParamW, instance, dialog, parent, proc, param)
+        .orAnsiUnconverted(Sys::CreateDialogIndirectParamA);
 }
 
 INT_PTR WINAPI DialogBoxParamW(HINSTANCE instance, LPCWSTR templateName, HWND parent,
@@ -100,8 +100,8 @@ INT_PTR WINAPI DialogBoxParamW(HINSTANCE instance, LPCWSTR templateName, HWND pa
 INT_PTR WINAPI DialogBoxIndirectParamW(HINSTANCE instance, LPCDLGTEMPLATEW dialog, HWND parent,
                                        DLGPROC proc, LPARAM param)
 {
-    return AtForward(Sys::DialogBoxIndirectParamW, Sys::DialogBoxIndirectParamA, instance,
-                     dialog, parent, proc, param);
+    return AtExport(Sys::DialogBoxIndirectParamW, instance, dialog, parent, proc, param)
+        .orAnsiUnconverted(Sys::DialogBoxIndirectParamA);
 }
 
 HWND WINAPI FindWindowW(LPCWSTR className, LPCWSTR windowName)
@@ -143,7 +143,7 @@ int WINAPI GetWindowTextW(HWND hwnd, LPWSTR buf, int n)
 // character never needs more wide characters than bytes.
 int WINAPI GetWindowTextLengthW(HWND hwnd)
 {
-    return AtForward(Sys::GetWindowTextLengthW, Sys::GetWindowTextLengthA, hwnd);
+    return AtExport(Sys::GetWindowTextLengthW, hwnd).orAnsiUnconverted(Sys::GetWindowTextLengthA);
 }
 
 BOOL WINAPI SetWindowTextW(HWND hwnd, LPCWSTR text)
@@ -184,11 +184,11 @@ HANDLE WINAPI RemovePropW(HWND hwnd, LPCWSTR name)
 
 LONG WINAPI GetWindowLongW(HWND hwnd, int index)
 {
-    return AtForward(Sys::GetWindowLongW, Sys::GetWindowLongA, hwnd, index);
+    return AtExport(Sys::GetWindowLongW, hwnd, index).orAnsiUnconverted(Sys::GetWindowLongA);
 }
 
 // A new window procedure is installed as it is: the window stays an ANSI window.
 LONG WINAPI SetWindowLongW(HWND hwnd, int index, LONG value)
 {
-    return AtForward(Sys::SetWindowLongW, Sys::SetWindowLongA, hwnd, index, value);
+    return AtExport(Sys::SetWindowLongW, hwnd, index, value).orAnsiUnconverted(Sys::SetWindowLongA);
 }
