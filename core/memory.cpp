@@ -61,6 +61,13 @@ void AtAllocWideOut(AtStringSlot& slot, DWORD n)
     slot.value = n ? AtAlloc(Bytes(n, 2)) : nullptr;
 }
 
+void AtAllocEmptyAnsiOut(AtStringSlot& slot, DWORD n)
+{
+    AtAllocAnsiOut(slot, n);
+    if (slot.value)
+        *static_cast<char*>(slot) = '\0';
+}
+
 void AtFreeString(AtStringSlot& slot)
 {
     if (!AtIsIntegerValue(slot.value))

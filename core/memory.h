@@ -37,4 +37,8 @@ void AtAllocBuffer(AtStringSlot& slot, SIZE_T n);
 void AtFreeBuffer(AtStringSlot& slot);
 void AtAllocAnsiOut(AtStringSlot& slot, DWORD n);
 void AtAllocWideOut(AtStringSlot& slot, DWORD n);
+// An ANSI out buffer that reads as an empty string until the A function writes it:
+// an A function that fails or finds the buffer too small may leave it untouched,
+// and what is converted back is then an empty text, never the heap's contents.
+void AtAllocEmptyAnsiOut(AtStringSlot& slot, DWORD n);
 void AtFreeString(AtStringSlot& slot);

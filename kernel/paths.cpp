@@ -14,28 +14,14 @@ AT_SYSTEM_FUNCTION(kernel32, GetTempFileNameW, 0)
 
 namespace {
 
-// An ANSI out buffer that reads as an empty string until the A function writes
-// it: an A function that finds the buffer too small may leave it untouched, and
-// what is converted back then is an empty text, not uninitialised heap.
-void AllocEmptyAnsiOut(AtStringSlot& slot, DWORD n)
-{
-    AtAllocAnsiOut(slot, n);
-    if (AtHeapSize(slot))
-        *static_cast<char*>(slot) = '\0';
-}
-
 // The directory getters tell the A function the caller's count and answer the
 // converted length without the terminator. When the buffer is null or empty the
 // A function's own answer, in ANSI bytes, reaches the caller.
 template <typename CallA>
 DWORD DirectoryInto(AtSavedError& err, LPWSTR buf, DWORD n, CallA callA)
 {
-    // A count the conversion back would refuse is refused before the A call: its
-    // byte size wraps around, and the A function would write past the block.
-    if (n > 0x7FFFFFFF)
-        throw CAtException(CAtException::CountTooLarge);
     AtStringSlot bufA;
-    AllocEmptyAnsiOut(bufA, n);
+    AtAllocEmptyAnsiOut(bufA, n);
     DWORD r = err.keep(callA(static_cast<char*>(bufA)));
     if (r && n && buf)
         r = AtCountWithoutTerminator(AtAnsiToWideOut(bufA, buf, n));
@@ -100,7 +86,7 @@ DWORD WINAPI GetFullPathNameW(LPCWSTR name, DWORD n, LPWSTR buf, LPWSTR* filePar
     return AtExport(Sys::GetFullPathNameW, name, n, buf, filePart).orAnsi(0ul, [=](AtSavedError& err) {
         AtStringSlot nameA, bufA;
         AtWideToAnsiTemp(nameA, name);
-        AllocEmptyAnsiOut(bufA, n);
+        AtAllocEmptyAnsiOut(bufA, n);
         LPSTR filePartA = nullptr;
         DWORD r = err.keep(GetFullPathNameA(nameA, AtHeapSize(bufA), bufA, &filePartA));
         if (!r || !n || !buf)

@@ -243,9 +243,7 @@ void WINAPI AtFORWARD_WM_ASKCBFORMATNAMEW(HWND hwnd, int cchMax, LPWSTR rgchName
     }
     AtTranslate<LRESULT>(0, [&] {
         AtStringSlot buf;
-        AtAllocAnsiOut(buf, cchMax);
-        if (buf.value)
-            *static_cast<char*>(buf) = '\0';
+        AtAllocEmptyAnsiOut(buf, cchMax);
         LRESULT r = fn(hwnd, WM_ASKCBFORMATNAME, AtHeapSize(buf),
                        reinterpret_cast<LPARAM>(buf.value));
         AtAnsiToWideOut(buf, rgchName, cchMax);
