@@ -11,7 +11,7 @@ static void ListFolder(const WCHAR *folder)
 
     wsprintfW(pattern, L"%s\\*", folder);
     find = FindFirstFileW(pattern, &data);
-    DemoPrint("FindFirstFileW(", pattern);
+    DemoPrint("FindFirstFileW ", pattern);
     if (find == INVALID_HANDLE_VALUE) {
         printf("    -> INVALID_HANDLE_VALUE, last error %lu\n", GetLastError());
         return;
@@ -32,7 +32,7 @@ static void ShowFullPath(const WCHAR *name)
     WCHAR *filePart = NULL;
     DWORD n = GetFullPathNameW(name, MAX_PATH, full, &filePart);
 
-    DemoPrint("GetFullPathNameW(", name);
+    DemoPrint("GetFullPathNameW ", name);
     printf("    -> %lu\n", n);
     if (n) {
         DemoPrint("    path      ", full);
