@@ -10,6 +10,17 @@
 void AtWideToAnsiTemp(AtStringSlot& slot, LPCWSTR s);
 void AtAnsiToWideTemp(AtStringSlot& slot, LPCSTR s);
 
+// One wide input converted where the A function takes it:
+//     return err.keep(DeleteFileA(AtAnsiTemp(name)));
+// The temporary lives to the end of the full expression, so it is freed after the
+// A call's error has been kept. (Two of them in one call would be converted in
+// whichever order the compiler evaluates arguments: convert those into slots.)
+class AtAnsiTemp : public AtStringSlot
+{
+public:
+    explicit AtAnsiTemp(LPCWSTR s) { AtWideToAnsiTemp(*this, s); }
+};
+
 // Mode 1 converts a list of NUL-terminated strings ended by an empty one
 // (environment blocks, filters, profile sections); any other mode is
 // AtWideToAnsiTemp.

@@ -55,7 +55,7 @@ HANDLE WINAPI CreateFileW(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_AT
     return AtExport(Sys::CreateFileW, name, access, share, sa, disposition, flags, templateFile)
         .orAnsi(nullptr, [=](AtSavedError& err) {
             return err.keep(
-                CreateFileA(AnsiName(name), access, share, sa, disposition, flags, templateFile));
+                CreateFileA(AtAnsiTemp(name), access, share, sa, disposition, flags, templateFile));
         });
 }
 
@@ -63,20 +63,21 @@ DWORD WINAPI GetFileAttributesW(LPCWSTR name)
 {
     return AtExport(Sys::GetFileAttributesW, name)
         .orAnsi(INVALID_FILE_ATTRIBUTES,
-                [=](AtSavedError& err) { return err.keep(GetFileAttributesA(AnsiName(name))); });
+            [=](AtSavedError& err) { return err.keep(GetFileAttributesA(AtAnsiTemp(name))); });
 }
 
 BOOL WINAPI SetFileAttributesW(LPCWSTR name, DWORD attributes)
 {
-    return AtExport(Sys::SetFileAttributesW, name, attributes).orAnsi(FALSE, [=](AtSavedError& err) {
-        return err.keep(SetFileAttributesA(AnsiName(name), attributes));
-    });
+    return AtExport(Sys::SetFileAttributesW, name, attributes)
+        .orAnsi(FALSE, [=](AtSavedError& err) {
+            return err.keep(SetFileAttributesA(AtAnsiTemp(name), attributes));
+        });
 }
 
 BOOL WINAPI DeleteFileW(LPCWSTR name)
 {
     return AtExport(Sys::DeleteFileW, name).orAnsi(FALSE, [=](AtSavedError& err) {
-        return err.keep(DeleteFileA(AnsiName(name)));
+        return err.keep(DeleteFileA(AtAnsiTemp(name)));
     });
 }
 
@@ -110,7 +111,8 @@ BOOL WINAPI GetFileSecurityW(LPCWSTR name, SECURITY_INFORMATION requested,
 {
     return AtExport(Sys::GetFileSecurityW, name, requested, descriptor, size, needed)
         .orAnsi(FALSE, [=](AtSavedError& err) {
-            return err.keep(Sys::GetFileSecurityA(AnsiName(name), requested, descriptor, size, needed));
+            return err.keep(
+                Sys::GetFileSecurityA(AtAnsiTemp(name), requested, descriptor, size, needed));
         });
 }
 
@@ -119,7 +121,7 @@ HANDLE WINAPI FindFirstFileW(LPCWSTR name, LPWIN32_FIND_DATAW data)
     return AtExport(Sys::FindFirstFileW, name, data)
         .orAnsi(INVALID_HANDLE_VALUE, [=](AtSavedError& err) {
             WIN32_FIND_DATAA a{};
-            HANDLE find = err.keep(FindFirstFileA(AnsiName(name), &a));
+            HANDLE find = err.keep(FindFirstFileA(AtAnsiTemp(name), &a));
             if (find != INVALID_HANDLE_VALUE)
                 FindDataAToW(a, *data);
             return find;

@@ -75,9 +75,7 @@ int WINAPI GetLocaleInfoW(LCID lcid, LCTYPE type, LPWSTR buf, int n)
 BOOL WINAPI SetLocaleInfoW(LCID lcid, LCTYPE type, LPCWSTR value)
 {
     return AtExport(Sys::SetLocaleInfoW, lcid, type, value).orAnsi(FALSE, [=](AtSavedError& err) {
-        AtStringSlot valueA;
-        AtWideToAnsiTemp(valueA, value);
-        return err.keep(SetLocaleInfoA(lcid, type, valueA));
+        return err.keep(SetLocaleInfoA(lcid, type, AtAnsiTemp(value)));
     });
 }
 

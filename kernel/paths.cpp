@@ -61,7 +61,7 @@ DWORD WINAPI GetCurrentDirectoryW(DWORD n, LPWSTR buf)
 BOOL WINAPI SetCurrentDirectoryW(LPCWSTR path)
 {
     return AtExport(Sys::SetCurrentDirectoryW, path).orAnsi(FALSE, [=](AtSavedError& err) {
-        return err.keep(SetCurrentDirectoryA(AnsiName(path)));
+        return err.keep(SetCurrentDirectoryA(AtAnsiTemp(path)));
     });
 }
 

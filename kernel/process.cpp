@@ -82,29 +82,22 @@ BOOL WINAPI CreateProcessW(LPCWSTR app, LPWSTR cmd, LPSECURITY_ATTRIBUTES proces
 // name (an ordinal passes through).
 FARPROC WINAPI GetProcAddressW(HMODULE module, LPCWSTR name)
 {
-    auto body = [=](AtSavedError& err) {
-        AtStringSlot nameA;
-        AtWideToAnsiTemp(nameA, name);
-        return err.keep(GetProcAddress(module, nameA));
-    };
+    auto body
+        = [=](AtSavedError& err) { return err.keep(GetProcAddress(module, AtAnsiTemp(name))); };
     return AtAnsiFrame<FARPROC>(nullptr, body);
 }
 
 HMODULE WINAPI LoadLibraryExW(LPCWSTR name, HANDLE file, DWORD flags)
 {
     return AtExport(Sys::LoadLibraryExW, name, file, flags).orAnsi(nullptr, [=](AtSavedError& err) {
-        AtStringSlot nameA;
-        AtWideToAnsiTemp(nameA, name);
-        return err.keep(LoadLibraryExA(nameA, file, flags));
+        return err.keep(LoadLibraryExA(AtAnsiTemp(name), file, flags));
     });
 }
 
 HMODULE WINAPI GetModuleHandleW(LPCWSTR name)
 {
     return AtExport(Sys::GetModuleHandleW, name).orAnsi(nullptr, [=](AtSavedError& err) {
-        AtStringSlot nameA;
-        AtWideToAnsiTemp(nameA, name);
-        return err.keep(GetModuleHandleA(nameA));
+        return err.keep(GetModuleHandleA(AtAnsiTemp(name)));
     });
 }
 

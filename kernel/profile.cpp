@@ -29,9 +29,7 @@ namespace {
 
 ATOM AtomOfName(ATOM(WINAPI* callA)(LPCSTR), LPCWSTR name, AtSavedError& err)
 {
-    AtStringSlot nameA;
-    AtWideToAnsiTemp(nameA, name);
-    return err.keep(callA(nameA));
+    return err.keep(callA(AtAnsiTemp(name)));
 }
 
 // Atom names: the A function is told the heap size of the buffer, since n

@@ -12,9 +12,7 @@ HANDLE WINAPI CreateMutexW(LPSECURITY_ATTRIBUTES sa, BOOL initialOwner, LPCWSTR 
 {
     return AtExport(Sys::CreateMutexW, sa, initialOwner, name)
         .orAnsi(nullptr, [=](AtSavedError& err) {
-            AtStringSlot nameA;
-            AtWideToAnsiTemp(nameA, name);
-            return err.keep(CreateMutexA(sa, initialOwner, nameA));
+            return err.keep(CreateMutexA(sa, initialOwner, AtAnsiTemp(name)));
         });
 }
 
@@ -23,18 +21,14 @@ HANDLE WINAPI CreateEventW(LPSECURITY_ATTRIBUTES sa, BOOL manualReset, BOOL init
 {
     return AtExport(Sys::CreateEventW, sa, manualReset, initialState, name)
         .orAnsi(nullptr, [=](AtSavedError& err) {
-            AtStringSlot nameA;
-            AtWideToAnsiTemp(nameA, name);
-            return err.keep(CreateEventA(sa, manualReset, initialState, nameA));
+            return err.keep(CreateEventA(sa, manualReset, initialState, AtAnsiTemp(name)));
         });
 }
 
 HANDLE WINAPI OpenEventW(DWORD access, BOOL inherit, LPCWSTR name)
 {
     return AtExport(Sys::OpenEventW, access, inherit, name).orAnsi(nullptr, [=](AtSavedError& err) {
-        AtStringSlot nameA;
-        AtWideToAnsiTemp(nameA, name);
-        return err.keep(OpenEventA(access, inherit, nameA));
+        return err.keep(OpenEventA(access, inherit, AtAnsiTemp(name)));
     });
 }
 
@@ -43,8 +37,7 @@ HANDLE WINAPI CreateFileMappingW(HANDLE file, LPSECURITY_ATTRIBUTES sa, DWORD pr
 {
     return AtExport(Sys::CreateFileMappingW, file, sa, protect, sizeHigh, sizeLow, name)
         .orAnsi(nullptr, [=](AtSavedError& err) {
-            AtStringSlot nameA;
-            AtWideToAnsiTemp(nameA, name);
-            return err.keep(CreateFileMappingA(file, sa, protect, sizeHigh, sizeLow, nameA));
+            return err.keep(
+                CreateFileMappingA(file, sa, protect, sizeHigh, sizeLow, AtAnsiTemp(name)));
         });
 }

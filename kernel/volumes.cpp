@@ -10,7 +10,7 @@ AT_SYSTEM_FUNCTION(kernel32, GetVolumeInformationW, FALSE)
 UINT WINAPI GetDriveTypeW(LPCWSTR root)
 {
     return AtExport(Sys::GetDriveTypeW, root).orAnsiWithoutSavedError(UINT(DRIVE_UNKNOWN), [=] {
-        return GetDriveTypeA(AnsiName(root));
+        return GetDriveTypeA(AtAnsiTemp(root));
     });
 }
 
@@ -19,10 +19,10 @@ BOOL WINAPI GetDiskFreeSpaceW(LPCWSTR root, LPDWORD sectorsPerCluster, LPDWORD b
                               LPDWORD freeClusters, LPDWORD totalClusters)
 {
     return AtExport(Sys::GetDiskFreeSpaceW, root, sectorsPerCluster, bytesPerSector, freeClusters,
-                    totalClusters)
+        totalClusters)
         .orAnsi(FALSE, [=](AtSavedError& err) {
-            return err.keep(GetDiskFreeSpaceA(AnsiName(root), sectorsPerCluster, bytesPerSector,
-                                              freeClusters, totalClusters));
+            return err.keep(GetDiskFreeSpaceA(
+                AtAnsiTemp(root), sectorsPerCluster, bytesPerSector, freeClusters, totalClusters));
         });
 }
 

@@ -89,9 +89,7 @@ BOOL WINAPI GetClassInfoExW(HINSTANCE instance, LPCWSTR name, LPWNDCLASSEXW wc)
 BOOL WINAPI UnregisterClassW(LPCWSTR name, HINSTANCE instance)
 {
     return AtExport(Sys::UnregisterClassW, name, instance).orAnsi(FALSE, [=](AtSavedError& err) {
-        AtStringSlot nameA;
-        AtWideToAnsiTemp(nameA, name);
-        return err.keep(Sys::UnregisterClassA(nameA, instance));
+        return err.keep(Sys::UnregisterClassA(AtAnsiTemp(name), instance));
     });
 }
 
@@ -123,17 +121,13 @@ int WINAPI GetClassNameW(HWND hwnd, LPWSTR buf, int n)
 UINT WINAPI RegisterWindowMessageW(LPCWSTR name)
 {
     return AtExport(Sys::RegisterWindowMessageW, name).orAnsiWithoutSavedError(0, [=] {
-        AtStringSlot nameA;
-        AtWideToAnsiTemp(nameA, name);
-        return Sys::RegisterWindowMessageA(nameA);
+        return Sys::RegisterWindowMessageA(AtAnsiTemp(name));
     });
 }
 
 UINT WINAPI RegisterClipboardFormatW(LPCWSTR name)
 {
     return AtExport(Sys::RegisterClipboardFormatW, name).orAnsi(0, [=](AtSavedError& err) {
-        AtStringSlot nameA;
-        AtWideToAnsiTemp(nameA, name);
-        return err.keep(Sys::RegisterClipboardFormatA(nameA));
+        return err.keep(Sys::RegisterClipboardFormatA(AtAnsiTemp(name)));
     });
 }

@@ -71,9 +71,7 @@ HWND WINAPI CreateDialogParamW(HINSTANCE instance, LPCWSTR templateName, HWND pa
 {
     return AtExport(Sys::CreateDialogParamW, instance, templateName, parent, proc, param)
         .orAnsiWithoutSavedError(nullptr, [=] {
-            AtStringSlot templateA;
-            AtWideToAnsiTemp(templateA, templateName);
-            return Sys::CreateDialogParamA(instance, templateA, parent, proc, param);
+            return Sys::CreateDialogParamA(instance, AtAnsiTemp(templateName), parent, proc, param);
         });
 }
 
@@ -91,9 +89,7 @@ INT_PTR WINAPI DialogBoxParamW(HINSTANCE instance, LPCWSTR templateName, HWND pa
 {
     return AtExport(Sys::DialogBoxParamW, instance, templateName, parent, proc, param)
         .orAnsiWithoutSavedError(0, [=] {
-            AtStringSlot templateA;
-            AtWideToAnsiTemp(templateA, templateName);
-            return Sys::DialogBoxParamA(instance, templateA, parent, proc, param);
+            return Sys::DialogBoxParamA(instance, AtAnsiTemp(templateName), parent, proc, param);
         });
 }
 
@@ -149,36 +145,28 @@ int WINAPI GetWindowTextLengthW(HWND hwnd)
 BOOL WINAPI SetWindowTextW(HWND hwnd, LPCWSTR text)
 {
     return AtExport(Sys::SetWindowTextW, hwnd, text).orAnsi(FALSE, [=](AtSavedError& err) {
-        AtStringSlot textA;
-        AtWideToAnsiTemp(textA, text);
-        return err.keep(Sys::SetWindowTextA(hwnd, textA));
+        return err.keep(Sys::SetWindowTextA(hwnd, AtAnsiTemp(text)));
     });
 }
 
 HANDLE WINAPI GetPropW(HWND hwnd, LPCWSTR name)
 {
     return AtExport(Sys::GetPropW, hwnd, name).orAnsiWithoutSavedError(nullptr, [=] {
-        AtStringSlot nameA;
-        AtWideToAnsiTemp(nameA, name);
-        return Sys::GetPropA(hwnd, nameA);
+        return Sys::GetPropA(hwnd, AtAnsiTemp(name));
     });
 }
 
 BOOL WINAPI SetPropW(HWND hwnd, LPCWSTR name, HANDLE data)
 {
     return AtExport(Sys::SetPropW, hwnd, name, data).orAnsiWithoutSavedError(FALSE, [=] {
-        AtStringSlot nameA;
-        AtWideToAnsiTemp(nameA, name);
-        return Sys::SetPropA(hwnd, nameA, data);
+        return Sys::SetPropA(hwnd, AtAnsiTemp(name), data);
     });
 }
 
 HANDLE WINAPI RemovePropW(HWND hwnd, LPCWSTR name)
 {
     return AtExport(Sys::RemovePropW, hwnd, name).orAnsiWithoutSavedError(nullptr, [=] {
-        AtStringSlot nameA;
-        AtWideToAnsiTemp(nameA, name);
-        return Sys::RemovePropA(hwnd, nameA);
+        return Sys::RemovePropA(hwnd, AtAnsiTemp(name));
     });
 }
 
