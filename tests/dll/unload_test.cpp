@@ -3,6 +3,9 @@
 // heap, a thread the DLL has never seen. A failure must answer the export's
 // failure value there, as anywhere.
 #include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -168,6 +171,176 @@ TEST(UnloadTest, LoadCyclesLeaveNoTrace)
     ProcessCounts after = Count();
     ExpectUnchanged(before, after, "after the load cycles");
     std::printf("%d cycles: %s\n", cycles, (std::ostringstream() << after).str().c_str());
+}
+
+// ---- failures where the runtime as shipped had nothing left to throw with
+
+struct FailingCall {
+    const char* name;
+    DWORD failure, error;  // on the ANSI path, after a failed allocation
+    std::function<DWORD()> call;
+};
+
+std::vector<FailingCall> FailingCalls()
+{
+    static WCHAR buf[MAX_PATH];
+    static const std::wstring path = L"C:\\windows\\" + harness::NonAsciiText() + L".txt";
+    return {
+        // The A call's error is kept: none yet when the allocation fails.
+        {"GetShortPathNameW", 0, 0, [] { return GetShortPathNameW(path.c_str(), buf, MAX_PATH); }},
+        {"GetCurrentDirectoryW", 0, 0, [] { return GetCurrentDirectoryW(MAX_PATH, buf); }},
+        // The failing helper's error is what the caller sees.
+        {"GetEnvironmentVariableW", 0, ERROR_OUTOFMEMORY,
+         [] { return GetEnvironmentVariableW(L"PATH", buf, MAX_PATH); }},
+        {"GetDriveTypeW", DRIVE_UNKNOWN, ERROR_OUTOFMEMORY, [] { return GetDriveTypeW(L"C:\\"); }},
+    };
+}
+
+void SweepFailingCalls()
+{
+    for (const FailingCall& c : FailingCalls()) {
+        int runs = harness::SweepAllocationFailures([&](int k) {
+            SetLastError(0xBAD);
+            const DWORD r = c.call(), error = GetLastError();
+            EXPECT_TRUE(harness::HeapAllocCalls() < k || (r == c.failure && error == c.error))
+                << c.name << ", allocation " << k << ": " << r << ", error " << error;
+        });
+        EXPECT_EQ(runs > 0, harness::AnsiPath()) << c.name;
+    }
+}
+
+class FailureTest : public harness::TorwenTest {};
+
+// Thrown before, the first exception of a loaded copy took a TLS index, and with
+// none left the process ended in abort().
+TEST_F(FailureTest, AnswersWithEveryTlsIndexTaken)
+{
+    TorwenCopy copy;
+    ASSERT_TRUE(copy.ok);
+    AllTlsIndexesTaken taken;
+    ASSERT_EQ(TlsAlloc(), TLS_OUT_OF_INDEXES);
+    SweepFailingCalls();
+    LoadCallUnload(copy);
+}
+
+// Points a module's imports of the C runtime's allocators at ones that always fail,
+// while it lives.
+class NoCRuntimeMemory {
+public:
+    explicit NoCRuntimeMemory(HMODULE module)
+    {
+        auto at = [module](DWORD rva) { return reinterpret_cast<BYTE*>(module) + rva; };
+        auto* nt = reinterpret_cast<IMAGE_NT_HEADERS*>(
+            at(reinterpret_cast<IMAGE_DOS_HEADER*>(module)->e_lfanew));
+        DWORD imports = nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+        for (auto* d = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(at(imports)); d->Name; ++d) {
+            if (lstrcmpiA(reinterpret_cast<char*>(at(d->Name)), "msvcrt.dll") != 0)
+                continue;
+            auto* names = reinterpret_cast<IMAGE_THUNK_DATA*>(at(d->OriginalFirstThunk));
+            auto* slots = reinterpret_cast<IMAGE_THUNK_DATA*>(at(d->FirstThunk));
+            for (; names->u1.AddressOfData; ++names, ++slots) {
+                std::string name =
+                    reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(at(names->u1.AddressOfData))->Name;
+                if (name == "malloc")
+                    Replace(slots, reinterpret_cast<void*>(&NoMalloc));
+                else if (name == "calloc")
+                    Replace(slots, reinterpret_cast<void*>(&NoCalloc));
+                else if (name == "realloc")
+                    Replace(slots, reinterpret_cast<void*>(&NoRealloc));
+            }
+        }
+    }
+    ~NoCRuntimeMemory()
+    {
+        for (auto [slot, previous] : replaced)
+            Write(slot, previous);
+    }
+    std::size_t routed() const { return replaced.size(); }
+
+private:
+    static void* NoMalloc(size_t) { return nullptr; }
+    static void* NoCalloc(size_t, size_t) { return nullptr; }
+    static void* NoRealloc(void*, size_t) { return nullptr; }
+
+    static void Write(IMAGE_THUNK_DATA* slot, DWORD_PTR value)
+    {
+        DWORD old;
+        VirtualProtect(slot, sizeof *slot, PAGE_READWRITE, &old);
+        slot->u1.Function = value;
+        VirtualProtect(slot, sizeof *slot, old, &old);
+    }
+    void Replace(IMAGE_THUNK_DATA* slot, void* fn)
+    {
+        replaced.push_back({slot, slot->u1.Function});
+        Write(slot, reinterpret_cast<DWORD_PTR>(fn));
+    }
+
+    std::vector<std::pair<IMAGE_THUNK_DATA*, DWORD_PTR>> replaced;
+};
+
+// Nothing is left that the C runtime could allocate from: a failure still reaches
+// the export's frame, also the first one of a loaded copy (whose unwinder would
+// sort its tables on the heap then).
+TEST_F(FailureTest, AnswersWithNoMemoryLeft)
+{
+    {
+        NoCRuntimeMemory none(harness::Torwen());
+        EXPECT_GE(none.routed(), 1u);
+        SweepFailingCalls();
+    }
+    TorwenCopy copy;
+    ASSERT_TRUE(copy.ok);
+    HMODULE module = LoadLibraryW(copy.wide.c_str());
+    ASSERT_NE(module, nullptr);
+    {
+        NoCRuntimeMemory none(module);
+        CallLoadedCopy(module);
+    }
+    EXPECT_TRUE(FreeLibrary(module));
+}
+
+struct FailingThread {
+    GetCurrentDirectoryFn getDir;
+    int wrong = 0;
+};
+
+DWORD WINAPI FailRepeatedly(LPVOID p)
+{
+    auto* t = static_cast<FailingThread*>(p);
+    WCHAR dir[MAX_PATH];
+    for (int i = 0; i < 300; ++i) {
+        SetLastError(0xBAD);
+        if (t->getDir(Unallocatable, dir) != 0 || GetLastError() != 0)
+            ++t->wrong;
+    }
+    return 0;
+}
+
+// Threads that torwen has never seen fail allocations all at once, each many
+// times: every one answers for itself, and a crossed record of another thread's
+// exceptions would end the process or answer wrongly.
+TEST(UnloadTest, AnswersOnManyNewThreadsAtOnce)
+{
+    if (!harness::AnsiPath())
+        GTEST_SKIP() << "the W path allocates nothing";
+    TorwenCopy copy;
+    ASSERT_TRUE(copy.ok);
+    HMODULE module = LoadLibraryW(copy.wide.c_str());
+    ASSERT_NE(module, nullptr);
+    FailingThread threads[8];
+    HANDLE handles[8];
+    for (int i = 0; i < 8; ++i) {
+        threads[i].getDir = reinterpret_cast<GetCurrentDirectoryFn>(
+            reinterpret_cast<void*>(GetProcAddress(module, "_GetCurrentDirectoryW@8")));
+        handles[i] = CreateThread(nullptr, 0, FailRepeatedly, &threads[i], 0, nullptr);
+        ASSERT_NE(handles[i], nullptr);
+    }
+    EXPECT_EQ(WaitForMultipleObjects(8, handles, TRUE, 30000), WAIT_OBJECT_0);
+    for (int i = 0; i < 8; ++i) {
+        EXPECT_EQ(threads[i].wrong, 0) << "thread " << i;
+        CloseHandle(handles[i]);
+    }
+    EXPECT_TRUE(FreeLibrary(module));
 }
 
 }  // namespace
