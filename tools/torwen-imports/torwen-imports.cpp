@@ -114,7 +114,8 @@ private:
     uint32_t Get(uint64_t off, int n) const
     {
         if (off + n > bytes_.size())
-            throw BadImage{"truncated: the headers or the import table run past the end of the file"};
+            throw BadImage{
+                "truncated: the headers or the import table run past the end of the file"};
         uint32_t v = 0;
         for (int i = n - 1; i >= 0; --i)
             v = v << 8 | bytes_[off + i];
