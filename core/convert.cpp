@@ -105,27 +105,33 @@ void AtAnsiToWideTemp(AtStringSlot& slot, LPCSTR s)
 // A text that the A function (or a window procedure) left without a terminator
 // inside the block ends where the block does: it is converted and terminated as if
 // its NUL stood there, so the conversion never runs on into the heap.
-int AtAnsiToWideOut(const AtStringSlot& slot, LPWSTR buf, DWORD n)
+template <typename From, typename To, typename Convert>
+int ConvertInsideBlock(const AtStringSlot& slot, To* buf, DWORD n, Convert convert)
 {
-    CheckCount(n);
-    if (AtIsIntegerValue(slot))
-        return AnsiToWide(slot, -1, buf, n);
-    const char* text = slot;
-    DWORD size = BlockLimit(slot, 0xFFFFFFFF);
+    const From* text = static_cast<const From*>(slot.value);
+    if (AtIsIntegerValue(text))
+        return convert(text, -1, buf, n);
+    DWORD size = BlockLimit(slot, 0xFFFFFFFF) / sizeof(From);
     DWORD len = 0;
     while (len < size && text[len])
         ++len;
     if (len < size)
-        return AnsiToWide(text, len + 1, buf, n);
-    int converted = AnsiToWide(text, len, buf, n);
+        return convert(text, len + 1, buf, n);
+    int converted = convert(text, len, buf, n);
     if (len && !converted)
         return 0;
     if (n == 0)
         return converted + 1;
     if (DWORD(converted) >= n)
         return 0;  // no room left for the terminator: all or nothing
-    buf[converted] = L'\0';
+    buf[converted] = To(0);
     return converted + 1;
+}
+
+int AtAnsiToWideOut(const AtStringSlot& slot, LPWSTR buf, DWORD n)
+{
+    CheckCount(n);
+    return ConvertInsideBlock<char>(slot, buf, n, AnsiToWide);
 }
 
 int AtAnsiToWideOutN(const AtStringSlot& slot, LPWSTR buf, DWORD n, DWORD len)
@@ -138,7 +144,7 @@ int AtAnsiToWideOutN(const AtStringSlot& slot, LPWSTR buf, DWORD n, DWORD len)
 int AtWideToAnsiOut(const AtStringSlot& slot, LPSTR buf, DWORD n)
 {
     CheckCount(n);
-    return WideToAnsi(slot, -1, buf, n);
+    return ConvertInsideBlock<WCHAR>(slot, buf, n, WideToAnsi);
 }
 
 // The byte is the top byte of the argument's own 32-bit value, so when the
