@@ -122,6 +122,16 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_MDICREATEW(HWND hwnd, WPARAM wParam, LPARA
  * name, or an ordinal in the low word as GetProcAddress does. */
 FARPROC WINAPI GetProcAddressW(HMODULE module, LPCWSTR procName);
 
+/*
+ * System services: the registry.
+ *
+ * RegQueryValueExW and RegEnumValueW, on Windows 95, 98 and Me, answer
+ * ERROR_INVALID_PARAMETER for a data buffer without a size, as the NT family does,
+ * instead of handing the A function a buffer it could overrun; and data of a type
+ * other than text that exceeds the caller's buffer answers ERROR_MORE_DATA with the
+ * size needed, also where the heap's rounding let the A function read it.
+ */
+
 #ifdef __cplusplus
 }
 #endif
