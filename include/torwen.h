@@ -132,6 +132,19 @@ FARPROC WINAPI GetProcAddressW(HMODULE module, LPCWSTR procName);
  * size needed, also where the heap's rounding let the A function read it.
  */
 
+/*
+ * System services: DDE, UUID strings, automation strings, network connections.
+ *
+ * AtWNetGetConnectionW is WNetGetConnectionW under a name of torwen's own. On
+ * Windows 95, 98 and Me a failure inside torwen answers ERROR_OUTOFMEMORY, and a
+ * failed lookup empties the caller's remote name only when it has room.
+ * UuidToStringW's string must be released with torwen's RpcStringFreeW; a failure
+ * inside torwen answers RPC_S_OUT_OF_MEMORY. SysReAllocStringLen answers FALSE for
+ * a null BSTR slot.
+ */
+TORWEN_API DWORD WINAPI AtWNetGetConnectionW(LPCWSTR lpLocalName, LPWSTR lpRemoteName,
+                                             LPDWORD lpnLength);
+
 #ifdef __cplusplus
 }
 #endif

@@ -8,6 +8,7 @@
 #define _OLEAUT32_
 #define _RPCRT4_
 
+#include <algorithm>
 #include <cstring>
 
 #include "core/core.h"
