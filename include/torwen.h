@@ -145,6 +145,15 @@ FARPROC WINAPI GetProcAddressW(HMODULE module, LPCWSTR procName);
 TORWEN_API DWORD WINAPI AtWNetGetConnectionW(LPCWSTR lpLocalName, LPWSTR lpRemoteName,
                                              LPDWORD lpnLength);
 
+/*
+ * System services: version information.
+ *
+ * On Windows 95, 98 and Me VerFindFileW and VerInstallFileW take a directory or
+ * file buffer to hold MAX_PATH characters but never write beyond the length the
+ * caller gives; a name that does not fit leaves the A function's byte count as
+ * the length.
+ */
+
 #ifdef __cplusplus
 }
 #endif
