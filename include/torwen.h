@@ -122,6 +122,38 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_MDICREATEW(HWND hwnd, WPARAM wParam, LPARA
  * name, or an ordinal in the low word as GetProcAddress does. */
 FARPROC WINAPI GetProcAddressW(HMODULE module, LPCWSTR procName);
 
+/*
+ * System services: the registry.
+ *
+ * RegQueryValueExW and RegEnumValueW, on Windows 95, 98 and Me, answer
+ * ERROR_INVALID_PARAMETER for a data buffer without a size, as the NT family does,
+ * instead of handing the A function a buffer it could overrun; and data of a type
+ * other than text that exceeds the caller's buffer answers ERROR_MORE_DATA with the
+ * size needed, also where the heap's rounding let the A function read it.
+ */
+
+/*
+ * System services: DDE, UUID strings, automation strings, network connections.
+ *
+ * AtWNetGetConnectionW is WNetGetConnectionW under a name of torwen's own. On
+ * Windows 95, 98 and Me a failure inside torwen answers ERROR_OUTOFMEMORY, and a
+ * failed lookup empties the caller's remote name only when it has room.
+ * UuidToStringW's string must be released with torwen's RpcStringFreeW; a failure
+ * inside torwen answers RPC_S_OUT_OF_MEMORY. SysReAllocStringLen answers FALSE for
+ * a null BSTR slot.
+ */
+TORWEN_API DWORD WINAPI AtWNetGetConnectionW(LPCWSTR lpLocalName, LPWSTR lpRemoteName,
+                                             LPDWORD lpnLength);
+
+/*
+ * System services: version information.
+ *
+ * On Windows 95, 98 and Me VerFindFileW and VerInstallFileW take a directory or
+ * file buffer to hold MAX_PATH characters but never write beyond the length the
+ * caller gives; a name that does not fit leaves the A function's byte count as
+ * the length.
+ */
+
 #ifdef __cplusplus
 }
 #endif
