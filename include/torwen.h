@@ -122,6 +122,21 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_MDICREATEW(HWND hwnd, WPARAM wParam, LPARA
  * name, or an ordinal in the low word as GetProcAddress does. */
 FARPROC WINAPI GetProcAddressW(HMODULE module, LPCWSTR procName);
 
+/*
+ * Open and save dialogs. A hook procedure queries and sets the dialog through
+ * these instead of sending CDM_xxx itself: on Windows 95, 98 and Me the dialog is
+ * an ANSI dialog. The queries answer the message's own count: on those systems
+ * it counts ANSI bytes with the terminator, not characters.
+ */
+TORWEN_API int WINAPI AtCommDlg_OpenSave_GetSpecW(HWND dialog, LPWSTR buf, int n);
+TORWEN_API int WINAPI AtCommDlg_OpenSave_GetFilePathW(HWND dialog, LPWSTR buf, int n);
+TORWEN_API int WINAPI AtCommDlg_OpenSave_GetFolderPathW(HWND dialog, LPWSTR buf, int n);
+TORWEN_API void WINAPI AtCommDlg_OpenSave_SetControlTextW(HWND dialog, int id, LPCWSTR text);
+TORWEN_API void WINAPI AtCommDlg_OpenSave_SetDefExtW(HWND dialog, LPCWSTR ext);
+
+/* GetOpenFileNameW and its kin read the caller's initial name and offsets no further
+ * than nMaxFile characters. GetFileTitleW tells the ANSI function at most 65535 bytes. */
+
 #ifdef __cplusplus
 }
 #endif
