@@ -153,6 +153,19 @@ TORWEN_API DWORD WINAPI AtWNetGetConnectionW(LPCWSTR lpLocalName, LPWSTR lpRemot
  * caller gives; a name that does not fit leaves the A function's byte count as
  * the length.
  */
+ * Open and save dialogs. A hook procedure queries and sets the dialog through
+ * these instead of sending CDM_xxx itself: on Windows 95, 98 and Me the dialog is
+ * an ANSI dialog. The queries answer the message's own count: on those systems
+ * it counts ANSI bytes with the terminator, not characters.
+ */
+TORWEN_API int WINAPI AtCommDlg_OpenSave_GetSpecW(HWND dialog, LPWSTR buf, int n);
+TORWEN_API int WINAPI AtCommDlg_OpenSave_GetFilePathW(HWND dialog, LPWSTR buf, int n);
+TORWEN_API int WINAPI AtCommDlg_OpenSave_GetFolderPathW(HWND dialog, LPWSTR buf, int n);
+TORWEN_API void WINAPI AtCommDlg_OpenSave_SetControlTextW(HWND dialog, int id, LPCWSTR text);
+TORWEN_API void WINAPI AtCommDlg_OpenSave_SetDefExtW(HWND dialog, LPCWSTR ext);
+
+/* GetOpenFileNameW and its kin read the caller's initial name and offsets no further
+ * than nMaxFile characters. GetFileTitleW tells the ANSI function at most 65535 bytes. */
 
 #ifdef __cplusplus
 }
