@@ -15,6 +15,7 @@
 #define TORWEN_H
 
 #include <windows.h>
+#include <commctrl.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -166,6 +167,57 @@ TORWEN_API void WINAPI AtCommDlg_OpenSave_SetDefExtW(HWND dialog, LPCWSTR ext);
 
 /* GetOpenFileNameW and its kin read the caller's initial name and offsets no further
  * than nMaxFile characters. GetFileTitleW tells the ANSI function at most 65535 bytes. */
+ * Common controls: list views, tree views, headers and tab controls.
+ *
+ * Each helper sends one control message: on the NT family the W message with the
+ * caller's record, on Windows 95, 98 and Me the A message with an ANSI copy of the
+ * record, whose text is converted in, or made as an empty buffer of the caller's
+ * capacity and converted back into the caller's pszText (at most cchTextMax
+ * characters, all or nothing). "Get" helpers copy back only the fields the mask
+ * names; list-view and tree-view items only when the message succeeded. A text of
+ * LPSTR_TEXTCALLBACKW reaches list views and tree views as LPSTR_TEXTCALLBACKA with
+ * the caller's cchTextMax. On the ANSI platforms a failed allocation answers the
+ * helper's failure value (-1 for the inserts, the list view's find and string
+ * width, and AtTreeView_SetItemW; 0 for the others) with last error 14.
+ */
+TORWEN_API int WINAPI AtListView_InsertItemW(HWND hwnd, const LVITEMW *item);
+TORWEN_API BOOL WINAPI AtListView_GetItemW(HWND hwnd, LVITEMW *item);
+TORWEN_API BOOL WINAPI AtListView_SetItemW(HWND hwnd, const LVITEMW *item);
+/* Only LVFI_STRING and LVFI_PARTIAL searches convert psz. */
+TORWEN_API int WINAPI AtListView_FindItemW(HWND hwnd, int iStart, const LVFINDINFOW *info);
+TORWEN_API int WINAPI AtListView_GetStringWidthW(HWND hwnd, LPCWSTR psz);
+TORWEN_API HWND WINAPI AtListView_EditLabelW(HWND hwnd, int i);
+TORWEN_API BOOL WINAPI AtListView_GetColumnW(HWND hwnd, int iCol, LVCOLUMNW *col);
+TORWEN_API BOOL WINAPI AtListView_SetColumnW(HWND hwnd, int iCol, const LVCOLUMNW *col);
+TORWEN_API int WINAPI AtListView_InsertColumnW(HWND hwnd, int iCol, const LVCOLUMNW *col);
+/* The ANSI control is told a capacity of 2 * cch bytes; torwen's buffer holds that
+ * many bytes also on a single-byte code page (where cch characters would need only
+ * cch), so the control cannot write past it. */
+TORWEN_API void WINAPI AtListView_GetItemTextW(HWND hwnd, int i, int iSubItem, LPWSTR psz,
+                                               int cch);
+TORWEN_API void WINAPI AtListView_SetItemTextW(HWND hwnd, int i, int iSubItem, LPCWSTR psz);
+/* The incremental-search strings: psz must hold 260 characters; the answer is the
+ * number of characters without the NUL. */
+TORWEN_API int WINAPI AtListView_GetISearchStringW(HWND hwnd, LPWSTR psz);
+TORWEN_API HTREEITEM WINAPI AtTreeView_InsertItemW(HWND hwnd, const TVINSERTSTRUCTW *ins);
+TORWEN_API BOOL WINAPI AtTreeView_GetItemW(HWND hwnd, TVITEMW *item);
+TORWEN_API BOOL WINAPI AtTreeView_SetItemW(HWND hwnd, const TVITEMW *item);
+TORWEN_API HWND WINAPI AtTreeView_EditLabelW(HWND hwnd, HTREEITEM hItem);
+TORWEN_API int WINAPI AtTreeView_GetISearchStringW(HWND hwnd, LPWSTR psz);
+/* The header's get sends an ANSI copy of what pszText holds at the call, and the
+ * control answers no longer a text than that copy: fill pszText with cchTextMax - 1
+ * characters first to read a text of that length. Only cchTextMax characters of it
+ * are read: a buffer without a NUL among them counts as that many characters.
+ * Without HDI_TEXT the caller's pszText and cchTextMax come back as 0. A header
+ * item's LPSTR_TEXTCALLBACKW passes as LPSTR_TEXTCALLBACKA, as for list views, rather
+ * than being read as a string. */
+TORWEN_API BOOL WINAPI AtHeader_GetItemW(HWND hwnd, int i, HDITEMW *item);
+TORWEN_API int WINAPI AtHeader_InsertItemW(HWND hwnd, int i, const HDITEMW *item);
+TORWEN_API BOOL WINAPI AtHeader_SetItemW(HWND hwnd, int i, const HDITEMW *item);
+/* TCIF_TEXT or TCIF_RTLREADING carries the text of a tab item. */
+TORWEN_API BOOL WINAPI AtTabCtrl_GetItemW(HWND hwnd, int i, TCITEMW *item);
+TORWEN_API BOOL WINAPI AtTabCtrl_SetItemW(HWND hwnd, int i, const TCITEMW *item);
+TORWEN_API int WINAPI AtTabCtrl_InsertItemW(HWND hwnd, int i, const TCITEMW *item);
 
 #ifdef __cplusplus
 }
