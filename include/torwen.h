@@ -154,6 +154,7 @@ TORWEN_API DWORD WINAPI AtWNetGetConnectionW(LPCWSTR lpLocalName, LPWSTR lpRemot
  * caller gives; a name that does not fit leaves the A function's byte count as
  * the length.
  */
+/*
  * Open and save dialogs. A hook procedure queries and sets the dialog through
  * these instead of sending CDM_xxx itself: on Windows 95, 98 and Me the dialog is
  * an ANSI dialog. The queries answer the message's own count: on those systems
@@ -167,6 +168,7 @@ TORWEN_API void WINAPI AtCommDlg_OpenSave_SetDefExtW(HWND dialog, LPCWSTR ext);
 
 /* GetOpenFileNameW and its kin read the caller's initial name and offsets no further
  * than nMaxFile characters. GetFileTitleW tells the ANSI function at most 65535 bytes. */
+/*
  * Common controls: list views, tree views, headers and tab controls.
  *
  * Each helper sends one control message: on the NT family the W message with the
@@ -218,6 +220,7 @@ TORWEN_API BOOL WINAPI AtHeader_SetItemW(HWND hwnd, int i, const HDITEMW *item);
 TORWEN_API BOOL WINAPI AtTabCtrl_GetItemW(HWND hwnd, int i, TCITEMW *item);
 TORWEN_API BOOL WINAPI AtTabCtrl_SetItemW(HWND hwnd, int i, const TCITEMW *item);
 TORWEN_API int WINAPI AtTabCtrl_InsertItemW(HWND hwnd, int i, const TCITEMW *item);
+/*
  * Menus, text and resources, system parameters (torwen's departures from the A
  * functions' behaviour where following them would overrun a caller's record).
  *
