@@ -62,6 +62,9 @@ HANDLE WINAPI RuntimeCreateSemaphoreW(
 
 // ---- memory for exceptions in flight
 
+// (Code that used std::exception_ptr would pull the runtime's own allocator back
+// in: the link then fails on its second definition of these functions.)
+
 // The runtime keeps its own header in front of every thrown object (0x60 bytes
 // in this runtime); each block leaves more room than that, zeroed, as the runtime
 // expects it. Threads hold a block only from the throw to the end of its catch,
