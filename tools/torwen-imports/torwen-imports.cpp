@@ -242,7 +242,7 @@ int Check(const char* path)
         return 2;
     }
 
-    int fromTorwen = 0, misplaced = 0;
+    int fromTorwen = 0, misplaced = 0, replaceable = 0;
     for (const Import& imp : imports) {
         std::string dll = Lower(imp.dll);
         if (dll == "torwen.dll") {
@@ -257,16 +257,23 @@ int Check(const char* path)
                         "they fail:\n",
                         path);
         std::string instead = TorwenExportFor(imp.name);
-        if (instead.empty())
+        if (instead.empty()) {
             std::printf("  %s!%s: torwen has no replacement\n", imp.dll.c_str(), imp.name.c_str());
-        else
+        } else {
+            ++replaceable;
             std::printf("  %s!%s: use torwen.dll's %s\n", imp.dll.c_str(), imp.name.c_str(),
                         instead.c_str());
+        }
     }
     if (misplaced) {
-        std::printf("%d wide import(s) from the system, %d from torwen.dll. Link torwen's import "
-                    "library ahead of the system libraries.\n",
-                    misplaced, fromTorwen);
+        std::printf("%d wide import(s) from the system, %d of them exported by torwen; %d "
+                    "import(s) from torwen.dll.\n",
+                    misplaced, replaceable, fromTorwen);
+        if (replaceable)
+            std::printf("Link torwen's import library ahead of the system libraries.\n");
+        if (replaceable < misplaced)
+            std::printf("Where torwen has no replacement, call the A function on Windows 95, 98 "
+                        "and Me.\n");
         return 1;
     }
     std::printf("%s: no wide function imported from the system; %d import(s) from torwen.dll\n",
