@@ -74,8 +74,21 @@ std::string Undecorated(const std::string& decorated)
     return name;
 }
 
-std::string TorwenExportFor(const std::string& name)
+// Two exports keep names of their own for a system function.
+struct Alias {
+    const char* system;
+    const char* torwen;
+};
+const Alias aliases[] = {
+    {"GetKerningPairsW", "GetKerningParisW"},
+    {"CreateScalableFontResourceW", "CreateScalableFontResource"},
+};
+
+std::string TorwenExportFor(std::string name)
 {
+    for (const Alias& alias : aliases)
+        if (name == alias.system)
+            name = alias.torwen;
     for (const char* exported : torwenExports)
         if (Undecorated(exported) == name)
             return exported;
