@@ -137,7 +137,7 @@ int ConvertInsideBlock(const AtStringSlot& slot, To* buf, DWORD n, Convert conve
         return 0;
     if (n == 0)
         return converted + 1;
-    if (DWORD(converted) >= n)
+    if (DWORD(converted) >= n || !buf)
         return 0;  // no room left for the terminator: all or nothing
     buf[converted] = To(0);
     return converted + 1;
