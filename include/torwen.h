@@ -136,7 +136,8 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_ASKCBFORMATNAMEW(HWND hwnd, WPARAM wParam,
  * record (changes the procedure makes to it are not copied back) and answer what
  * the procedure answered. The handlers answer as the window manager expects:
  * WM_CREATE 0 to go on and -1 to stop, WM_NCCREATE 1 or 0, WM_MDICREATE the
- * handler's window. A class atom passes through unchanged. */
+ * handler's window. A class atom passes through unchanged. A null record is passed
+ * on as null (memory safety: nothing to convert). */
 TORWEN_API LRESULT WINAPI AtFORWARD_WM_CREATEW(HWND hwnd, LPCREATESTRUCTW lpCreateStruct,
                                                WNDPROC fn);
 TORWEN_API LRESULT WINAPI AtFORWARD_WM_NCCREATEW(HWND hwnd, LPCREATESTRUCTW lpCreateStruct,
