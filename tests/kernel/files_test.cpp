@@ -138,6 +138,15 @@ TEST_F(FilesTest, StaysInsideTheCallersMemory)
     LPWSTR part = nullptr;
     GetFullPathNameW(L"C:\\directory\\f.txt", 10, buf, &part);
     EXPECT_TRUE(!part || (part >= buf && part < buf + 10)) << part - buf;
+    // A found path without a file part, filling the buffer.
+    TW_HOOK(search, SearchPathA, [](LPCSTR, LPCSTR, LPCSTR, DWORD, LPSTR b, LPSTR* filePart) {
+        *filePart = nullptr;
+        return DWORD(lstrlenA(lstrcpyA(b, "C:\\dir\\")));
+    });
+    buf = guard.End<WCHAR>(8, L'#');
+    part = nullptr;
+    SearchPathW(L"C:\\", L"tw-none", nullptr, 8, buf, &part);
+    EXPECT_TRUE(!part || (part >= buf && part < buf + 8)) << part - buf;
 
     // A record whose names hold no NUL goes back to FindNextFileW.
     TW_HOOK(close, FindClose, [&](HANDLE h) { return close.real(h); });
