@@ -10,6 +10,35 @@
  *
  * This header declares what torwen exports beyond the system's own names: the
  * At... helpers and the x... multiple-monitor functions.
+ *
+ * Memory safety. Where an export's documented conversion would write past a
+ * buffer's stated size, read past the end of a string, list or buffer it was
+ * given or allocated, dereference a null pointer that the system's own W function
+ * accepts, or leave a handle open, torwen stays within what it was given and
+ * answers as the system's W function answers that input (its result and last
+ * error). Every result a caller with valid arguments sees stays as documented.
+ * Each such departure is named beside its export, here or in the list below.
+ *
+ * Departures of exports that carry the system's names, on Windows 95, 98 and Me:
+ *   FormatMessageW       a text that does not fit `size` with its terminator answers
+ *                        0, ERROR_INSUFFICIENT_BUFFER; a null buffer answers 0,
+ *                        ERROR_INVALID_PARAMETER; a null template answers 0 and
+ *                        leaves the last error alone; every argument an insert reads
+ *                        (a gap before it, a "*" width, a second format of the same
+ *                        insert) is handed on in the width that insert reads it.
+ *   GetVolumeInformationW  reads the name buffers no further than their sizes.
+ *   GetModuleFileNameW   a name that fills the buffer without a terminator answers 0.
+ *   GetEnvironmentVariableW, GetShortPathNameW, GetLogicalDriveStringsW
+ *                        a buffer too small answers the A function's required size,
+ *                        unconverted, and is not written.
+ *   GetFullPathNameW     the file part never points outside the caller's buffer.
+ *   GetWindowTextW, GetClassNameW and every other reader: a text that the A
+ *                        function or a window procedure left unterminated ends where
+ *                        it was written, or at the end of torwen's buffer.
+ *   GetEnvironmentStringsW  frees the ANSI block also when it fails.
+ *   GetFileAttributesExW ends its search with FindClose.
+ *   Double-NUL lists (CreateProcessW's environment, profile sections) are read up to
+ *                        their final NUL and no further.
  */
 #ifndef TORWEN_H
 #define TORWEN_H
@@ -73,7 +102,9 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_SYSDEADCHARW(HWND hwnd, WPARAM wParam, LPA
 
 /* WM_GETTEXT: both answer the number of characters (forwarding: wide characters;
  * handling: ANSI bytes on the ANSI platforms) without the terminating NUL, and 0 when
- * the text does not fit the buffer. */
+ * the text does not fit the buffer. A buffer of no characters is never written
+ * (memory safety), and a text written without its terminator ends where it was
+ * written. */
 TORWEN_API int WINAPI AtFORWARD_WM_GETTEXTW(HWND hwnd, int cchTextMax, LPWSTR lpszText,
                                             WNDPROC fn);
 TORWEN_API LRESULT WINAPI AtHANDLE_WM_GETTEXTW(HWND hwnd, WPARAM wParam, LPARAM lParam,
@@ -94,8 +125,9 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_DEVMODECHANGEW(HWND hwnd, WPARAM wParam, L
 
 /* WM_ASKCBFORMATNAME. Forwarding copies the name back into rgchName. Handling on the
  * ANSI platforms gives the handler a wide copy of the buffer as it arrived, and the
- * name the handler writes there is not copied back: the handler must not write more
- * than that copy holds. */
+ * name the handler writes there is not copied back. The copy holds the message's
+ * capacity in characters, of which at most that many bytes of the buffer are read
+ * (memory safety: the buffer need not hold a NUL). */
 TORWEN_API void WINAPI AtFORWARD_WM_ASKCBFORMATNAMEW(HWND hwnd, int cchMax, LPWSTR rgchName,
                                                      WNDPROC fn);
 TORWEN_API LRESULT WINAPI AtHANDLE_WM_ASKCBFORMATNAMEW(HWND hwnd, WPARAM wParam, LPARAM lParam,
@@ -105,7 +137,8 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_ASKCBFORMATNAMEW(HWND hwnd, WPARAM wParam,
  * record (changes the procedure makes to it are not copied back) and answer what
  * the procedure answered. The handlers answer as the window manager expects:
  * WM_CREATE 0 to go on and -1 to stop, WM_NCCREATE 1 or 0, WM_MDICREATE the
- * handler's window. A class atom passes through unchanged. */
+ * handler's window. A class atom passes through unchanged. A null record is passed
+ * on as null (memory safety: nothing to convert). */
 TORWEN_API LRESULT WINAPI AtFORWARD_WM_CREATEW(HWND hwnd, LPCREATESTRUCTW lpCreateStruct,
                                                WNDPROC fn);
 TORWEN_API LRESULT WINAPI AtFORWARD_WM_NCCREATEW(HWND hwnd, LPCREATESTRUCTW lpCreateStruct,
