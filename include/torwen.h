@@ -154,6 +154,14 @@ TORWEN_API DWORD WINAPI AtWNetGetConnectionW(LPCWSTR lpLocalName, LPWSTR lpRemot
  * the length.
  */
 
+/*
+ * System services: the shell.
+ *
+ * ShellExecuteExW, SHBrowseForFolderW and SHGetPathFromIDListW convert to the ANSI
+ * code page on every platform, the NT family included. ShellExecuteExW reads the
+ * record's lpClass only when fMask has SEE_MASK_CLASSNAME, as the system does.
+ */
+
 #ifdef __cplusplus
 }
 #endif
