@@ -15,6 +15,7 @@
 #define TORWEN_H
 
 #include <windows.h>
+#include <commctrl.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -153,6 +154,156 @@ TORWEN_API DWORD WINAPI AtWNetGetConnectionW(LPCWSTR lpLocalName, LPWSTR lpRemot
  * caller gives; a name that does not fit leaves the A function's byte count as
  * the length.
  */
+/*
+ * Open and save dialogs. A hook procedure queries and sets the dialog through
+ * these instead of sending CDM_xxx itself: on Windows 95, 98 and Me the dialog is
+ * an ANSI dialog. The queries answer the message's own count: on those systems
+ * it counts ANSI bytes with the terminator, not characters.
+ */
+TORWEN_API int WINAPI AtCommDlg_OpenSave_GetSpecW(HWND dialog, LPWSTR buf, int n);
+TORWEN_API int WINAPI AtCommDlg_OpenSave_GetFilePathW(HWND dialog, LPWSTR buf, int n);
+TORWEN_API int WINAPI AtCommDlg_OpenSave_GetFolderPathW(HWND dialog, LPWSTR buf, int n);
+TORWEN_API void WINAPI AtCommDlg_OpenSave_SetControlTextW(HWND dialog, int id, LPCWSTR text);
+TORWEN_API void WINAPI AtCommDlg_OpenSave_SetDefExtW(HWND dialog, LPCWSTR ext);
+
+/* GetOpenFileNameW and its kin read the caller's initial name and offsets no further
+ * than nMaxFile characters. GetFileTitleW tells the ANSI function at most 65535 bytes. */
+/*
+ * Common controls: list views, tree views, headers and tab controls.
+ *
+ * Each helper sends one control message: on the NT family the W message with the
+ * caller's record, on Windows 95, 98 and Me the A message with an ANSI copy of the
+ * record, whose text is converted in, or made as an empty buffer of the caller's
+ * capacity and converted back into the caller's pszText (at most cchTextMax
+ * characters, all or nothing). "Get" helpers copy back only the fields the mask
+ * names; list-view and tree-view items only when the message succeeded. A text of
+ * LPSTR_TEXTCALLBACKW reaches list views and tree views as LPSTR_TEXTCALLBACKA with
+ * the caller's cchTextMax. On the ANSI platforms a failed allocation answers the
+ * helper's failure value (-1 for the inserts, the list view's find and string
+ * width, and AtTreeView_SetItemW; 0 for the others) with last error 14.
+ */
+TORWEN_API int WINAPI AtListView_InsertItemW(HWND hwnd, const LVITEMW *item);
+TORWEN_API BOOL WINAPI AtListView_GetItemW(HWND hwnd, LVITEMW *item);
+TORWEN_API BOOL WINAPI AtListView_SetItemW(HWND hwnd, const LVITEMW *item);
+/* Only LVFI_STRING and LVFI_PARTIAL searches convert psz. */
+TORWEN_API int WINAPI AtListView_FindItemW(HWND hwnd, int iStart, const LVFINDINFOW *info);
+TORWEN_API int WINAPI AtListView_GetStringWidthW(HWND hwnd, LPCWSTR psz);
+TORWEN_API HWND WINAPI AtListView_EditLabelW(HWND hwnd, int i);
+TORWEN_API BOOL WINAPI AtListView_GetColumnW(HWND hwnd, int iCol, LVCOLUMNW *col);
+TORWEN_API BOOL WINAPI AtListView_SetColumnW(HWND hwnd, int iCol, const LVCOLUMNW *col);
+TORWEN_API int WINAPI AtListView_InsertColumnW(HWND hwnd, int iCol, const LVCOLUMNW *col);
+/* The ANSI control is told a capacity of 2 * cch bytes; torwen's buffer holds that
+ * many bytes also on a single-byte code page (where cch characters would need only
+ * cch), so the control cannot write past it. */
+TORWEN_API void WINAPI AtListView_GetItemTextW(HWND hwnd, int i, int iSubItem, LPWSTR psz,
+                                               int cch);
+TORWEN_API void WINAPI AtListView_SetItemTextW(HWND hwnd, int i, int iSubItem, LPCWSTR psz);
+/* The incremental-search strings: psz must hold 260 characters; the answer is the
+ * number of characters without the NUL. */
+TORWEN_API int WINAPI AtListView_GetISearchStringW(HWND hwnd, LPWSTR psz);
+TORWEN_API HTREEITEM WINAPI AtTreeView_InsertItemW(HWND hwnd, const TVINSERTSTRUCTW *ins);
+TORWEN_API BOOL WINAPI AtTreeView_GetItemW(HWND hwnd, TVITEMW *item);
+TORWEN_API BOOL WINAPI AtTreeView_SetItemW(HWND hwnd, const TVITEMW *item);
+TORWEN_API HWND WINAPI AtTreeView_EditLabelW(HWND hwnd, HTREEITEM hItem);
+TORWEN_API int WINAPI AtTreeView_GetISearchStringW(HWND hwnd, LPWSTR psz);
+/* The header's get sends an ANSI copy of what pszText holds at the call, and the
+ * control answers no longer a text than that copy: fill pszText with cchTextMax - 1
+ * characters first to read a text of that length. Only cchTextMax characters of it
+ * are read: a buffer without a NUL among them counts as that many characters.
+ * Without HDI_TEXT the caller's pszText and cchTextMax come back as 0. A header
+ * item's LPSTR_TEXTCALLBACKW passes as LPSTR_TEXTCALLBACKA, as for list views, rather
+ * than being read as a string. */
+TORWEN_API BOOL WINAPI AtHeader_GetItemW(HWND hwnd, int i, HDITEMW *item);
+TORWEN_API int WINAPI AtHeader_InsertItemW(HWND hwnd, int i, const HDITEMW *item);
+TORWEN_API BOOL WINAPI AtHeader_SetItemW(HWND hwnd, int i, const HDITEMW *item);
+/* TCIF_TEXT or TCIF_RTLREADING carries the text of a tab item. */
+TORWEN_API BOOL WINAPI AtTabCtrl_GetItemW(HWND hwnd, int i, TCITEMW *item);
+TORWEN_API BOOL WINAPI AtTabCtrl_SetItemW(HWND hwnd, int i, const TCITEMW *item);
+TORWEN_API int WINAPI AtTabCtrl_InsertItemW(HWND hwnd, int i, const TCITEMW *item);
+/*
+ * Menus, text and resources, system parameters (torwen's departures from the A
+ * functions' behaviour where following them would overrun a caller's record).
+ *
+ * GetMenuItemInfoW on Windows 95, 98 and Me refuses a record whose cbSize is below
+ * 44 (and SetMenuItemInfoW one below 40, the fields it reads) with
+ * ERROR_INVALID_PARAMETER, as the NT family does.
+ * DrawTextW and DrawTextExW with DT_MODIFYSTRING give the A function a copy with
+ * room for the four characters it may add.
+ * CharLowerBuffW and CharUpperBuffW read exactly cchLength characters, NULs
+ * included, not the text up to its NUL.
+ * DlgDirListComboBoxW gives the A function a path buffer of at least MAX_PATH bytes.
+ * EnumDisplaySettingsW writes no more of the DEVMODEW than its dmSize declares (and
+ * dmSize then reads that size).
+ * SystemParametersInfoW with SPI_GETICONTITLELOGFONT or SPI_SETICONTITLELOGFONT
+ * writes or reads no more of the LOGFONTW than uiParam bytes; with
+ * SPI_GETSERIALKEYS the port name's copy has room for MAX_PATH bytes.
+ */
+
+/*
+ * Multiple monitors on every Windows. Where the system's user library has the
+ * monitor functions, these call them; where it does not (Windows 95, NT 4) they
+ * answer for one monitor, the primary display, with the whole screen as its area,
+ * and the pseudo handle 0x12340042. xGetMonitorInfo takes a MONITORINFO or a
+ * MONITORINFOEXW; on Windows 98 and Me it is filled through GetMonitorInfoA, and
+ * its cbSize then reads 40 or 72. Without monitor functions a record of 72 bytes
+ * or more gets the device name "DISPLAY" as ANSI bytes at the start of szDevice.
+ */
+TORWEN_API int WINAPI xGetSystemMetrics(int nIndex);
+TORWEN_API HMONITOR WINAPI xMonitorFromPoint(POINT pt, DWORD dwFlags);
+TORWEN_API HMONITOR WINAPI xMonitorFromRect(LPCRECT lprc, DWORD dwFlags);
+TORWEN_API HMONITOR WINAPI xMonitorFromWindow(HWND hwnd, DWORD dwFlags);
+TORWEN_API BOOL WINAPI xGetMonitorInfo(HMONITOR hMonitor, LPMONITORINFO lpmi);
+TORWEN_API BOOL WINAPI xEnumDisplayMonitors(HDC hdc, LPCRECT lprcClip, MONITORENUMPROC lpfnEnum,
+                                            LPARAM dwData);
+
+/*
+ * Static, edit, list-box and combo-box controls. On Windows 95, 98 and Me the
+ * controls of a wide program hold ANSI text and count positions in bytes; these
+ * helpers take and give wide text and character positions on every Windows, and
+ * take the place of sending the controls' messages directly. Each answers what its
+ * message answers (LB_ERR or CB_ERR, -1, when a conversion fails).
+ */
+TORWEN_API int WINAPI AtStatic_GetTextW(HWND hwnd, LPWSTR lpch, int cchMax);
+TORWEN_API BOOL WINAPI AtStatic_SetTextW(HWND hwnd, LPCWSTR lpsz);
+
+/* EM_GETLINE: the number of characters copied; no NUL is written after them. A null
+ * buffer or a cchMax below 1 answers 0 without asking the control. */
+TORWEN_API int WINAPI AtEdit_GetLineW(HWND hwnd, int line, LPWSTR lpch, int cchMax);
+/* EM_REPLACESEL, never undoable. */
+TORWEN_API void WINAPI AtEdit_ReplaceSelW(HWND hwnd, LPCWSTR lpszReplace);
+/* EM_SETPASSWORDCHAR. On the ANSI platforms the character's one ANSI byte goes out
+ * sign-extended; a character that takes two bytes sends 0, no password character. */
+TORWEN_API void WINAPI AtEdit_SetPasswordCharW(HWND hwnd, WCHAR ch);
+/* EM_GETSEL: start in the low word, end in the high word, in characters. A position
+ * past the text counts the text's characters. */
+TORWEN_API DWORD WINAPI AtEdit_GetSelW(HWND hwnd);
+/* EM_SETSEL. On the ANSI platforms only (0, -1), select all, and (-1, any), no
+ * selection, are passed on; otherwise the caret moves to ichStart and the selection
+ * is empty. */
+TORWEN_API void WINAPI AtEdit_SetSelW(HWND hwnd, int ichStart, int ichEnd);
+
+TORWEN_API int WINAPI AtListBox_AddStringW(HWND hwnd, LPCWSTR lpsz);
+TORWEN_API int WINAPI AtListBox_InsertStringW(HWND hwnd, int index, LPCWSTR lpsz);
+TORWEN_API int WINAPI AtListBox_FindStringW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+TORWEN_API int WINAPI AtListBox_FindStringExactW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+TORWEN_API int WINAPI AtListBox_SelectStringW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+/* The buffer must hold the whole text, as for LB_GETTEXT. */
+TORWEN_API int WINAPI AtListBox_GetTextW(HWND hwnd, int index, LPWSTR lpszBuffer);
+/* In characters on every Windows (LB_GETTEXTLEN counts bytes on the ANSI ones). */
+TORWEN_API int WINAPI AtListBox_GetTextLenW(HWND hwnd, int index);
+TORWEN_API int WINAPI AtListBox_AddFileW(HWND hwnd, LPCWSTR lpszFilename);
+/* LB_DIR and CB_DIR: the same entries, in the same order and forms, and the same
+ * answer as the messages give for the attribute flags (DDL_...). */
+TORWEN_API int WINAPI AtListBox_DirW(HWND hwnd, UINT attrs, LPCWSTR lpszFileSpec);
+TORWEN_API int WINAPI AtComboBox_DirW(HWND hwnd, UINT attrs, LPCWSTR lpszFileSpec);
+
+TORWEN_API int WINAPI AtComboBox_AddStringW(HWND hwnd, LPCWSTR lpsz);
+TORWEN_API int WINAPI AtComboBox_InsertStringW(HWND hwnd, int index, LPCWSTR lpsz);
+TORWEN_API int WINAPI AtComboBox_FindStringW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+TORWEN_API int WINAPI AtComboBox_FindStringExactW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+TORWEN_API int WINAPI AtComboBox_SelectStringW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+TORWEN_API int WINAPI AtComboBox_GetLBTextW(HWND hwnd, int index, LPWSTR lpszBuffer);
+TORWEN_API int WINAPI AtComboBox_GetLBTextLenW(HWND hwnd, int index);
 
 /*
  * System services: the shell.
