@@ -338,6 +338,35 @@ TORWEN_API int WINAPI AtComboBox_SelectStringW(HWND hwnd, int indexStart, LPCWST
 TORWEN_API int WINAPI AtComboBox_GetLBTextW(HWND hwnd, int index, LPWSTR lpszBuffer);
 TORWEN_API int WINAPI AtComboBox_GetLBTextLenW(HWND hwnd, int index);
 
+/*
+ * System services: the shell.
+ *
+ * ShellExecuteExW, SHBrowseForFolderW and SHGetPathFromIDListW convert to the ANSI
+ * code page on every platform, the NT family included. ShellExecuteExW reads the
+ * record's lpClass only when fMask has SEE_MASK_CLASSNAME, as the system does.
+ */
+
+/*
+ * System services: input methods.
+ *
+ * On Windows 95, 98 and Me the input method counts in bytes: the Imm...W exports
+ * hand back composition strings in wide bytes, one attribute per character, and
+ * clause offsets and positions in characters, and rebuild candidate and conversion
+ * lists with wide strings. ImmSetCompositionStringW converts the text of SCS_SETSTR
+ * only. ImmEnumRegisterWordW hands AtfnEnumRegisterWordProcA to the ANSI
+ * enumeration, with a context that holds the caller's wide procedure and data; the
+ * adapter calls that procedure with the reading and the word in wide form.
+ */
+#include <imm.h>
+
+typedef struct AtEnumRegisterWordContextW {
+    REGISTERWORDENUMPROCW lpfnEnumProc;
+    LPVOID lpData;
+} AtEnumRegisterWordContextW;
+
+TORWEN_API int CALLBACK AtfnEnumRegisterWordProcA(LPCSTR lpszReading, DWORD dwStyle,
+                                                  LPCSTR lpszString, LPVOID lpData);
+
 #ifdef __cplusplus
 }
 #endif
