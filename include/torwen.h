@@ -367,6 +367,15 @@ typedef struct AtEnumRegisterWordContextW {
 TORWEN_API int CALLBACK AtfnEnumRegisterWordProcA(LPCSTR lpszReading, DWORD dwStyle,
                                                   LPCSTR lpszString, LPVOID lpData);
 
+/* Printers, on Windows 95, 98 and Me. OpenPrinterW hands a default device mode on
+ * without the driver's private bytes. GetPrinterW and EnumPrintersW answer FALSE,
+ * ERROR_INSUFFICIENT_BUFFER and the size needed when the wide records would not
+ * fit the caller's buffer though the ANSI ones did. DocumentPropertiesW believes an
+ * out record's dmDriverExtra only as far as the size its query answered.
+ * DeviceCapabilitiesW passes every output that is not a list of names (papers,
+ * sizes, resolutions...) straight to the caller's buffer, and answers 0 without
+ * fetching a list of names longer or shorter than the bins. */
+
 #ifdef __cplusplus
 }
 #endif
