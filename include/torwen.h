@@ -124,6 +124,31 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_MDICREATEW(HWND hwnd, WPARAM wParam, LPARA
 FARPROC WINAPI GetProcAddressW(HMODULE module, LPCWSTR procName);
 
 /*
+ * WM_NOTIFY from the common controls. For the notifications of list views, tree
+ * views, headers, tooltips and toolbars whose records carry text, the A and W codes
+ * and records differ: AtFORWARD_WM_NOTIFYW passes a W record (W code) to an ANSI
+ * procedure as the A record with the A code, and converts what comes back into the
+ * caller's record; AtHANDLE_WM_NOTIFYW gives a wide handler the W record of a
+ * received A notification and converts its answer into the control's record. Every
+ * other code reaches fn with the caller's own record, on every platform.
+ * HDN_GETDISPINFO keeps the code it came with: handle both of its values.
+ *
+ * Tooltip text (TTN_NEEDTEXT) always arrives in szText of the forwarder's caller;
+ * a receiver that points lpszText at a string of its own has it read up to its NUL,
+ * at most 80 bytes, and one that answers with a resource identifier has the
+ * identifier stored in the caller's lpszText. A wide handler may answer with a
+ * resource identifier and its hinst (any module), a string of its own in lpszText,
+ * or text in szText.
+ *
+ * On the ANSI platforms a failed allocation answers 0 without calling fn (last
+ * error 14).
+ */
+typedef LRESULT(CALLBACK *AtNotifyHandlerW)(HWND hwnd, int idFrom, NMHDR *pnmh);
+TORWEN_API LRESULT WINAPI AtFORWARD_WM_NOTIFYW(HWND hwnd, int idFrom, NMHDR *pnmh, WNDPROC fn);
+TORWEN_API LRESULT WINAPI AtHANDLE_WM_NOTIFYW(HWND hwnd, WPARAM wParam, LPARAM lParam,
+                                              AtNotifyHandlerW fn);
+
+/*
  * Common controls: list views, tree views, headers and tab controls.
  *
  * Each helper sends one control message: on the NT family the W message with the
