@@ -201,6 +201,65 @@ TORWEN_API BOOL WINAPI AtTabCtrl_GetItemW(HWND hwnd, int i, TCITEMW *item);
 TORWEN_API BOOL WINAPI AtTabCtrl_SetItemW(HWND hwnd, int i, const TCITEMW *item);
 TORWEN_API int WINAPI AtTabCtrl_InsertItemW(HWND hwnd, int i, const TCITEMW *item);
 
+/*
+ * Common controls: toolbars, tooltips, status bars, animation controls and image
+ * lists. The helpers send one control message each (the W message with the
+ * caller's values on the NT family, the A message with converted text on Windows
+ * 95, 98 and Me); ImageList_LoadImageW, DrawStatusTextW and CreateStatusWindowW are
+ * comctl32's own functions.
+ */
+
+/* TB_ADDSTRING: a list of strings, each ended by a NUL and the list by an empty
+ * string, or a string resource's identifier with hinst. */
+TORWEN_API int WINAPI ToolBar_AddString(HWND hwnd, HINSTANCE hinst, LPCWSTR strings);
+/* Answers the characters copied without the NUL, 0 when the text does not fit cch
+ * characters (on the NT family cch is not used). On the ANSI platforms torwen's
+ * buffer is made as large as the button's text, since the control writes all of it. */
+TORWEN_API int WINAPI ToolBar_GetButtonText(HWND hwnd, int idButton, LPWSTR buf, int cch);
+TORWEN_API void WINAPI ToolBar_SaveRestore(HWND hwnd, BOOL fSave, TBSAVEPARAMSW *params);
+/* The TBBUTTON records go unconverted: on the ANSI platforms an iString that is a
+ * string pointer reaches the control as a wide pointer, so add the strings with
+ * ToolBar_AddString and give their indexes. */
+TORWEN_API BOOL WINAPI ToolBar_AddButtons(HWND hwnd, UINT n, LPTBBUTTON buttons);
+TORWEN_API BOOL WINAPI ToolBar_InsertButton(HWND hwnd, int i, LPTBBUTTON button);
+
+/* Tooltips. The ANSI controls receive 44-byte TOOLINFOA records (with lParam);
+ * a caller's record of 40 bytes has no lParam read or written. A tool text of
+ * LPSTR_TEXTCALLBACKW travels as LPSTR_TEXTCALLBACKA; a string resource's
+ * identifier (with hinst) as it is. DelTool sends only the tool's hwnd and uId,
+ * NewToolRect those and rect.
+ *
+ * The queries (GetToolInfo, HitTest, EnumTools, GetCurrentTool) copy the tool's
+ * fields back into the caller's record and its text into the buffer that the
+ * caller's lpszText designates, which keeps designating it: provide a buffer of
+ * 255 characters there (or null for no text). A tool whose text comes from its
+ * parent or from a resource answers LPSTR_TEXTCALLBACKW or the identifier in
+ * lpszText instead. GetCurrentTool reads back like the others; with a null record
+ * it only answers whether there is a current tool. */
+TORWEN_API BOOL WINAPI ToolTips_AddTool(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API void WINAPI ToolTips_DelTool(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API void WINAPI ToolTips_NewToolRect(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API BOOL WINAPI ToolTips_GetToolInfo(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API void WINAPI ToolTips_SetToolInfo(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API BOOL WINAPI ToolTips_HitTest(HWND hwnd, TTHITTESTINFOW *hit);
+TORWEN_API void WINAPI ToolTips_UpdateTipText(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API BOOL WINAPI ToolTips_EnumTools(HWND hwnd, UINT iTool, TTTOOLINFOW *ti);
+TORWEN_API BOOL WINAPI ToolTips_GetCurrentTool(HWND hwnd, TTTOOLINFOW *ti);
+
+/* Status bars. SetText of an SBT_OWNERDRAW part passes the owner's value as it is.
+ * GetText answers the A message's result on the ANSI platforms (the length in
+ * bytes in the low word, the drawing type in the high word) and leaves the buffer
+ * untouched for an empty part; the buffer must hold the text and its NUL. */
+TORWEN_API BOOL WINAPI AtStatusBar_SetTextW(HWND hwnd, int iPart, LPCWSTR text);
+TORWEN_API DWORD WINAPI AtStatusBar_GetTextW(HWND hwnd, int iPart, LPWSTR buf);
+
+/* A "SysAnimate32" child at the parent's origin, of no size. */
+TORWEN_API HWND WINAPI AtAnimate_CreateW(HWND hwndParent, UINT id, DWORD dwStyle,
+                                         HINSTANCE hInstance);
+/* Sends ACM_OPENA (0x464) on both platforms, on the NT family with the wide name as
+ * it is: no ACM_OPENW is sent. */
+TORWEN_API BOOL WINAPI AtAnimate_OpenW(HWND hwnd, LPCWSTR lpszName);
+
 #ifdef __cplusplus
 }
 #endif
