@@ -260,6 +260,30 @@ TORWEN_API HWND WINAPI AtAnimate_CreateW(HWND hwndParent, UINT id, DWORD dwStyle
  * it is: no ACM_OPENW is sent. */
 TORWEN_API BOOL WINAPI AtAnimate_OpenW(HWND hwnd, LPCWSTR lpszName);
 
+/*
+ * Property sheets. On Windows 95, 98 and Me PropertySheetW and
+ * CreatePropertySheetPageW convert the header and pages and call the A functions;
+ * the pages' dialog procedures run as ANSI dialog procedures. The caller's page
+ * array is read at a stride of 48 bytes (PROPSHEETPAGEW with its header titles),
+ * whatever each page's dwSize says; the system receives pages of 68 bytes. A sheet
+ * callback receives the A sheet's values.
+ *
+ * A page with PSP_USECALLBACK gets fnAtPropertySheetA as its callback and, as its
+ * lParam, a pair holding the caller's callback and lParam: the wide callback then
+ * receives a wide copy of the page carrying its own lParam and callback (the
+ * dialog procedure, in WM_INITDIALOG, sees the A page with the pair's address as
+ * lParam). The pair lives as long as the page, also after the export returned
+ * (a modeless sheet, a page made by CreatePropertySheetPageW), and is freed when
+ * the system releases the page. The strings converted for the pages are released
+ * when PropertySheetW and CreatePropertySheetPageW return.
+ */
+TORWEN_API UINT CALLBACK fnAtPropertySheetA(HWND hwnd, UINT uMsg, LPPROPSHEETPAGEA ppsp);
+/* PSM_SETTITLEA with the ANSI title on Windows 95, 98 and Me. */
+TORWEN_API void WINAPI AtPropSheet_SetTitleW(HWND hDlg, DWORD dwStyle, LPCWSTR lpszText);
+/* PSM_SETFINISHTEXTW (0x479) on both platforms, with the ANSI text on Windows 95, 98
+ * and Me. */
+TORWEN_API void WINAPI AtPropSheet_SetFinishTextW(HWND hDlg, LPCWSTR lpszText);
+
 #ifdef __cplusplus
 }
 #endif
