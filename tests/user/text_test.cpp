@@ -164,8 +164,9 @@ TEST_F(TextTest, DialogTextAndStrings)
     // Too small: cut to what fits with its NUL.
     EXPECT_EQ(LoadStringW(TestResources(), id, buf, 4), 3);
     EXPECT_EQ(std::wstring(buf), expected.substr(0, 3));
-    if (harness::AnsiPath())
+    if (harness::AnsiPath()) {
         EXPECT_EQ(LoadStringW(TestResources(), id, buf, 0), 0) << "no pointer into the resource";
+    }
 }
 
 // Names of resources: wide names and integer identifiers, the predefined ones too.
