@@ -96,7 +96,9 @@ TEST_F(MonitorsTest, MonitorInfo)
     struct {
         MONITORINFO mi;
         DWORD canary;
-    } small = { { 39 }, 0xC0FFEE };
+    } small = {};
+    small.mi.cbSize = 39;
+    small.canary = 0xC0FFEE;
     SetLastError(1234);
     EXPECT_FALSE(xGetMonitorInfo(monitor, &small.mi));
     EXPECT_EQ(GetLastError(), 0u);
