@@ -15,6 +15,7 @@
 #define TORWEN_H
 
 #include <windows.h>
+#include <commctrl.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -122,6 +123,103 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_MDICREATEW(HWND hwnd, WPARAM wParam, LPARA
  * name, or an ordinal in the low word as GetProcAddress does. */
 FARPROC WINAPI GetProcAddressW(HMODULE module, LPCWSTR procName);
 
+/*
+ * System services: the registry.
+ *
+ * RegQueryValueExW and RegEnumValueW, on Windows 95, 98 and Me, answer
+ * ERROR_INVALID_PARAMETER for a data buffer without a size, as the NT family does,
+ * instead of handing the A function a buffer it could overrun; and data of a type
+ * other than text that exceeds the caller's buffer answers ERROR_MORE_DATA with the
+ * size needed, also where the heap's rounding let the A function read it.
+ */
+
+/*
+ * System services: DDE, UUID strings, automation strings, network connections.
+ *
+ * AtWNetGetConnectionW is WNetGetConnectionW under a name of torwen's own. On
+ * Windows 95, 98 and Me a failure inside torwen answers ERROR_OUTOFMEMORY, and a
+ * failed lookup empties the caller's remote name only when it has room.
+ * UuidToStringW's string must be released with torwen's RpcStringFreeW; a failure
+ * inside torwen answers RPC_S_OUT_OF_MEMORY. SysReAllocStringLen answers FALSE for
+ * a null BSTR slot.
+ */
+TORWEN_API DWORD WINAPI AtWNetGetConnectionW(LPCWSTR lpLocalName, LPWSTR lpRemoteName,
+                                             LPDWORD lpnLength);
+
+/*
+ * System services: version information.
+ *
+ * On Windows 95, 98 and Me VerFindFileW and VerInstallFileW take a directory or
+ * file buffer to hold MAX_PATH characters but never write beyond the length the
+ * caller gives; a name that does not fit leaves the A function's byte count as
+ * the length.
+ */
+/*
+ * Open and save dialogs. A hook procedure queries and sets the dialog through
+ * these instead of sending CDM_xxx itself: on Windows 95, 98 and Me the dialog is
+ * an ANSI dialog. The queries answer the message's own count: on those systems
+ * it counts ANSI bytes with the terminator, not characters.
+ */
+TORWEN_API int WINAPI AtCommDlg_OpenSave_GetSpecW(HWND dialog, LPWSTR buf, int n);
+TORWEN_API int WINAPI AtCommDlg_OpenSave_GetFilePathW(HWND dialog, LPWSTR buf, int n);
+TORWEN_API int WINAPI AtCommDlg_OpenSave_GetFolderPathW(HWND dialog, LPWSTR buf, int n);
+TORWEN_API void WINAPI AtCommDlg_OpenSave_SetControlTextW(HWND dialog, int id, LPCWSTR text);
+TORWEN_API void WINAPI AtCommDlg_OpenSave_SetDefExtW(HWND dialog, LPCWSTR ext);
+
+/* GetOpenFileNameW and its kin read the caller's initial name and offsets no further
+ * than nMaxFile characters. GetFileTitleW tells the ANSI function at most 65535 bytes. */
+/*
+ * Common controls: list views, tree views, headers and tab controls.
+ *
+ * Each helper sends one control message: on the NT family the W message with the
+ * caller's record, on Windows 95, 98 and Me the A message with an ANSI copy of the
+ * record, whose text is converted in, or made as an empty buffer of the caller's
+ * capacity and converted back into the caller's pszText (at most cchTextMax
+ * characters, all or nothing). "Get" helpers copy back only the fields the mask
+ * names; list-view and tree-view items only when the message succeeded. A text of
+ * LPSTR_TEXTCALLBACKW reaches list views and tree views as LPSTR_TEXTCALLBACKA with
+ * the caller's cchTextMax. On the ANSI platforms a failed allocation answers the
+ * helper's failure value (-1 for the inserts, the list view's find and string
+ * width, and AtTreeView_SetItemW; 0 for the others) with last error 14.
+ */
+TORWEN_API int WINAPI AtListView_InsertItemW(HWND hwnd, const LVITEMW *item);
+TORWEN_API BOOL WINAPI AtListView_GetItemW(HWND hwnd, LVITEMW *item);
+TORWEN_API BOOL WINAPI AtListView_SetItemW(HWND hwnd, const LVITEMW *item);
+/* Only LVFI_STRING and LVFI_PARTIAL searches convert psz. */
+TORWEN_API int WINAPI AtListView_FindItemW(HWND hwnd, int iStart, const LVFINDINFOW *info);
+TORWEN_API int WINAPI AtListView_GetStringWidthW(HWND hwnd, LPCWSTR psz);
+TORWEN_API HWND WINAPI AtListView_EditLabelW(HWND hwnd, int i);
+TORWEN_API BOOL WINAPI AtListView_GetColumnW(HWND hwnd, int iCol, LVCOLUMNW *col);
+TORWEN_API BOOL WINAPI AtListView_SetColumnW(HWND hwnd, int iCol, const LVCOLUMNW *col);
+TORWEN_API int WINAPI AtListView_InsertColumnW(HWND hwnd, int iCol, const LVCOLUMNW *col);
+/* The ANSI control is told a capacity of 2 * cch bytes; torwen's buffer holds that
+ * many bytes also on a single-byte code page (where cch characters would need only
+ * cch), so the control cannot write past it. */
+TORWEN_API void WINAPI AtListView_GetItemTextW(HWND hwnd, int i, int iSubItem, LPWSTR psz,
+                                               int cch);
+TORWEN_API void WINAPI AtListView_SetItemTextW(HWND hwnd, int i, int iSubItem, LPCWSTR psz);
+/* The incremental-search strings: psz must hold 260 characters; the answer is the
+ * number of characters without the NUL. */
+TORWEN_API int WINAPI AtListView_GetISearchStringW(HWND hwnd, LPWSTR psz);
+TORWEN_API HTREEITEM WINAPI AtTreeView_InsertItemW(HWND hwnd, const TVINSERTSTRUCTW *ins);
+TORWEN_API BOOL WINAPI AtTreeView_GetItemW(HWND hwnd, TVITEMW *item);
+TORWEN_API BOOL WINAPI AtTreeView_SetItemW(HWND hwnd, const TVITEMW *item);
+TORWEN_API HWND WINAPI AtTreeView_EditLabelW(HWND hwnd, HTREEITEM hItem);
+TORWEN_API int WINAPI AtTreeView_GetISearchStringW(HWND hwnd, LPWSTR psz);
+/* The header's get sends an ANSI copy of what pszText holds at the call, and the
+ * control answers no longer a text than that copy: fill pszText with cchTextMax - 1
+ * characters first to read a text of that length. Only cchTextMax characters of it
+ * are read: a buffer without a NUL among them counts as that many characters.
+ * Without HDI_TEXT the caller's pszText and cchTextMax come back as 0. A header
+ * item's LPSTR_TEXTCALLBACKW passes as LPSTR_TEXTCALLBACKA, as for list views, rather
+ * than being read as a string. */
+TORWEN_API BOOL WINAPI AtHeader_GetItemW(HWND hwnd, int i, HDITEMW *item);
+TORWEN_API int WINAPI AtHeader_InsertItemW(HWND hwnd, int i, const HDITEMW *item);
+TORWEN_API BOOL WINAPI AtHeader_SetItemW(HWND hwnd, int i, const HDITEMW *item);
+/* TCIF_TEXT or TCIF_RTLREADING carries the text of a tab item. */
+TORWEN_API BOOL WINAPI AtTabCtrl_GetItemW(HWND hwnd, int i, TCITEMW *item);
+TORWEN_API BOOL WINAPI AtTabCtrl_SetItemW(HWND hwnd, int i, const TCITEMW *item);
+TORWEN_API int WINAPI AtTabCtrl_InsertItemW(HWND hwnd, int i, const TCITEMW *item);
 /*
  * Menus, text and resources, system parameters (torwen's departures from the A
  * functions' behaviour where following them would overrun a caller's record).
