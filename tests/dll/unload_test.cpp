@@ -132,15 +132,26 @@ TEST(UnloadTest, LoadCyclesLeaveNoTrace)
     EXPECT_EQ(Count(), before) << "heap blocks, committed bytes, handles, free TLS indexes";
 }
 
-// Threads torwen has never seen fail allocations all at once, many times each:
-// every one answers for itself (a record of exceptions shared between threads
-// would end the process or answer wrongly).
-DWORD WINAPI FailRepeatedly(LPVOID getDir)
+// Many threads torwen has never seen fail allocations at once, each many times,
+// and each answers for itself. They stay alive until all have failed: a record of
+// a thread's exceptions that outlived its catch would leave later threads waiting
+// for one.
+struct Crowd {
+    GetCurrentDirectoryFn getDir;
+    LONG failed = 0, wrong = 0;
+    HANDLE goHome = CreateEventA(nullptr, TRUE, FALSE, nullptr);
+};
+
+DWORD WINAPI FailRepeatedly(LPVOID p)
 {
-    int wrong = 0;
-    for (int i = 0; i < 300; ++i)
-        wrong += AnswersFailure(reinterpret_cast<GetCurrentDirectoryFn>(getDir)) ? 0 : 1;
-    return wrong;
+    auto* crowd = static_cast<Crowd*>(p);
+    for (int i = 0; i < 50; ++i) {
+        if (!AnswersFailure(crowd->getDir))
+            InterlockedIncrement(&crowd->wrong);
+    }
+    InterlockedIncrement(&crowd->failed);
+    WaitForSingleObject(crowd->goHome, INFINITE);
+    return 0;
 }
 
 TEST(UnloadTest, AnswersOnManyNewThreadsAtOnce)
@@ -149,18 +160,22 @@ TEST(UnloadTest, AnswersOnManyNewThreadsAtOnce)
     ASSERT_TRUE(copy.ok);
     HMODULE module = LoadLibraryW(copy.wide.c_str());
     ASSERT_NE(module, nullptr);
-    auto getDir = Export<GetCurrentDirectoryFn>(module, "_GetCurrentDirectoryW@8");
-    HANDLE threads[8];
+    Crowd crowd;
+    crowd.getDir = Export<GetCurrentDirectoryFn>(module, "_GetCurrentDirectoryW@8");
+    HANDLE threads[48];
     for (HANDLE& t : threads) {
-        t = CreateThread(nullptr, 0, FailRepeatedly, reinterpret_cast<void*>(getDir), 0, nullptr);
+        t = CreateThread(nullptr, 0, FailRepeatedly, &crowd, 0, nullptr);
         ASSERT_NE(t, nullptr);
     }
-    EXPECT_EQ(WaitForMultipleObjects(8, threads, TRUE, 60000), WAIT_OBJECT_0);
-    for (HANDLE t : threads) {
-        DWORD wrong = 1;
-        EXPECT_TRUE(GetExitCodeThread(t, &wrong) && wrong == 0) << wrong << " wrong answers";
+    for (int waited = 0; crowd.failed < 48 && waited < 30000; waited += 10)
+        Sleep(10);
+    ASSERT_EQ(crowd.failed, 48) << "threads still waiting after 30 s";
+    SetEvent(crowd.goHome);
+    EXPECT_EQ(WaitForMultipleObjects(48, threads, TRUE, 30000), WAIT_OBJECT_0);
+    EXPECT_EQ(crowd.wrong, 0);
+    for (HANDLE t : threads)
         CloseHandle(t);
-    }
+    CloseHandle(crowd.goHome);
     EXPECT_TRUE(FreeLibrary(module));
 }
 
