@@ -75,6 +75,7 @@ printf 'MZ' >mz-only.exe
 lfanew=$(od -An -tu4 -j60 -N4 probe-gnu.exe | tr -d ' ')
 cp probe-gnu.exe bad-rva.exe
 printf '\x00\xff\xff\x7f' | dd of=bad-rva.exe bs=1 seek=$((lfanew + 128)) conv=notrunc status=none
+
 for linker in msvc gnu; do
   run 0 wine "probe-$linker.exe"
   printed "GetVersionExW from torwen; RegisterWindowMessageW from torwen"
