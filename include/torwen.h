@@ -25,7 +25,9 @@
  *                        ERROR_INVALID_PARAMETER; a null template answers 0 and
  *                        leaves the last error alone; every argument an insert reads
  *                        (a gap before it, a "*" width, a second format of the same
- *                        insert) is handed on in the width that insert reads it.
+ *                        insert) is handed on in the width that insert reads it; a
+ *                        variable argument list with a "*" width and text to
+ *                        convert answers 0, ERROR_INVALID_PARAMETER.
  *   GetVolumeInformationW  reads the name buffers no further than their sizes.
  *   GetModuleFileNameW   a name that fills the buffer without a terminator answers 0.
  *   GetEnvironmentVariableW, GetShortPathNameW, GetLogicalDriveStringsW
