@@ -50,6 +50,25 @@ HDC DeviceContextA(LPCWSTR driver, LPCWSTR device, const DEVMODEW* devMode, Call
     return callA(static_cast<char*>(driverA), static_cast<char*>(deviceA), static_cast<DEVMODEA*>(devModeA.value));
 }
 
+// The A function reads a description as two strings, an application's name and a
+// picture's title. Only the first is converted; an empty second follows it inside
+// the block, so that the A function reads nothing beyond.
+void DescriptionTemp(AtStringSlot& slot, LPCWSTR description)
+{
+    if (AtIsIntegerValue(description)) {
+        slot.value = const_cast<WCHAR*>(description);
+        return;
+    }
+    int size = WideCharToMultiByte(CP_ACP, 0, description, -1, nullptr, 0, nullptr, nullptr);
+    if (size < 1)
+        size = 1;
+    slot.value = AtAlloc(size + 1);
+    char* text = slot;
+    if (!WideCharToMultiByte(CP_ACP, 0, description, -1, text, size, nullptr, nullptr))
+        text[0] = '\0';
+    text[size] = '\0';
+}
+
 }  // namespace
 
 HDC WINAPI CreateDCW(LPCWSTR driver, LPCWSTR device, LPCWSTR, const DEVMODEW* devMode)
@@ -125,14 +144,14 @@ HENHMETAFILE WINAPI GetEnhMetaFileW(LPCWSTR file)
 }
 
 // The description is converted as one string: the application's name, before its
-// first NUL, is all that reaches the A function.
+// first NUL, is all that reaches the A function; the picture's title is lost.
 HDC WINAPI CreateEnhMetaFileW(HDC reference, LPCWSTR file, const RECT* frame, LPCWSTR description)
 {
     return AtExport(Sys::CreateEnhMetaFileW, reference, file, frame, description)
         .orAnsiWithoutSavedError(nullptr, [=] {
             AtStringSlot fileA, descriptionA;
             AtWideToAnsiTemp(fileA, file);
-            AtWideToAnsiTemp(descriptionA, description);
+            DescriptionTemp(descriptionA, description);
             return Sys::CreateEnhMetaFileA(reference, fileA, frame, descriptionA);
         });
 }

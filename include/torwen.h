@@ -335,6 +335,8 @@ TORWEN_API int WINAPI AtComboBox_GetLBTextLenW(HWND hwnd, int index);
  * - A null record is handed on as null where the W function takes one
  *   (CreateFontIndirectW, EnumFontFamiliesExW, GetTextMetricsW, ResetDCW, StartDocW).
  * - StartDocW reads lpszDatatype and fwType only when cbSize covers them.
+ * - CreateEnhMetaFileW records the description's application name only, with an
+ *   empty title (a byte of its own after the name, so nothing beyond is read).
  * - A LOGFONTW whose face name fills all 32 characters is read only within the
  *   record: the ANSI face name keeps the first 31.
  */
