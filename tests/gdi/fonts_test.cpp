@@ -94,6 +94,19 @@ TEST_F(FontsTest, FontsRoundTripTheirFaceNames)
     EXPECT_EQ(GetObjectW(bitmap, sizeof bm, &bm), int(sizeof bm));
     EXPECT_EQ(bm.bmWidth, Width);
     EXPECT_EQ(CreateFontIndirectW(nullptr), nullptr);
+
+    // A face name that fills the record, at a no-access page: read within the record
+    // only; the ANSI path keeps 31 characters of it.
+    GuardPage guard;
+    LOGFONTW* full = guard.End<LOGFONTW>(1);
+    *full = lf;
+    wmemset(full->lfFaceName, L'F', 32);
+    HFONT f = CreateFontIndirectW(full);
+    ASSERT_NE(f, nullptr);
+    LOGFONTW back;
+    ASSERT_EQ(GetObjectW(f, sizeof back, &back), 92);
+    EXPECT_EQ(wstring(back.lfFaceName, AnsiPath() ? 31 : 32), wstring(AnsiPath() ? 31 : 32, L'F'));
+    DeleteObject(f);
 }
 
 struct Seen {
