@@ -341,3 +341,23 @@ TEST_F(FontsTest, EachAllocationFailureAnswersTheFailureValue)
 }
 
 }  // namespace
+
+namespace {
+
+// PolyTextOutW catches nothing: a failed allocation ends the caller's process.
+TEST(PolyTextOutDeathTest, AFailedAllocationIsNotCaught)
+{
+    if (!AnsiPath())
+        GTEST_SKIP() << "the W path allocates nothing";
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    POLYTEXTW text = {0, 0, 3, L"abc", 0, {}, nullptr};
+    EXPECT_DEATH(
+        {
+            HDC dc = CreateCompatibleDC(nullptr);
+            FailHeapAllocAt(2);
+            PolyTextOutW(dc, &text, 1);
+        },
+        "CAtException");
+}
+
+}  // namespace
