@@ -29,7 +29,8 @@ AT_SYSTEM_FUNCTION(gdi32, SetICMProfileA, FALSE)
 AT_SYSTEM_FUNCTION(gdi32, EnumICMProfilesW, -1)
 AT_SYSTEM_FUNCTION(gdi32, EnumICMProfilesA, -1)
 
-namespace {
+namespace
+{
 
 // The wide callback and its lParam, on EnumICMProfilesW's stack while the ANSI
 // enumeration runs.
@@ -47,7 +48,8 @@ HDC DeviceContextA(LPCWSTR driver, LPCWSTR device, const DEVMODEW* devMode, Call
     AtWideToAnsiTemp(driverA, driver);
     AtWideToAnsiTemp(deviceA, device);
     AtDevModeTemp(devModeA, devMode);
-    return callA(static_cast<char*>(driverA), static_cast<char*>(deviceA), static_cast<DEVMODEA*>(devModeA.value));
+    return callA(static_cast<char*>(driverA), static_cast<char*>(deviceA),
+        static_cast<DEVMODEA*>(devModeA.value));
 }
 
 // The A function reads a description as two strings, an application's name and a
@@ -69,24 +71,28 @@ void DescriptionTemp(AtStringSlot& slot, LPCWSTR description)
     text[size] = '\0';
 }
 
-}  // namespace
+} // namespace
 
 HDC WINAPI CreateDCW(LPCWSTR driver, LPCWSTR device, LPCWSTR, const DEVMODEW* devMode)
 {
-    return AtExport(Sys::CreateDCW, driver, device, LPCWSTR(nullptr), devMode).orAnsiWithoutSavedError(nullptr, [=] {
-        return DeviceContextA(driver, device, devMode, [](LPCSTR driverA, LPCSTR deviceA, DEVMODEA* devModeA) {
-            return Sys::CreateDCA(driverA, deviceA, nullptr, devModeA);
+    return AtExport(Sys::CreateDCW, driver, device, LPCWSTR(nullptr), devMode)
+        .orAnsiWithoutSavedError(nullptr, [=] {
+            return DeviceContextA(
+                driver, device, devMode, [](LPCSTR driverA, LPCSTR deviceA, DEVMODEA* devModeA) {
+                    return Sys::CreateDCA(driverA, deviceA, nullptr, devModeA);
+                });
         });
-    });
 }
 
 HDC WINAPI CreateICW(LPCWSTR driver, LPCWSTR device, LPCWSTR, const DEVMODEW* devMode)
 {
-    return AtExport(Sys::CreateICW, driver, device, LPCWSTR(nullptr), devMode).orAnsiWithoutSavedError(nullptr, [=] {
-        return DeviceContextA(driver, device, devMode, [](LPCSTR driverA, LPCSTR deviceA, DEVMODEA* devModeA) {
-            return Sys::CreateICA(driverA, deviceA, nullptr, devModeA);
+    return AtExport(Sys::CreateICW, driver, device, LPCWSTR(nullptr), devMode)
+        .orAnsiWithoutSavedError(nullptr, [=] {
+            return DeviceContextA(
+                driver, device, devMode, [](LPCSTR driverA, LPCSTR deviceA, DEVMODEA* devModeA) {
+                    return Sys::CreateICA(driverA, deviceA, nullptr, devModeA);
+                });
         });
-    });
 }
 
 HDC WINAPI ResetDCW(HDC hdc, const DEVMODEW* devMode)
@@ -109,7 +115,7 @@ int WINAPI StartDocW(HDC hdc, const DOCINFOW* doc)
         AtWideToAnsiTemp(nameA, doc->lpszDocName);
         AtWideToAnsiTemp(outputA, doc->lpszOutput);
         AtWideToAnsiTemp(typeA, hasType ? doc->lpszDatatype : nullptr);
-        DOCINFOA docA{doc->cbSize, nameA, outputA, typeA, hasType ? doc->fwType : 0};
+        DOCINFOA docA { doc->cbSize, nameA, outputA, typeA, hasType ? doc->fwType : 0 };
         return err.keep(Sys::StartDocA(hdc, &docA));
     });
 }
@@ -208,7 +214,7 @@ int CALLBACK AtICMEnumFuncFromAToW(LPSTR file, LPARAM context)
 int WINAPI EnumICMProfilesW(HDC hdc, ICMENUMPROCW callback, LPARAM lParam)
 {
     return AtExport(Sys::EnumICMProfilesW, hdc, callback, lParam).orAnsiUnguarded([=] {
-        ProfileEnumContext context{callback, lParam};
+        ProfileEnumContext context { callback, lParam };
         return Sys::EnumICMProfilesA(hdc, AtICMEnumFuncFromAToW, LPARAM(&context));
     });
 }

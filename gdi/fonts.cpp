@@ -41,7 +41,8 @@ AT_SYSTEM_FUNCTION(gdi32, PolyTextOutW, FALSE)
 AT_SYSTEM_FUNCTION(gdi32, PolyTextOutA, FALSE)
 AT_SYSTEM_FUNCTION(user32, CopyRect, FALSE)
 
-namespace {
+namespace
+{
 
 constexpr int LogFontSizeW = sizeof(LOGFONTW);
 constexpr int LogFontSizeA = sizeof(LOGFONTA);
@@ -61,8 +62,7 @@ struct FontEnumContext {
 // could not take them: each character is then asked for on its own, into its own
 // entry, as the W function answers. A wide range that runs backwards answers
 // ERROR_INVALID_PARAMETER without filling anything.
-template <typename T, typename CallA>
-BOOL CharRange(UINT first, UINT last, T* buf, CallA callA)
+template <typename T, typename CallA> BOOL CharRange(UINT first, UINT last, T* buf, CallA callA)
 {
     UINT firstA = AtWideCharToAnsiChar(first), lastA = AtWideCharToAnsiChar(last);
     bool fits = lastA < firstA || lastA - firstA <= last - first;
@@ -86,24 +86,27 @@ int CharBytes(const char* text)
     return IsDBCSLeadByte(static_cast<BYTE>(*text)) ? 2 : 1;
 }
 
-}  // namespace
+} // namespace
 
 int WINAPI AddFontResourceW(LPCWSTR file)
 {
-    return AtExport(Sys::AddFontResourceW, file).orAnsi(0, AtOutOfMemoryUntilCalled([=](AtSavedError& err) {
-        return err.keep(Sys::AddFontResourceA(AtAnsiTemp(file)));
-    }));
+    return AtExport(Sys::AddFontResourceW, file)
+        .orAnsi(0, AtOutOfMemoryUntilCalled([=](AtSavedError& err) {
+            return err.keep(Sys::AddFontResourceA(AtAnsiTemp(file)));
+        }));
 }
 
 BOOL WINAPI RemoveFontResourceW(LPCWSTR file)
 {
-    return AtExport(Sys::RemoveFontResourceW, file).orAnsi(FALSE, AtOutOfMemoryUntilCalled([=](AtSavedError& err) {
-        return err.keep(Sys::RemoveFontResourceA(AtAnsiTemp(file)));
-    }));
+    return AtExport(Sys::RemoveFontResourceW, file)
+        .orAnsi(FALSE, AtOutOfMemoryUntilCalled([=](AtSavedError& err) {
+            return err.keep(Sys::RemoveFontResourceA(AtAnsiTemp(file)));
+        }));
 }
 
 // Exported under this name, without the final W, as it always has been.
-BOOL WINAPI CreateScalableFontResource(DWORD hidden, LPCWSTR resourceFile, LPCWSTR fontFile, LPCWSTR currentPath)
+BOOL WINAPI CreateScalableFontResource(
+    DWORD hidden, LPCWSTR resourceFile, LPCWSTR fontFile, LPCWSTR currentPath)
 {
     return AtExport(Sys::CreateScalableFontResourceW, hidden, resourceFile, fontFile, currentPath)
         .orAnsi(FALSE, AtOutOfMemoryUntilCalled([=](AtSavedError& err) {
@@ -115,16 +118,16 @@ BOOL WINAPI CreateScalableFontResource(DWORD hidden, LPCWSTR resourceFile, LPCWS
         }));
 }
 
-HFONT WINAPI CreateFontW(int height, int width, int escapement, int orientation, int weight, DWORD italic,
-                         DWORD underline, DWORD strikeOut, DWORD charSet, DWORD outPrecision, DWORD clipPrecision,
-                         DWORD quality, DWORD pitchAndFamily, LPCWSTR face)
+HFONT WINAPI CreateFontW(int height, int width, int escapement, int orientation, int weight,
+    DWORD italic, DWORD underline, DWORD strikeOut, DWORD charSet, DWORD outPrecision,
+    DWORD clipPrecision, DWORD quality, DWORD pitchAndFamily, LPCWSTR face)
 {
-    return AtExport(Sys::CreateFontW, height, width, escapement, orientation, weight, italic, underline, strikeOut,
-                    charSet, outPrecision, clipPrecision, quality, pitchAndFamily, face)
+    return AtExport(Sys::CreateFontW, height, width, escapement, orientation, weight, italic,
+        underline, strikeOut, charSet, outPrecision, clipPrecision, quality, pitchAndFamily, face)
         .orAnsi(nullptr, AtOutOfMemoryUntilCalled([=](AtSavedError& err) {
-            return err.keep(Sys::CreateFontA(height, width, escapement, orientation, weight, italic, underline,
-                                             strikeOut, charSet, outPrecision, clipPrecision, quality,
-                                             pitchAndFamily, AtAnsiTemp(face)));
+            return err.keep(Sys::CreateFontA(height, width, escapement, orientation, weight, italic,
+                underline, strikeOut, charSet, outPrecision, clipPrecision, quality, pitchAndFamily,
+                AtAnsiTemp(face)));
         }));
 }
 
@@ -140,42 +143,47 @@ HFONT WINAPI CreateFontIndirectW(const LOGFONTW* font)
 }
 
 // The system hands each font as the extended records, whichever enumeration asked.
-int CALLBACK AtEnumFontProcFromAToW(const LOGFONTA* font, const TEXTMETRICA* metrics, DWORD type, LPARAM context)
+int CALLBACK AtEnumFontProcFromAToW(
+    const LOGFONTA* font, const TEXTMETRICA* metrics, DWORD type, LPARAM context)
 {
     ENUMLOGFONTEXW fontW;
     NEWTEXTMETRICEXW metricsW;
     AtEnumLogFontExAToW(reinterpret_cast<const ENUMLOGFONTEXA*>(font), &fontW);
     AtNewTextMetricExAToW(reinterpret_cast<const NEWTEXTMETRICEXA*>(metrics), &metricsW);
     auto* wide = reinterpret_cast<const FontEnumContext*>(context);
-    return wide->callback(&fontW.elfLogFont, reinterpret_cast<const TEXTMETRICW*>(&metricsW), type, wide->lParam);
+    return wide->callback(
+        &fontW.elfLogFont, reinterpret_cast<const TEXTMETRICW*>(&metricsW), type, wide->lParam);
 }
 
 int WINAPI EnumFontFamiliesW(HDC hdc, LPCWSTR family, FONTENUMPROCW callback, LPARAM lParam)
 {
-    return AtExport(Sys::EnumFontFamiliesW, hdc, family, callback, lParam).orAnsiWithoutSavedError(-1, [=] {
-        FontEnumContext context{callback, lParam};
-        return Sys::EnumFontFamiliesA(hdc, AtAnsiTemp(family), AtEnumFontProcFromAToW, LPARAM(&context));
-    });
+    return AtExport(Sys::EnumFontFamiliesW, hdc, family, callback, lParam)
+        .orAnsiWithoutSavedError(-1, [=] {
+            FontEnumContext context { callback, lParam };
+            return Sys::EnumFontFamiliesA(
+                hdc, AtAnsiTemp(family), AtEnumFontProcFromAToW, LPARAM(&context));
+        });
 }
 
-int WINAPI EnumFontFamiliesExW(HDC hdc, LPLOGFONTW filter, FONTENUMPROCW callback, LPARAM lParam, DWORD flags)
+int WINAPI EnumFontFamiliesExW(
+    HDC hdc, LPLOGFONTW filter, FONTENUMPROCW callback, LPARAM lParam, DWORD flags)
 {
-    return AtExport(Sys::EnumFontFamiliesExW, hdc, filter, callback, lParam, flags).orAnsiUnguarded([=] {
-        FontEnumContext context{callback, lParam};
-        LOGFONTA filterA;
-        if (filter)
-            AtLogFontWToA(&filterA, filter);
-        return Sys::EnumFontFamiliesExA(hdc, filter ? &filterA : nullptr, AtEnumFontProcFromAToW,
-                                        LPARAM(&context), flags);
-    });
+    return AtExport(Sys::EnumFontFamiliesExW, hdc, filter, callback, lParam, flags)
+        .orAnsiUnguarded([=] {
+            FontEnumContext context { callback, lParam };
+            LOGFONTA filterA;
+            if (filter)
+                AtLogFontWToA(&filterA, filter);
+            return Sys::EnumFontFamiliesExA(
+                hdc, filter ? &filterA : nullptr, AtEnumFontProcFromAToW, LPARAM(&context), flags);
+        });
 }
 
 BOOL WINAPI GetCharABCWidthsW(HDC hdc, UINT first, UINT last, LPABC widths)
 {
     return AtExport(Sys::GetCharABCWidthsW, hdc, first, last, widths).orAnsiUnguarded([=] {
-        return CharRange(first, last, widths, [=](UINT a, UINT b, LPABC out) {
-            return Sys::GetCharABCWidthsA(hdc, a, b, out);
-        });
+        return CharRange(first, last, widths,
+            [=](UINT a, UINT b, LPABC out) { return Sys::GetCharABCWidthsA(hdc, a, b, out); });
     });
 }
 
@@ -191,24 +199,22 @@ BOOL WINAPI GetCharABCWidthsFloatW(HDC hdc, UINT first, UINT last, LPABCFLOAT wi
 BOOL WINAPI GetCharWidth32W(HDC hdc, UINT first, UINT last, LPINT widths)
 {
     return AtExport(Sys::GetCharWidth32W, hdc, first, last, widths).orAnsiUnguarded([=] {
-        return CharRange(first, last, widths, [=](UINT a, UINT b, LPINT out) {
-            return Sys::GetCharWidth32A(hdc, a, b, out);
-        });
+        return CharRange(first, last, widths,
+            [=](UINT a, UINT b, LPINT out) { return Sys::GetCharWidth32A(hdc, a, b, out); });
     });
 }
 
 BOOL WINAPI GetCharWidthFloatW(HDC hdc, UINT first, UINT last, PFLOAT widths)
 {
     return AtExport(Sys::GetCharWidthFloatW, hdc, first, last, widths).orAnsiUnguarded([=] {
-        return CharRange(first, last, widths, [=](UINT a, UINT b, PFLOAT out) {
-            return Sys::GetCharWidthFloatA(hdc, a, b, out);
-        });
+        return CharRange(first, last, widths,
+            [=](UINT a, UINT b, PFLOAT out) { return Sys::GetCharWidthFloatA(hdc, a, b, out); });
     });
 }
 
 // The character code reaches the A function as it is.
-DWORD WINAPI GetGlyphOutlineW(HDC hdc, UINT c, UINT format, LPGLYPHMETRICS metrics, DWORD size, LPVOID buf,
-                              const MAT2* matrix)
+DWORD WINAPI GetGlyphOutlineW(HDC hdc, UINT c, UINT format, LPGLYPHMETRICS metrics, DWORD size,
+    LPVOID buf, const MAT2* matrix)
 {
     return AtExport(Sys::GetGlyphOutlineW, hdc, c, format, metrics, size, buf, matrix)
         .orAnsiUnconverted(Sys::GetGlyphOutlineA);
@@ -218,7 +224,8 @@ DWORD WINAPI GetGlyphOutlineW(HDC hdc, UINT c, UINT format, LPGLYPHMETRICS metri
 // function gives them.
 DWORD WINAPI GetKerningParisW(HDC hdc, DWORD count, LPKERNINGPAIR pairs)
 {
-    return AtExport(Sys::GetKerningPairsW, hdc, count, pairs).orAnsiUnconverted(Sys::GetKerningPairsA);
+    return AtExport(Sys::GetKerningPairsW, hdc, count, pairs)
+        .orAnsiUnconverted(Sys::GetKerningPairsA);
 }
 
 // Only a font is converted. Its answer is a whole LOGFONTW whatever room the caller
@@ -231,7 +238,7 @@ int WINAPI GetObjectW(HANDLE object, int size, LPVOID buf)
         if (!buf)
             return LogFontSizeW;
         if (size < LogFontSizeW) {
-            SetLastError(ERROR_OUT_OF_STRUCTURES);  // 84, what callers of this member test for
+            SetLastError(ERROR_OUT_OF_STRUCTURES); // 84, what callers of this member test for
             return 0;
         }
         LOGFONTA fontA;
@@ -245,8 +252,8 @@ int WINAPI GetObjectW(HANDLE object, int size, LPVOID buf)
 // The whole string is measured, up to its NUL, so `size` is the extent of all of
 // it; the fit and the partial extents count characters: a double-byte character
 // counts one and ends where its second byte does.
-BOOL WINAPI GetTextExtentExPointW(HDC hdc, LPCWSTR text, int count, int maxExtent, LPINT fit, LPINT extents,
-                                  LPSIZE size)
+BOOL WINAPI GetTextExtentExPointW(
+    HDC hdc, LPCWSTR text, int count, int maxExtent, LPINT fit, LPINT extents, LPSIZE size)
 {
     return AtExport(Sys::GetTextExtentExPointW, hdc, text, count, maxExtent, fit, extents, size)
         .orAnsi(FALSE, [=](AtSavedError& err) {
@@ -257,11 +264,12 @@ BOOL WINAPI GetTextExtentExPointW(HDC hdc, LPCWSTR text, int count, int maxExten
             extentsA.value = AtAlloc(length * sizeof(int));
             int* byteExtents = static_cast<int*>(extentsA.value);
             int fitBytes = 0;
-            BOOL r = err.keep(Sys::GetTextExtentExPointA(hdc, textA, length, maxExtent, &fitBytes, byteExtents, size));
+            BOOL r = err.keep(Sys::GetTextExtentExPointA(
+                hdc, textA, length, maxExtent, &fitBytes, byteExtents, size));
             int i = 0;
             for (int b = 0; i < count && b < fitBytes && b < length;) {
                 b += CharBytes(bytes + b);
-                int e = byteExtents[(b < length ? b : length) - 1];  // at the character's last byte
+                int e = byteExtents[(b < length ? b : length) - 1]; // at the character's last byte
                 if (e > maxExtent)
                     break;
                 if (extents)
@@ -279,14 +287,15 @@ BOOL WINAPI GetTextExtentExPointW(HDC hdc, LPCWSTR text, int count, int maxExten
 // terminator.
 int WINAPI GetTextFaceW(HDC hdc, int count, LPWSTR name)
 {
-    return AtExport(Sys::GetTextFaceW, hdc, count, name).orAnsi(0, AtOutOfMemoryUntilCalled([=](AtSavedError& err) {
-        if (!name)
-            return err.keep(Sys::GetTextFaceA(hdc, count, nullptr));
-        AtStringSlot nameA;
-        AtAllocEmptyAnsiOut(nameA, count);
-        err.keep(Sys::GetTextFaceA(hdc, int(AtHeapSize(nameA)), nameA));
-        return AtCountWithoutTerminator(AtAnsiToWideOut(nameA, name, count));
-    }));
+    return AtExport(Sys::GetTextFaceW, hdc, count, name)
+        .orAnsi(0, AtOutOfMemoryUntilCalled([=](AtSavedError& err) {
+            if (!name)
+                return err.keep(Sys::GetTextFaceA(hdc, count, nullptr));
+            AtStringSlot nameA;
+            AtAllocEmptyAnsiOut(nameA, count);
+            err.keep(Sys::GetTextFaceA(hdc, int(AtHeapSize(nameA)), nameA));
+            return AtCountWithoutTerminator(AtAnsiToWideOut(nameA, name, count));
+        }));
 }
 
 // The metrics are converted even when the A function failed, into whatever the
@@ -294,7 +303,7 @@ int WINAPI GetTextFaceW(HDC hdc, int count, LPWSTR name)
 BOOL WINAPI GetTextMetricsW(HDC hdc, LPTEXTMETRICW metrics)
 {
     return AtExport(Sys::GetTextMetricsW, hdc, metrics).orAnsi(FALSE, [=](AtSavedError& err) {
-        TEXTMETRICA metricsA{};
+        TEXTMETRICA metricsA {};
         BOOL r = err.keep(Sys::GetTextMetricsA(hdc, metrics ? &metricsA : nullptr));
         if (metrics)
             AtTextMetricAToW(&metricsA, metrics);
@@ -329,8 +338,10 @@ BOOL WINAPI PolyTextOutW(HDC hdc, const POLYTEXTW* texts, int count)
         char* p = area;
         for (int k = 0; k < count; ++k) {
             const int n = int(texts[k].n);
-            int room = WideCharToMultiByte(CP_ACP, 0, texts[k].lpstr, n, nullptr, 0, nullptr, nullptr);
-            int converted = WideCharToMultiByte(CP_ACP, 0, texts[k].lpstr, n, p, room, nullptr, nullptr);
+            int room
+                = WideCharToMultiByte(CP_ACP, 0, texts[k].lpstr, n, nullptr, 0, nullptr, nullptr);
+            int converted
+                = WideCharToMultiByte(CP_ACP, 0, texts[k].lpstr, n, p, room, nullptr, nullptr);
             textsA[k].lpstr = p;
             textsA[k].n = converted > 0 ? converted - 1 : converted;
             p += textsA[k].n;

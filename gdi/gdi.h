@@ -9,8 +9,7 @@
 // the allocator set it; once the A function has run, its own error is the one the
 // caller sees after the temporaries are freed. Every allocation of such a member
 // comes before its A call.
-template <typename Body>
-auto AtOutOfMemoryUntilCalled(Body body)
+template <typename Body> auto AtOutOfMemoryUntilCalled(Body body)
 {
     return [=](AtSavedError& err) {
         err.value = ERROR_OUTOFMEMORY;

@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-namespace {
+namespace
+{
 
 using harness::CodePage;
 
@@ -16,7 +17,10 @@ constexpr unsigned char Canary = 0xCC;
 
 // A record buffer of `size` bytes plus a canary tail, prefilled with the canary.
 struct Buffer {
-    explicit Buffer(std::size_t size) : bytes(size + 64, Canary) {}
+    explicit Buffer(std::size_t size)
+        : bytes(size + 64, Canary)
+    {
+    }
     template <typename T> T* as() { return reinterpret_cast<T*>(bytes.data()); }
     bool untouchedFrom(std::size_t from, std::size_t to) const
     {
@@ -41,9 +45,9 @@ template <typename T> void Pattern(T* p, std::size_t size)
 TEST(RecordsTest, DevModesCarryTheirFieldsAndPrivateBytes)
 {
     const struct {
-        WORD size;   // the source's dmSize
-        WORD extra;  // its dmDriverExtra
-    } cases[] = {{212, 0}, {212, 5}, {220, 16}, {188, 3}, {148, 0}, {156, 7}};
+        WORD size; // the source's dmSize
+        WORD extra; // its dmDriverExtra
+    } cases[] = { { 212, 0 }, { 212, 5 }, { 220, 16 }, { 188, 3 }, { 148, 0 }, { 156, 7 } };
     for (const auto& c : cases) {
         // Wide to ANSI, from a source of 220 + extra bytes (room for any dmSize above).
         Buffer src(220 + c.extra), dst(148 + c.extra);
@@ -63,10 +67,11 @@ TEST(RecordsTest, DevModesCarryTheirFieldsAndPrivateBytes)
         EXPECT_EQ(a->dmDriverVersion, w->dmDriverVersion);
         EXPECT_EQ(a->dmFields, w->dmFields);
         EXPECT_EQ(0, memcmp(&a->dmOrientation, &w->dmOrientation, 13 * sizeof(WORD)));
-        EXPECT_EQ(a->dmPosition.x, w->dmPosition.x);  // the display reading passes as words
+        EXPECT_EQ(a->dmPosition.x, w->dmPosition.x); // the display reading passes as words
         EXPECT_EQ(a->dmLogPixels, w->dmLogPixels);
         EXPECT_EQ(0, memcmp(&a->dmBitsPerPel, &w->dmBitsPerPel, 9 * sizeof(DWORD)));
-        EXPECT_TRUE(dst.untouchedFrom(offsetof(DEVMODEA, dmReserved1), offsetof(DEVMODEA, dmReserved2) + 4));
+        EXPECT_TRUE(dst.untouchedFrom(
+            offsetof(DEVMODEA, dmReserved1), offsetof(DEVMODEA, dmReserved2) + 4));
         EXPECT_EQ(0, memcmp(dst.bytes.data() + 148, src.bytes.data() + 212, c.extra)) << c.size;
         EXPECT_TRUE(dst.untouchedFrom(148 + c.extra, dst.bytes.size())) << "past the record";
 
@@ -80,7 +85,8 @@ TEST(RecordsTest, DevModesCarryTheirFieldsAndPrivateBytes)
         EXPECT_EQ(w2->dmDriverExtra, c.extra);
         EXPECT_EQ(0, memcmp(&w2->dmOrientation, &w->dmOrientation, 13 * sizeof(WORD)));
         EXPECT_EQ(0, memcmp(&w2->dmBitsPerPel, &w->dmBitsPerPel, 9 * sizeof(DWORD)));
-        EXPECT_TRUE(back.untouchedFrom(offsetof(DEVMODEW, dmReserved1), offsetof(DEVMODEW, dmReserved2) + 4));
+        EXPECT_TRUE(back.untouchedFrom(
+            offsetof(DEVMODEW, dmReserved1), offsetof(DEVMODEW, dmReserved2) + 4));
         EXPECT_EQ(0, memcmp(back.bytes.data() + 212, src.bytes.data() + 212, c.extra));
         EXPECT_TRUE(back.untouchedFrom(212 + c.extra, back.bytes.size())) << "past the record";
     }
@@ -94,8 +100,9 @@ TEST(RecordsTest, TextMetricsConvertEachCharacterAlone)
 {
     const struct {
         BYTE byte;
-        WCHAR in1252, in932;  // 0: the destination keeps its value
-    } cases[] = {{'A', L'A', L'A'}, {0x20, 0x20, 0x20}, {0xE9, 0xE9, 0}, {0x88, 0x02C6, 0}, {0xB1, 0xB1, 0xFF71}};
+        WCHAR in1252, in932; // 0: the destination keeps its value
+    } cases[] = { { 'A', L'A', L'A' }, { 0x20, 0x20, 0x20 }, { 0xE9, 0xE9, 0 }, { 0x88, 0x02C6, 0 },
+        { 0xB1, 0xB1, 0xFF71 } };
     for (const auto& c : cases) {
         TEXTMETRICA a;
         Pattern(&a, sizeof a);
@@ -109,7 +116,7 @@ TEST(RecordsTest, TextMetricsConvertEachCharacterAlone)
             expected = kept;
             MultiByteToWideChar(CP_ACP, 0, reinterpret_cast<const char*>(&c.byte), 1, &expected, 1);
         }
-        for (WCHAR field : {w->tmFirstChar, w->tmLastChar, w->tmDefaultChar, w->tmBreakChar})
+        for (WCHAR field : { w->tmFirstChar, w->tmLastChar, w->tmDefaultChar, w->tmBreakChar })
             EXPECT_EQ(field, expected) << int(c.byte);
         EXPECT_EQ(0, memcmp(w, &a, offsetof(TEXTMETRICA, tmFirstChar)));
         EXPECT_EQ(w->tmItalic, a.tmItalic);
@@ -144,12 +151,11 @@ TEST(RecordsTest, FontDescriptionsStayWithinTheirNames)
     harness::GuardPage guard;
     const std::wstring text = harness::NonAsciiText();
     const struct {
-        std::wstring face;   // 32 characters: no terminator in the record
-        std::string faceA;   // what the ANSI record holds
+        std::wstring face; // 32 characters: no terminator in the record
+        std::string faceA; // what the ANSI record holds
     } cases[] = {
-        {L"Arial", "Arial"},
-        {text, harness::ToAnsi(text)},
-        {std::wstring(32, L'F'), std::string(31, 'F')},  // cut before the record's end
+        { L"Arial", "Arial" }, { text, harness::ToAnsi(text) },
+        { std::wstring(32, L'F'), std::string(31, 'F') }, // cut before the record's end
     };
     for (const auto& c : cases) {
         // The wide record ends at a no-access page, so reading past its name faults.
@@ -160,7 +166,8 @@ TEST(RecordsTest, FontDescriptionsStayWithinTheirNames)
         w->lfItalic = 1;
         w->lfCharSet = 0x80;
         w->lfPitchAndFamily = 0x31;
-        memcpy(w->lfFaceName, c.face.data(), std::min<std::size_t>(c.face.size() + 1, 32) * sizeof(WCHAR));
+        memcpy(w->lfFaceName, c.face.data(),
+            std::min<std::size_t>(c.face.size() + 1, 32) * sizeof(WCHAR));
         LOGFONTA a;
         memset(&a, Canary, sizeof a);
         EXPECT_EQ(AtLogFontWToA(&a, w), &a);
@@ -198,4 +205,4 @@ TEST(RecordsTest, FontDescriptionsStayWithinTheirNames)
     EXPECT_STREQ(reinterpret_cast<WCHAR*>(ew.elfScript), L"Western");
 }
 
-}  // namespace
+} // namespace

@@ -11,9 +11,12 @@ using namespace harness;
 using std::string;
 using std::wstring;
 
-namespace {
+namespace
+{
 
-class DcTest : public TorwenTest {};
+class DcTest : public TorwenTest
+{
+};
 
 // A metafile recorded to a file keeps its description: both parts on the W path,
 // the application's name alone (and an empty title) on the ANSI path.
@@ -67,11 +70,11 @@ TEST_F(DcTest, DeviceContextsGetAConvertedDeviceMode)
         if (!devMode)
             return;
         auto* dm = static_cast<const DEVMODEA*>(devMode);
-        seen.push_back(string(reinterpret_cast<const char*>(dm->dmDeviceName)) + " " + std::to_string(dm->dmSize) +
-                       " " + std::to_string(dm->dmDriverExtra) + " " +
-                       string(reinterpret_cast<const char*>(dm) + 148, dm->dmDriverExtra).substr(0, 3));
+        seen.push_back(string(reinterpret_cast<const char*>(dm->dmDeviceName)) + " "
+            + std::to_string(dm->dmSize) + " " + std::to_string(dm->dmDriverExtra) + " "
+            + string(reinterpret_cast<const char*>(dm) + 148, dm->dmDriverExtra).substr(0, 3));
     };
-    const int extras[] = {0, 3, 4000};
+    const int extras[] = { 0, 3, 4000 };
     for (int extra : extras) {
         std::vector<BYTE> block(212 + extra + 16, 0);
         auto* dm = reinterpret_cast<DEVMODEW*>(block.data());
@@ -92,16 +95,18 @@ TEST_F(DcTest, DeviceContextsGetAConvertedDeviceMode)
             HeapLog log;
             DeleteDC(CreateDCW(L"DISPLAY", nullptr, L"ignored", dm));
             DeleteDC(CreateICW(L"DISPLAY", nullptr, L"ignored", dm));
-            EXPECT_EQ(log.allocationSizes(), (std::vector<SIZE_T>{8, SIZE_T(148 + extra), 8, SIZE_T(148 + extra)}));
-            const string converted = "Screen 148 " + std::to_string(extra) + " " + string("xyz", extra < 3 ? extra : 3);
-            EXPECT_EQ(seen, (std::vector<string>{"(null)", converted, "(null)", converted}));
+            EXPECT_EQ(log.allocationSizes(),
+                (std::vector<SIZE_T> { 8, SIZE_T(148 + extra), 8, SIZE_T(148 + extra) }));
+            const string converted = "Screen 148 " + std::to_string(extra) + " "
+                + string("xyz", extra < 3 ? extra : 3);
+            EXPECT_EQ(seen, (std::vector<string> { "(null)", converted, "(null)", converted }));
         } else {
             TW_HOOK(dcW, CreateDCW, [&](LPCWSTR d, LPCWSTR dev, LPCWSTR out, const DEVMODEW* m) {
                 seen.push_back(out ? "output" : "(null)");
                 return dcW.real(d, dev, out, m ? nullptr : m);
             });
             DeleteDC(CreateDCW(L"DISPLAY", nullptr, L"ignored", dm));
-            EXPECT_EQ(seen, std::vector<string>{"(null)"});
+            EXPECT_EQ(seen, std::vector<string> { "(null)" });
         }
     }
 }
@@ -112,22 +117,23 @@ TEST_F(DcTest, DocumentsGoAsAnsiRecords)
     if (!AnsiPath())
         GTEST_SKIP() << "the W path hands the record through";
     HDC dc = CreateCompatibleDC(nullptr);
-    StartDocW(dc, nullptr);  // binds the A function
+    StartDocW(dc, nullptr); // binds the A function
     std::vector<string> seen;
     TW_HOOK(startA, StartDocA, [&](HDC, const DOCINFOA* doc) {
-        seen = {std::to_string(doc->cbSize), doc->lpszDocName, doc->lpszOutput ? doc->lpszOutput : "(null)",
-                doc->lpszDatatype ? doc->lpszDatatype : "(null)", std::to_string(doc->fwType)};
+        seen = { std::to_string(doc->cbSize), doc->lpszDocName,
+            doc->lpszOutput ? doc->lpszOutput : "(null)",
+            doc->lpszDatatype ? doc->lpszDatatype : "(null)", std::to_string(doc->fwType) };
         SetLastError(77);
         return 7;
     });
     const wstring name = L"Doc " + NonAsciiText();
-    DOCINFOW doc = {20, name.c_str(), nullptr, L"RAW", 1};
+    DOCINFOW doc = { 20, name.c_str(), nullptr, L"RAW", 1 };
     EXPECT_EQ(StartDocW(dc, &doc), 7);
     EXPECT_EQ(GetLastError(), 77u);
-    EXPECT_EQ(seen, (std::vector<string>{"20", ToAnsi(name), "(null)", "RAW", "1"}));
-    doc.cbSize = 12;  // the layout without data type and flags
+    EXPECT_EQ(seen, (std::vector<string> { "20", ToAnsi(name), "(null)", "RAW", "1" }));
+    doc.cbSize = 12; // the layout without data type and flags
     EXPECT_EQ(StartDocW(dc, &doc), 7);
-    EXPECT_EQ(seen, (std::vector<string>{"12", ToAnsi(name), "(null)", "(null)", "0"}));
+    EXPECT_EQ(seen, (std::vector<string> { "12", ToAnsi(name), "(null)", "(null)", "0" }));
     DeleteDC(dc);
 }
 
@@ -147,10 +153,13 @@ int CALLBACK CollectProfile(LPWSTR name, LPARAM lParam)
 // 0 from it ends the enumeration. The adapter works the same on both paths.
 TEST_F(DcTest, ProfileEnumerationCallsTheWideCallback)
 {
-    const string names[] = {"a.icm", ToAnsi(NonAsciiText() + L".icm"), "c.icm"};
-    const std::vector<wstring> wide = {L"a.icm", NonAsciiText() + L".icm", L"c.icm"};
+    const string names[] = { "a.icm", ToAnsi(NonAsciiText() + L".icm"), "c.icm" };
+    const std::vector<wstring> wide = { L"a.icm", NonAsciiText() + L".icm", L"c.icm" };
     Profiles direct;
-    struct { ICMENUMPROCW callback; LPARAM lParam; } context = {CollectProfile, LPARAM(&direct)};
+    struct {
+        ICMENUMPROCW callback;
+        LPARAM lParam;
+    } context = { CollectProfile, LPARAM(&direct) };
     for (const string& n : names)
         AtICMEnumFuncFromAToW(const_cast<LPSTR>(n.c_str()), LPARAM(&context));
     EXPECT_EQ(direct.names, wide);
@@ -159,7 +168,7 @@ TEST_F(DcTest, ProfileEnumerationCallsTheWideCallback)
 
     HDC dc = CreateCompatibleDC(nullptr);
     Profiles all;
-    EnumICMProfilesW(dc, CollectProfile, LPARAM(&all));  // binds the A function
+    EnumICMProfilesW(dc, CollectProfile, LPARAM(&all)); // binds the A function
     all.names.clear();
     TW_HOOK(enumA, EnumICMProfilesA, [&](HDC, ICMENUMPROCA callback, LPARAM lParam) {
         int r = 1;
@@ -178,7 +187,7 @@ TEST_F(DcTest, ProfileEnumerationCallsTheWideCallback)
     // The profile's name: the A function is told the heap size; the caller's size stays.
     WCHAR file[8];
     DWORD size = 8;
-    GetICMProfileW(dc, &size, file);  // binds the A function
+    GetICMProfileW(dc, &size, file); // binds the A function
     std::vector<DWORD> told;
     TW_HOOK(getA, GetICMProfileA, [&](HDC, LPDWORD n, LPSTR buf) {
         told.push_back(*n);
@@ -189,7 +198,7 @@ TEST_F(DcTest, ProfileEnumerationCallsTheWideCallback)
     EXPECT_TRUE(GetICMProfileW(dc, &size, file));
     EXPECT_STREQ(file, L"p.icm");
     EXPECT_EQ(size, 8u);
-    EXPECT_EQ(told, std::vector<DWORD>{8u * (CodePage() == 932 ? 2 : 1)});
+    EXPECT_EQ(told, std::vector<DWORD> { 8u * (CodePage() == 932 ? 2 : 1) });
     DeleteDC(dc);
 }
 
@@ -200,23 +209,35 @@ TEST_F(DcTest, EachAllocationFailureAnswersTheFailureValue)
     HDC dc = CreateCompatibleDC(nullptr);
     HDC recorder = CreateEnhMetaFileW(nullptr, nullptr, nullptr, nullptr);
     HENHMETAFILE emf = CloseEnhMetaFile(recorder);
-    DEVMODEW dm{};
+    DEVMODEW dm {};
     dm.dmSize = 212;
-    DOCINFOW doc = {20, L"doc", nullptr, nullptr, 0};
+    DOCINFOW doc = { 20, L"doc", nullptr, nullptr, 0 };
     WCHAR buf[64];
     DWORD size = 64;
-    const struct { const char* name; int allocations; DWORD failure, error; std::function<DWORD()> call; } cases[] = {
-        {"CreateDCW", 3, 0, 14, [&] { return DWORD(UINT_PTR(CreateDCW(L"x", L"y", nullptr, &dm))); }},
-        {"CreateICW", 2, 0, 14, [&] { return DWORD(UINT_PTR(CreateICW(L"x", L"y", nullptr, nullptr))); }},
-        {"StartDocW", 1, 0, 0, [&] { return DWORD(StartDocW(nullptr, &doc)); }},
-        {"CopyMetaFileW", 1, 0, 0, [&] { return DWORD(UINT_PTR(CopyMetaFileW(nullptr, L"x.wmf"))); }},
-        {"CopyEnhMetaFileW", 1, 0, 0, [&] { return DWORD(UINT_PTR(CopyEnhMetaFileW(nullptr, L"x.emf"))); }},
-        {"GetMetaFileW", 1, 0, 14, [&] { return DWORD(UINT_PTR(GetMetaFileW(L"x.wmf"))); }},
-        {"GetEnhMetaFileW", 1, 0, 14, [&] { return DWORD(UINT_PTR(GetEnhMetaFileW(L"x.emf"))); }},
-        {"CreateEnhMetaFileW", 2, 0, 14, [&] { return DWORD(UINT_PTR(CreateEnhMetaFileW(nullptr, L"x.emf", nullptr, L"d"))); }},
-        {"GetEnhMetaFileDescriptionW", 1, DWORD(-1), 14, [&] { return GetEnhMetaFileDescriptionW(emf, 64, buf); }},
-        {"GetICMProfileW", 1, 0, 14, [&] { return DWORD(GetICMProfileW(dc, &size, buf)); }},
-        {"SetICMProfileW", 1, 0, 14, [&] { return DWORD(SetICMProfileW(dc, const_cast<LPWSTR>(L"x.icm"))); }},
+    const struct {
+        const char* name;
+        int allocations;
+        DWORD failure, error;
+        std::function<DWORD()> call;
+    } cases[] = {
+        { "CreateDCW", 3, 0, 14,
+            [&] { return DWORD(UINT_PTR(CreateDCW(L"x", L"y", nullptr, &dm))); } },
+        { "CreateICW", 2, 0, 14,
+            [&] { return DWORD(UINT_PTR(CreateICW(L"x", L"y", nullptr, nullptr))); } },
+        { "StartDocW", 1, 0, 0, [&] { return DWORD(StartDocW(nullptr, &doc)); } },
+        { "CopyMetaFileW", 1, 0, 0,
+            [&] { return DWORD(UINT_PTR(CopyMetaFileW(nullptr, L"x.wmf"))); } },
+        { "CopyEnhMetaFileW", 1, 0, 0,
+            [&] { return DWORD(UINT_PTR(CopyEnhMetaFileW(nullptr, L"x.emf"))); } },
+        { "GetMetaFileW", 1, 0, 14, [&] { return DWORD(UINT_PTR(GetMetaFileW(L"x.wmf"))); } },
+        { "GetEnhMetaFileW", 1, 0, 14, [&] { return DWORD(UINT_PTR(GetEnhMetaFileW(L"x.emf"))); } },
+        { "CreateEnhMetaFileW", 2, 0, 14,
+            [&] { return DWORD(UINT_PTR(CreateEnhMetaFileW(nullptr, L"x.emf", nullptr, L"d"))); } },
+        { "GetEnhMetaFileDescriptionW", 1, DWORD(-1), 14,
+            [&] { return GetEnhMetaFileDescriptionW(emf, 64, buf); } },
+        { "GetICMProfileW", 1, 0, 14, [&] { return DWORD(GetICMProfileW(dc, &size, buf)); } },
+        { "SetICMProfileW", 1, 0, 14,
+            [&] { return DWORD(SetICMProfileW(dc, const_cast<LPWSTR>(L"x.icm"))); } },
     };
     for (const auto& c : cases) {
         int runs = SweepAllocationFailures([&](int k) {
@@ -231,4 +252,4 @@ TEST_F(DcTest, EachAllocationFailureAnswersTheFailureValue)
     DeleteDC(dc);
 }
 
-}  // namespace
+} // namespace

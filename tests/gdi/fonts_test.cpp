@@ -14,27 +14,30 @@ using namespace harness;
 using std::string;
 using std::wstring;
 
-namespace {
-
-template <typename Fn>
-Fn SystemGdi(const char* name)
+namespace
 {
-    return reinterpret_cast<Fn>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("gdi32.dll"), name)));
+
+template <typename Fn> Fn SystemGdi(const char* name)
+{
+    return reinterpret_cast<Fn>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("gdi32.dll"), name)));
 }
 
 // A 24-bit memory bitmap with a font of the platform selected.
-class FontsTest : public TorwenTest {
+class FontsTest : public TorwenTest
+{
 protected:
     void SetUp() override
     {
         TorwenTest::SetUp();
         dc = CreateCompatibleDC(nullptr);
-        BITMAPINFO info{};
-        info.bmiHeader = {sizeof(BITMAPINFOHEADER), Width, -Height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-        bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, reinterpret_cast<void**>(&pixels), nullptr, 0);
+        BITMAPINFO info {};
+        info.bmiHeader = { sizeof(BITMAPINFOHEADER), Width, -Height, 1, 32, BI_RGB, 0, 0, 0, 0, 0 };
+        bitmap = CreateDIBSection(
+            dc, &info, DIB_RGB_COLORS, reinterpret_cast<void**>(&pixels), nullptr, 0);
         SelectObject(dc, bitmap);
-        font = CreateFontA(-16, 0, 0, 0, FW_NORMAL, 0, 0, 0, DEFAULT_CHARSET, 0, 0, NONANTIALIASED_QUALITY, 0,
-                           "DejaVu Sans");
+        font = CreateFontA(-16, 0, 0, 0, FW_NORMAL, 0, 0, 0, DEFAULT_CHARSET, 0, 0,
+            NONANTIALIASED_QUALITY, 0, "DejaVu Sans");
         SelectObject(dc, font);
     }
     void TearDown() override
@@ -44,7 +47,10 @@ protected:
         DeleteObject(font);
         TorwenTest::TearDown();
     }
-    std::vector<DWORD> Pixels() const { return std::vector<DWORD>(pixels, pixels + Width * Height); }
+    std::vector<DWORD> Pixels() const
+    {
+        return std::vector<DWORD>(pixels, pixels + Width * Height);
+    }
     void Clear() { PatBlt(dc, 0, 0, Width, Height, WHITENESS); }
 
     static constexpr int Width = 160, Height = 60;
@@ -58,14 +64,14 @@ protected:
 // whole LOGFONTW for a font and tells its size without asking the system.
 TEST_F(FontsTest, FontsRoundTripTheirFaceNames)
 {
-    LOGFONTW lf{};
+    LOGFONTW lf {};
     lf.lfHeight = -14;
     lf.lfWeight = FW_BOLD;
     lf.lfCharSet = DEFAULT_CHARSET;
     const wstring face = NonAsciiText() + L" Sans";
     wcscpy(lf.lfFaceName, face.c_str());
-    const HFONT fonts[] = {CreateFontIndirectW(&lf),
-                           CreateFontW(-14, 0, 0, 0, FW_BOLD, 0, 0, 0, DEFAULT_CHARSET, 0, 0, 0, 0, face.c_str())};
+    const HFONT fonts[] = { CreateFontIndirectW(&lf),
+        CreateFontW(-14, 0, 0, 0, FW_BOLD, 0, 0, 0, DEFAULT_CHARSET, 0, 0, 0, 0, face.c_str()) };
     for (HFONT f : fonts) {
         ASSERT_NE(f, nullptr);
         LOGFONTW back;
@@ -74,13 +80,17 @@ TEST_F(FontsTest, FontsRoundTripTheirFaceNames)
         EXPECT_EQ(back.lfHeight, -14);
         EXPECT_EQ(back.lfWeight, FW_BOLD);
         EXPECT_EQ(wstring(back.lfFaceName), face);
-        struct { LOGFONTW lf; BYTE more[8]; } large;
+        struct {
+            LOGFONTW lf;
+            BYTE more[8];
+        } large;
         memset(&large, 0xCC, sizeof large);
         EXPECT_EQ(GetObjectW(f, sizeof large, &large), 92);
         EXPECT_EQ(large.more[0], 0xCC);
         EXPECT_EQ(GetObjectW(f, 0, nullptr), 92);
         if (AnsiPath()) {
-            TW_HOOK(getA, GetObjectA, [&](HANDLE h, int n, LPVOID p) { return getA.real(h, n, p); });
+            TW_HOOK(
+                getA, GetObjectA, [&](HANDLE h, int n, LPVOID p) { return getA.real(h, n, p); });
             EXPECT_EQ(GetObjectW(f, 0, nullptr), 92);
             EXPECT_EQ(getA.calls, 0);
             SetLastError(0);
@@ -128,7 +138,7 @@ int CALLBACK Collect(const LOGFONTW* lf, const TEXTMETRICW* tm, DWORD, LPARAM lP
 TEST_F(FontsTest, EnumerationsCallTheWideCallback)
 {
     auto systemEx = SystemGdi<decltype(&EnumFontFamiliesExW)>("EnumFontFamiliesExW");
-    LOGFONTW filter{};
+    LOGFONTW filter {};
     filter.lfCharSet = DEFAULT_CHARSET;
     Seen expected, ex, families, stopped;
     systemEx(dc, &filter, Collect, LPARAM(&expected), 0);
@@ -153,23 +163,27 @@ TEST_F(FontsTest, ExtentsCountCharacters)
     auto systemW = SystemGdi<decltype(&GetTextExtentExPointW)>("GetTextExtentExPointW");
     std::vector<int> byteExtents;
     auto hookA = [&](HDC h, LPCSTR s, int n, int max, LPINT fit, LPINT ext, LPSIZE size) {
-        BOOL r = SystemGdi<decltype(&GetTextExtentExPointA)>("GetTextExtentExPointA")(h, s, n, max, fit, ext, size);
+        BOOL r = SystemGdi<decltype(&GetTextExtentExPointA)>("GetTextExtentExPointA")(
+            h, s, n, max, fit, ext, size);
         byteExtents.assign(ext, ext + *fit);
         return r;
     };
     SIZE warm;
-    GetTextExtentExPointW(dc, L"a", 1, 0, nullptr, nullptr, &warm);  // binds the A function
+    GetTextExtentExPointW(dc, L"a", 1, 0, nullptr, nullptr, &warm); // binds the A function
     std::optional<harness::Hook<decltype(&GetTextExtentExPointA)>> hook;
     if (AnsiPath())
         hook.emplace("GetTextExtentExPointA", hookA);
     const wstring text = L"ab" + NonAsciiText() + L"cd";
     const string textA = ToAnsi(text);
-    struct { int count, maxExtent; } cases[] = {{int(text.size()), 1000}, {3, 1000}, {int(text.size()), 25}, {0, 1000}};
+    struct {
+        int count, maxExtent;
+    } cases[] = { { int(text.size()), 1000 }, { 3, 1000 }, { int(text.size()), 25 }, { 0, 1000 } };
     for (const auto& c : cases) {
         int fit = -1, extents[16], fitW = -1, extentsW[16];
-        SIZE size{}, sizeW{};
+        SIZE size {}, sizeW {};
         memset(extents, 0xCC, sizeof extents);
-        ASSERT_TRUE(GetTextExtentExPointW(dc, text.c_str(), c.count, c.maxExtent, &fit, extents, &size));
+        ASSERT_TRUE(
+            GetTextExtentExPointW(dc, text.c_str(), c.count, c.maxExtent, &fit, extents, &size));
         systemW(dc, text.c_str(), c.count, c.maxExtent, &fitW, extentsW, &sizeW);
         EXPECT_LE(fit, c.count);
         EXPECT_EQ(extents[c.count], int(0xCCCCCCCC)) << "no extent past the count";
@@ -184,9 +198,10 @@ TEST_F(FontsTest, ExtentsCountCharacters)
             b += IsDBCSLeadByte(BYTE(textA[b])) ? 2 : 1;
             EXPECT_EQ(extents[i], byteExtents[b - 1]) << "character " << i;
         }
-        if (CodePage() == 1252) {  // one byte a character: the same answer as the W function's
+        if (CodePage() == 1252) { // one byte a character: the same answer as the W function's
             EXPECT_EQ(fit, fitW);
-            EXPECT_EQ(std::vector<int>(extents, extents + fit), std::vector<int>(extentsW, extentsW + fitW));
+            EXPECT_EQ(std::vector<int>(extents, extents + fit),
+                std::vector<int>(extentsW, extentsW + fitW));
         } else {
             // Wine measures an ANSI string in the font's code page (1252 for the only
             // fonts here), so only the count of characters is the W function's.
@@ -210,34 +225,37 @@ TEST_F(FontsTest, WhatTheAFunctionsReceive)
     ABC warmAbc[4];
     GetCharWidth32W(dc, 'a', 'a', warm);
     GetCharABCWidthsW(dc, 'a', 'a', warmAbc);
-    POLYTEXTW one = {0, 0, 1, L"a", 0, {}, nullptr};
+    POLYTEXTW one = { 0, 0, 1, L"a", 0, {}, nullptr };
     PolyTextOutW(dc, &one, 1);
     std::vector<UINT> codes;
     // Wine refuses codes beyond 0xFF (sign-extended bytes): the A functions answer
     // here without it, so that every code asked for is seen.
     TW_HOOK(widthA, GetCharWidth32A, [&](HDC, UINT a, UINT b, LPINT) {
-        codes.insert(codes.end(), {a, b});
+        codes.insert(codes.end(), { a, b });
         return TRUE;
     });
     TW_HOOK(abcA, GetCharABCWidthsA, [&](HDC, UINT a, UINT b, LPABC) {
-        codes.insert(codes.end(), {a, b});
+        codes.insert(codes.end(), { a, b });
         return TRUE;
     });
     const bool western = CodePage() == 1252;
     const struct {
         UINT first, last;
-        std::vector<UINT> seen;  // the codes the A function was asked for
+        std::vector<UINT> seen; // the codes the A function was asked for
     } cases[] = {
-        {'a', 'c', {'a', 'c'}},
-        {0xE9, 0xE9, western ? std::vector<UINT>{0xFFFFFFE9, 0xFFFFFFE9} : std::vector<UINT>{'e', 'e'}},
+        { 'a', 'c', { 'a', 'c' } },
+        { 0xE9, 0xE9,
+            western ? std::vector<UINT> { 0xFFFFFFE9, 0xFFFFFFE9 }
+                    : std::vector<UINT> { 'e', 'e' } },
         // Cyrillic: the default character of 1252, two bytes (so 0) in 932.
-        {0x0416, 0x0416, western ? std::vector<UINT>{'?', '?'} : std::vector<UINT>{0, 0}},
+        { 0x0416, 0x0416, western ? std::vector<UINT> { '?', '?' } : std::vector<UINT> { 0, 0 } },
         // Two wide characters whose bytes lie 16 apart: asked for one by one.
-        {0x0152, 0x0153, western ? std::vector<UINT>{0xFFFFFF8C, 0xFFFFFF8C, 0xFFFFFF9C, 0xFFFFFF9C}
-                                 : std::vector<UINT>{'?', '?'}},
+        { 0x0152, 0x0153,
+            western ? std::vector<UINT> { 0xFFFFFF8C, 0xFFFFFF8C, 0xFFFFFF9C, 0xFFFFFF9C }
+                    : std::vector<UINT> { '?', '?' } },
     };
     for (const auto& c : cases) {
-        int widths[4] = {0, 0, 0, -7};
+        int widths[4] = { 0, 0, 0, -7 };
         ABC abc[4];
         codes.clear();
         GetCharWidth32W(dc, c.first, c.last, widths);
@@ -259,20 +277,23 @@ TEST_F(FontsTest, WhatTheAFunctionsReceive)
         return polyA.real(h, t, n);
     });
     const wstring second = NonAsciiText() + L"yz";
-    POLYTEXTW texts[3] = {{0, 0, 3, L"abc", 0, {}, nullptr}, {0, 20, UINT(second.size()), second.c_str(), 0, {}, nullptr},
-                          {0, 40, 0, L"", 0, {}, nullptr}};
+    POLYTEXTW texts[3] = { { 0, 0, 3, L"abc", 0, {}, nullptr },
+        { 0, 20, UINT(second.size()), second.c_str(), 0, {}, nullptr },
+        { 0, 40, 0, L"", 0, {}, nullptr } };
     HeapLog log;
     EXPECT_TRUE(PolyTextOutW(dc, texts, 3));
     const string secondA = ToAnsi(second);
-    EXPECT_EQ(strings, (std::vector<std::string>{"ab", secondA.substr(0, secondA.size() - 1), ""}));
-    EXPECT_EQ(log.allocationSizes(), (std::vector<SIZE_T>{120, (3 + second.size()) * SIZE_T(CodePage() == 932 ? 2 : 1) + 3}));
+    EXPECT_EQ(
+        strings, (std::vector<std::string> { "ab", secondA.substr(0, secondA.size() - 1), "" }));
+    EXPECT_EQ(log.allocationSizes(),
+        (std::vector<SIZE_T> { 120, (3 + second.size()) * SIZE_T(CodePage() == 932 ? 2 : 1) + 3 }));
     EXPECT_EQ(polyA.calls, 1);
     EXPECT_FALSE(PolyTextOutW(dc, texts, 0));
     EXPECT_FALSE(PolyTextOutW(dc, texts, -1));
     EXPECT_EQ(polyA.calls, 1);
 
     // Without a buffer the face name's length is counted in ANSI bytes.
-    LOGFONTW lf{};
+    LOGFONTW lf {};
     lf.lfHeight = -12;
     wcscpy(lf.lfFaceName, L"DejaVu Serif");
     HFONT f = CreateFontIndirectW(&lf);
@@ -296,16 +317,18 @@ TEST_F(FontsTest, PolyTextOutDrawsLikeTextOut)
 {
     // Wine draws an ANSI string in the font's code page (1252 for the only fonts
     // here), so under 932 the words stay within ASCII.
-    const wstring words[] = {L"Hello", (CodePage() == 1252 ? NonAsciiText() : L"Wide ") + L"World"};
+    const wstring words[]
+        = { L"Hello", (CodePage() == 1252 ? NonAsciiText() : L"Wide ") + L"World" };
     POLYTEXTW texts[2];
     for (int k = 0; k < 2; ++k)
-        texts[k] = {4, 4 + 28 * k, UINT(words[k].size()), words[k].c_str(), 0, {}, nullptr};
+        texts[k] = { 4, 4 + 28 * k, UINT(words[k].size()), words[k].c_str(), 0, {}, nullptr };
     Clear();
     ASSERT_TRUE(PolyTextOutW(dc, texts, 2));
     const std::vector<DWORD> drawn = Pixels();
     Clear();
     for (int k = 0; k < 2; ++k)
-        TextOutW(dc, texts[k].x, texts[k].y, words[k].c_str(), int(words[k].size()) - (AnsiPath() ? 1 : 0));
+        TextOutW(dc, texts[k].x, texts[k].y, words[k].c_str(),
+            int(words[k].size()) - (AnsiPath() ? 1 : 0));
     const std::vector<DWORD> expected = Pixels();
     EXPECT_TRUE(drawn == expected);
     EXPECT_NE(std::count(drawn.begin(), drawn.end(), 0u), 0) << "something was drawn";
@@ -320,14 +343,26 @@ TEST_F(FontsTest, EachAllocationFailureAnswersTheFailureValue)
     int fit, extents[8];
     SIZE size;
     Seen seen;
-    const struct { const char* name; int allocations; DWORD failure, error; std::function<DWORD()> call; } cases[] = {
-        {"AddFontResourceW", 1, 0, 14, [] { return DWORD(AddFontResourceW(L"missing.ttf")); }},
-        {"RemoveFontResourceW", 1, 0, 14, [] { return DWORD(RemoveFontResourceW(L"missing.ttf")); }},
-        {"CreateScalableFontResource", 3, 0, 14, [] { return DWORD(CreateScalableFontResource(0, L"a.fot", L"a.ttf", L"")); }},
-        {"CreateFontW", 1, 0, 14, [] { return DWORD(UINT_PTR(CreateFontW(-12, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, L"x"))); }},
-        {"EnumFontFamiliesW", 1, DWORD(-1), 14, [&] { return DWORD(EnumFontFamiliesW(dc, L"x", Collect, LPARAM(&seen))); }},
-        {"GetTextExtentExPointW", 2, 0, 0, [&] { return DWORD(GetTextExtentExPointW(dc, L"abc", 3, 99, &fit, extents, &size)); }},
-        {"GetTextFaceW", 1, 0, 14, [&] { return DWORD(GetTextFaceW(dc, 32, face)); }},
+    const struct {
+        const char* name;
+        int allocations;
+        DWORD failure, error;
+        std::function<DWORD()> call;
+    } cases[] = {
+        { "AddFontResourceW", 1, 0, 14, [] { return DWORD(AddFontResourceW(L"missing.ttf")); } },
+        { "RemoveFontResourceW", 1, 0, 14,
+            [] { return DWORD(RemoveFontResourceW(L"missing.ttf")); } },
+        { "CreateScalableFontResource", 3, 0, 14,
+            [] { return DWORD(CreateScalableFontResource(0, L"a.fot", L"a.ttf", L"")); } },
+        { "CreateFontW", 1, 0, 14,
+            [] {
+                return DWORD(UINT_PTR(CreateFontW(-12, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, L"x")));
+            } },
+        { "EnumFontFamiliesW", 1, DWORD(-1), 14,
+            [&] { return DWORD(EnumFontFamiliesW(dc, L"x", Collect, LPARAM(&seen))); } },
+        { "GetTextExtentExPointW", 2, 0, 0,
+            [&] { return DWORD(GetTextExtentExPointW(dc, L"abc", 3, 99, &fit, extents, &size)); } },
+        { "GetTextFaceW", 1, 0, 14, [&] { return DWORD(GetTextFaceW(dc, 32, face)); } },
     };
     for (const auto& c : cases) {
         int runs = SweepAllocationFailures([&](int k) {
@@ -340,9 +375,10 @@ TEST_F(FontsTest, EachAllocationFailureAnswersTheFailureValue)
     }
 }
 
-}  // namespace
+} // namespace
 
-namespace {
+namespace
+{
 
 // PolyTextOutW catches nothing: a failed allocation ends the caller's process.
 TEST(PolyTextOutDeathTest, AFailedAllocationIsNotCaught)
@@ -350,7 +386,7 @@ TEST(PolyTextOutDeathTest, AFailedAllocationIsNotCaught)
     if (!AnsiPath())
         GTEST_SKIP() << "the W path allocates nothing";
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    POLYTEXTW text = {0, 0, 3, L"abc", 0, {}, nullptr};
+    POLYTEXTW text = { 0, 0, 3, L"abc", 0, {}, nullptr };
     EXPECT_DEATH(
         {
             HDC dc = CreateCompatibleDC(nullptr);
@@ -360,4 +396,4 @@ TEST(PolyTextOutDeathTest, AFailedAllocationIsNotCaught)
         "CAtException");
 }
 
-}  // namespace
+} // namespace
