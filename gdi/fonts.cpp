@@ -72,12 +72,13 @@ template <typename T, typename CallA> BOOL CharRange(UINT first, UINT last, T* b
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
-    for (UINT i = 0; i <= last - first; ++i) {
+    for (UINT i = 0;; ++i) {
         UINT c = AtWideCharToAnsiChar(first + i);
         if (!callA(c, c, buf + i))
             return FALSE;
+        if (i == last - first)  // the range may end at the largest code
+            return TRUE;
     }
-    return TRUE;
 }
 
 // The bytes of the ANSI character that starts at `text`.
