@@ -211,6 +211,9 @@ TEST_F(DcTest, EachAllocationFailureAnswersTheFailureValue)
     HENHMETAFILE emf = CloseEnhMetaFile(recorder);
     DEVMODEW dm {};
     dm.dmSize = 212;
+    char temp[MAX_PATH];
+    GetTempPathA(MAX_PATH, temp);
+    const wstring emfFile = FromAnsi(temp) + L"tw-sweep.emf";
     DOCINFOW doc = { 20, L"doc", nullptr, nullptr, 0 };
     WCHAR buf[64];
     DWORD size = 64;
@@ -232,7 +235,12 @@ TEST_F(DcTest, EachAllocationFailureAnswersTheFailureValue)
         { "GetMetaFileW", 1, 0, 14, [&] { return DWORD(UINT_PTR(GetMetaFileW(L"x.wmf"))); } },
         { "GetEnhMetaFileW", 1, 0, 14, [&] { return DWORD(UINT_PTR(GetEnhMetaFileW(L"x.emf"))); } },
         { "CreateEnhMetaFileW", 2, 0, 14,
-            [&] { return DWORD(UINT_PTR(CreateEnhMetaFileW(nullptr, L"x.emf", nullptr, L"d"))); } },
+            [&] {
+                HDC h = CreateEnhMetaFileW(nullptr, emfFile.c_str(), nullptr, L"d");
+                if (h)
+                    DeleteEnhMetaFile(CloseEnhMetaFile(h));
+                return DWORD(UINT_PTR(h));
+            } },
         { "GetEnhMetaFileDescriptionW", 1, DWORD(-1), 14,
             [&] { return GetEnhMetaFileDescriptionW(emf, 64, buf); } },
         { "GetICMProfileW", 1, 0, 14, [&] { return DWORD(GetICMProfileW(dc, &size, buf)); } },
@@ -250,6 +258,7 @@ TEST_F(DcTest, EachAllocationFailureAnswersTheFailureValue)
     }
     DeleteEnhMetaFile(emf);
     DeleteDC(dc);
+    DeleteFileW(emfFile.c_str());
 }
 
 } // namespace
