@@ -366,6 +366,49 @@ TORWEN_API int WINAPI AtComboBox_GetLBTextW(HWND hwnd, int index, LPWSTR lpszBuf
 TORWEN_API int WINAPI AtComboBox_GetLBTextLenW(HWND hwnd, int index);
 
 /*
+ * Graphics: fonts and text, device contexts, documents, metafiles, colour profiles.
+ *
+ * Two exports keep the names they have always had: GetKerningParisW (the kerning
+ * pairs, GetKerningPairsW) and CreateScalableFontResource (the wide function,
+ * without its final W; the platform header's macro of that name is withdrawn here).
+ *
+ * The enumeration adapters turn the system's ANSI callbacks into a wide callback.
+ * Their lParam is the address of two words: the wide callback, then the caller's
+ * lParam, which the wide callback receives. EnumFontFamiliesW, EnumFontFamiliesExW
+ * and EnumICMProfilesW use them on Windows 95, 98 and Me. The font adapter always
+ * reads the extended records (ENUMLOGFONTEXA, NEWTEXTMETRICEXA) and hands the wide
+ * callback an ENUMLOGFONTEXW and a NEWTEXTMETRICEXW. The colour-profile adapter
+ * answers 0, ending the enumeration, when it cannot copy the name.
+ *
+ * On Windows 95, 98 and Me:
+ * - GetTextExtentExPointW measures its string up to the NUL, whatever the count:
+ *   the string must be NUL-terminated. A null fit or extents pointer is not written.
+ * - PolyTextOutW hands each string on one byte short. It does not catch a failed
+ *   allocation: the call ends with ERROR_OUTOFMEMORY set and torwen's exception
+ *   unhandled, which ends the process. It reads no character beyond each string's n,
+ *   and on double-byte code pages gives each string room for two bytes a character.
+ * - GetCharABCWidthsW, GetCharABCWidthsFloatW, GetCharWidth32W and GetCharWidthFloatW
+ *   ask for the ANSI range between the two converted characters; where that range
+ *   holds more entries than the wide one they ask character by character, so the
+ *   caller's array is never written past; a backwards range answers
+ *   ERROR_INVALID_PARAMETER.
+ * - A null record is handed on as null where the W function takes one
+ *   (CreateFontIndirectW, EnumFontFamiliesExW, GetTextMetricsW, ResetDCW, StartDocW).
+ * - StartDocW reads lpszDatatype and fwType only when cbSize covers them.
+ * - CreateEnhMetaFileW records the description's application name only, with an
+ *   empty title (a byte of its own after the name, so nothing beyond is read).
+ * - A LOGFONTW whose face name fills all 32 characters is read only within the
+ *   record: the ANSI face name keeps the first 31.
+ */
+#undef CreateScalableFontResource
+TORWEN_API BOOL WINAPI CreateScalableFontResource(DWORD fdwHidden, LPCWSTR lpszFont, LPCWSTR lpszFile,
+                                                  LPCWSTR lpszPath);
+TORWEN_API DWORD WINAPI GetKerningParisW(HDC hdc, DWORD nPairs, LPKERNINGPAIR lpKernPair);
+TORWEN_API int CALLBACK AtEnumFontProcFromAToW(const LOGFONTA *lplf, const TEXTMETRICA *lptm, DWORD dwType,
+                                               LPARAM lpData);
+TORWEN_API int CALLBACK AtICMEnumFuncFromAToW(LPSTR lpszFileName, LPARAM lpData);
+
+/*
  * System services: the shell.
  *
  * ShellExecuteExW, SHBrowseForFolderW and SHGetPathFromIDListW convert to the ANSI
