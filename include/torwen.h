@@ -149,6 +149,51 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_NOTIFYW(HWND hwnd, WPARAM wParam, LPARAM l
                                               AtNotifyHandlerW fn);
 
 /*
+ * System services: the registry.
+ *
+ * RegQueryValueExW and RegEnumValueW, on Windows 95, 98 and Me, answer
+ * ERROR_INVALID_PARAMETER for a data buffer without a size, as the NT family does,
+ * instead of handing the A function a buffer it could overrun; and data of a type
+ * other than text that exceeds the caller's buffer answers ERROR_MORE_DATA with the
+ * size needed, also where the heap's rounding let the A function read it.
+ */
+
+/*
+ * System services: DDE, UUID strings, automation strings, network connections.
+ *
+ * AtWNetGetConnectionW is WNetGetConnectionW under a name of torwen's own. On
+ * Windows 95, 98 and Me a failure inside torwen answers ERROR_OUTOFMEMORY, and a
+ * failed lookup empties the caller's remote name only when it has room.
+ * UuidToStringW's string must be released with torwen's RpcStringFreeW; a failure
+ * inside torwen answers RPC_S_OUT_OF_MEMORY. SysReAllocStringLen answers FALSE for
+ * a null BSTR slot.
+ */
+TORWEN_API DWORD WINAPI AtWNetGetConnectionW(LPCWSTR lpLocalName, LPWSTR lpRemoteName,
+                                             LPDWORD lpnLength);
+
+/*
+ * System services: version information.
+ *
+ * On Windows 95, 98 and Me VerFindFileW and VerInstallFileW take a directory or
+ * file buffer to hold MAX_PATH characters but never write beyond the length the
+ * caller gives; a name that does not fit leaves the A function's byte count as
+ * the length.
+ */
+/*
+ * Open and save dialogs. A hook procedure queries and sets the dialog through
+ * these instead of sending CDM_xxx itself: on Windows 95, 98 and Me the dialog is
+ * an ANSI dialog. The queries answer the message's own count: on those systems
+ * it counts ANSI bytes with the terminator, not characters.
+ */
+TORWEN_API int WINAPI AtCommDlg_OpenSave_GetSpecW(HWND dialog, LPWSTR buf, int n);
+TORWEN_API int WINAPI AtCommDlg_OpenSave_GetFilePathW(HWND dialog, LPWSTR buf, int n);
+TORWEN_API int WINAPI AtCommDlg_OpenSave_GetFolderPathW(HWND dialog, LPWSTR buf, int n);
+TORWEN_API void WINAPI AtCommDlg_OpenSave_SetControlTextW(HWND dialog, int id, LPCWSTR text);
+TORWEN_API void WINAPI AtCommDlg_OpenSave_SetDefExtW(HWND dialog, LPCWSTR ext);
+
+/* GetOpenFileNameW and its kin read the caller's initial name and offsets no further
+ * than nMaxFile characters. GetFileTitleW tells the ANSI function at most 65535 bytes. */
+/*
  * Common controls: list views, tree views, headers and tab controls.
  *
  * Each helper sends one control message: on the NT family the W message with the
@@ -200,6 +245,90 @@ TORWEN_API BOOL WINAPI AtHeader_SetItemW(HWND hwnd, int i, const HDITEMW *item);
 TORWEN_API BOOL WINAPI AtTabCtrl_GetItemW(HWND hwnd, int i, TCITEMW *item);
 TORWEN_API BOOL WINAPI AtTabCtrl_SetItemW(HWND hwnd, int i, const TCITEMW *item);
 TORWEN_API int WINAPI AtTabCtrl_InsertItemW(HWND hwnd, int i, const TCITEMW *item);
+/*
+ * Menus, text and resources, system parameters (torwen's departures from the A
+ * functions' behaviour where following them would overrun a caller's record).
+ *
+ * GetMenuItemInfoW on Windows 95, 98 and Me refuses a record whose cbSize is below
+ * 44 (and SetMenuItemInfoW one below 40, the fields it reads) with
+ * ERROR_INVALID_PARAMETER, as the NT family does.
+ * DrawTextW and DrawTextExW with DT_MODIFYSTRING give the A function a copy with
+ * room for the four characters it may add.
+ * CharLowerBuffW and CharUpperBuffW read exactly cchLength characters, NULs
+ * included, not the text up to its NUL.
+ * DlgDirListComboBoxW gives the A function a path buffer of at least MAX_PATH bytes.
+ * EnumDisplaySettingsW writes no more of the DEVMODEW than its dmSize declares (and
+ * dmSize then reads that size).
+ * SystemParametersInfoW with SPI_GETICONTITLELOGFONT or SPI_SETICONTITLELOGFONT
+ * writes or reads no more of the LOGFONTW than uiParam bytes; with
+ * SPI_GETSERIALKEYS the port name's copy has room for MAX_PATH bytes.
+ */
+
+/*
+ * Multiple monitors on every Windows. Where the system's user library has the
+ * monitor functions, these call them; where it does not (Windows 95, NT 4) they
+ * answer for one monitor, the primary display, with the whole screen as its area,
+ * and the pseudo handle 0x12340042. xGetMonitorInfo takes a MONITORINFO or a
+ * MONITORINFOEXW; on Windows 98 and Me it is filled through GetMonitorInfoA, and
+ * its cbSize then reads 40 or 72. Without monitor functions a record of 72 bytes
+ * or more gets the device name "DISPLAY" as ANSI bytes at the start of szDevice.
+ */
+TORWEN_API int WINAPI xGetSystemMetrics(int nIndex);
+TORWEN_API HMONITOR WINAPI xMonitorFromPoint(POINT pt, DWORD dwFlags);
+TORWEN_API HMONITOR WINAPI xMonitorFromRect(LPCRECT lprc, DWORD dwFlags);
+TORWEN_API HMONITOR WINAPI xMonitorFromWindow(HWND hwnd, DWORD dwFlags);
+TORWEN_API BOOL WINAPI xGetMonitorInfo(HMONITOR hMonitor, LPMONITORINFO lpmi);
+TORWEN_API BOOL WINAPI xEnumDisplayMonitors(HDC hdc, LPCRECT lprcClip, MONITORENUMPROC lpfnEnum,
+                                            LPARAM dwData);
+
+/*
+ * Static, edit, list-box and combo-box controls. On Windows 95, 98 and Me the
+ * controls of a wide program hold ANSI text and count positions in bytes; these
+ * helpers take and give wide text and character positions on every Windows, and
+ * take the place of sending the controls' messages directly. Each answers what its
+ * message answers (LB_ERR or CB_ERR, -1, when a conversion fails).
+ */
+TORWEN_API int WINAPI AtStatic_GetTextW(HWND hwnd, LPWSTR lpch, int cchMax);
+TORWEN_API BOOL WINAPI AtStatic_SetTextW(HWND hwnd, LPCWSTR lpsz);
+
+/* EM_GETLINE: the number of characters copied; no NUL is written after them. A null
+ * buffer or a cchMax below 1 answers 0 without asking the control. */
+TORWEN_API int WINAPI AtEdit_GetLineW(HWND hwnd, int line, LPWSTR lpch, int cchMax);
+/* EM_REPLACESEL, never undoable. */
+TORWEN_API void WINAPI AtEdit_ReplaceSelW(HWND hwnd, LPCWSTR lpszReplace);
+/* EM_SETPASSWORDCHAR. On the ANSI platforms the character's one ANSI byte goes out
+ * sign-extended; a character that takes two bytes sends 0, no password character. */
+TORWEN_API void WINAPI AtEdit_SetPasswordCharW(HWND hwnd, WCHAR ch);
+/* EM_GETSEL: start in the low word, end in the high word, in characters. A position
+ * past the text counts the text's characters. */
+TORWEN_API DWORD WINAPI AtEdit_GetSelW(HWND hwnd);
+/* EM_SETSEL. On the ANSI platforms only (0, -1), select all, and (-1, any), no
+ * selection, are passed on; otherwise the caret moves to ichStart and the selection
+ * is empty. */
+TORWEN_API void WINAPI AtEdit_SetSelW(HWND hwnd, int ichStart, int ichEnd);
+
+TORWEN_API int WINAPI AtListBox_AddStringW(HWND hwnd, LPCWSTR lpsz);
+TORWEN_API int WINAPI AtListBox_InsertStringW(HWND hwnd, int index, LPCWSTR lpsz);
+TORWEN_API int WINAPI AtListBox_FindStringW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+TORWEN_API int WINAPI AtListBox_FindStringExactW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+TORWEN_API int WINAPI AtListBox_SelectStringW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+/* The buffer must hold the whole text, as for LB_GETTEXT. */
+TORWEN_API int WINAPI AtListBox_GetTextW(HWND hwnd, int index, LPWSTR lpszBuffer);
+/* In characters on every Windows (LB_GETTEXTLEN counts bytes on the ANSI ones). */
+TORWEN_API int WINAPI AtListBox_GetTextLenW(HWND hwnd, int index);
+TORWEN_API int WINAPI AtListBox_AddFileW(HWND hwnd, LPCWSTR lpszFilename);
+/* LB_DIR and CB_DIR: the same entries, in the same order and forms, and the same
+ * answer as the messages give for the attribute flags (DDL_...). */
+TORWEN_API int WINAPI AtListBox_DirW(HWND hwnd, UINT attrs, LPCWSTR lpszFileSpec);
+TORWEN_API int WINAPI AtComboBox_DirW(HWND hwnd, UINT attrs, LPCWSTR lpszFileSpec);
+
+TORWEN_API int WINAPI AtComboBox_AddStringW(HWND hwnd, LPCWSTR lpsz);
+TORWEN_API int WINAPI AtComboBox_InsertStringW(HWND hwnd, int index, LPCWSTR lpsz);
+TORWEN_API int WINAPI AtComboBox_FindStringW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+TORWEN_API int WINAPI AtComboBox_FindStringExactW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+TORWEN_API int WINAPI AtComboBox_SelectStringW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+TORWEN_API int WINAPI AtComboBox_GetLBTextW(HWND hwnd, int index, LPWSTR lpszBuffer);
+TORWEN_API int WINAPI AtComboBox_GetLBTextLenW(HWND hwnd, int index);
 
 /*
  * Common controls: toolbars, tooltips, status bars, animation controls and image

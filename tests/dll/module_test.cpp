@@ -57,6 +57,15 @@ TEST_F(ModuleTest, ImportsOnlyWhatWindows95Implements)
     EXPECT_GT(kernel32, 0);
 }
 
+// Windows 95, 98 and Me do not set up a TLS directory for a DLL that LoadLibrary
+// maps: code relying on one would run with nothing behind it there.
+TEST_F(ModuleTest, HasNoTlsDirectory)
+{
+    const IMAGE_DATA_DIRECTORY& dir = Directory(harness::Torwen(), IMAGE_DIRECTORY_ENTRY_TLS);
+    EXPECT_EQ(dir.VirtualAddress, 0u);
+    EXPECT_EQ(dir.Size, 0u);
+}
+
 TEST_F(ModuleTest, ExportsOnlyDecoratedNames)
 {
     HMODULE dll = harness::Torwen();

@@ -241,6 +241,24 @@ bool HeapLog::freedInReverseOrder() const
     return held.empty();
 }
 
+namespace {
+const SIZE_T GuardSpan = 16 * 4096;  // room for the buffers, then the page
+}
+
+GuardPage::GuardPage()
+{
+    base = static_cast<unsigned char*>(
+        VirtualAlloc(nullptr, GuardSpan + 4096, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE));
+    limit = base + GuardSpan;
+    DWORD old;
+    VirtualProtect(limit, 4096, PAGE_NOACCESS, &old);
+}
+
+GuardPage::~GuardPage()
+{
+    VirtualFree(base, 0, MEM_RELEASE);
+}
+
 std::size_t LiveBlocks()
 {
     return live.size();
