@@ -361,7 +361,9 @@ TORWEN_API BOOL WINAPI ToolBar_InsertButton(HWND hwnd, int i, LPTBBUTTON button)
  * The queries (GetToolInfo, HitTest, EnumTools, GetCurrentTool) copy the tool's
  * fields back into the caller's record and its text into the buffer that the
  * caller's lpszText designates, which keeps designating it: provide a buffer of
- * 255 characters there (or null for no text). A tool whose text comes from its
+ * 255 characters there (or null for no text); a longer text does not come back.
+ * torwen's own ANSI buffer holds 1024 bytes if 255 characters take fewer, as much
+ * as an ANSI tooltip may copy into it. A tool whose text comes from its
  * parent or from a resource answers LPSTR_TEXTCALLBACKW or the identifier in
  * lpszText instead. GetCurrentTool reads back like the others; with a null record
  * it only answers whether there is a current tool. */
