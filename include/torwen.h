@@ -138,7 +138,13 @@ FARPROC WINAPI GetProcAddressW(HMODULE module, LPCWSTR procName);
  * at most 80 bytes, and one that answers with a resource identifier has the
  * identifier stored in the caller's lpszText. A wide handler may answer with a
  * resource identifier and its hinst (any module), a string of its own in lpszText,
- * or text in szText.
+ * or text in szText; a text longer than szText ends within it.
+ *
+ * Header tracking (HDN_BEGINTRACK, HDN_TRACK, HDN_ENDTRACK) is handled like
+ * HDN_ITEMCHANGING: the handler sees a wide copy of the item (or a null pitem when
+ * the control sends none), and its changes to it are not copied back. A text
+ * pointer that is LPSTR_TEXTCALLBACK or a resource identifier travels as it is and
+ * is never read as a string.
  *
  * On the ANSI platforms a failed allocation answers 0 without calling fn (last
  * error 14).
@@ -406,7 +412,8 @@ TORWEN_API BOOL WINAPI AtAnimate_OpenW(HWND hwnd, LPCWSTR lpszName);
  * lParam). The pair lives as long as the page, also after the export returned
  * (a modeless sheet, a page made by CreatePropertySheetPageW), and is freed when
  * the system releases the page. The strings converted for the pages are released
- * when PropertySheetW and CreatePropertySheetPageW return.
+ * when PropertySheetW and CreatePropertySheetPageW return. A page with
+ * PSP_USECALLBACK but no callback keeps its own (null) callback and lParam.
  */
 TORWEN_API UINT CALLBACK fnAtPropertySheetA(HWND hwnd, UINT uMsg, LPPROPSHEETPAGEA ppsp);
 /* PSM_SETTITLEA with the ANSI title on Windows 95, 98 and Me. */
