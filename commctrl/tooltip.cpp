@@ -22,7 +22,7 @@ void ToolToA(const TTTOOLINFOW* w, TTTOOLINFOA& a)
     a.uFlags = w->uFlags;
     a.hwnd = w->hwnd;
     a.uId = w->uId;
-    CopyRect(&a.rect, &w->rect);
+    a.rect = w->rect;
     a.hinst = w->hinst;
     if (w->lpszText == LPSTR_TEXTCALLBACKW)
         a.lpszText = LPSTR_TEXTCALLBACKA;
@@ -40,7 +40,7 @@ void ToolToW(const TTTOOLINFOA& a, TTTOOLINFOW* w)
     w->uFlags = a.uFlags;
     w->hwnd = a.hwnd;
     w->uId = a.uId;
-    CopyRect(&w->rect, &a.rect);
+    w->rect = a.rect;
     w->hinst = a.hinst;
     if (a.lpszText == LPSTR_TEXTCALLBACKA)
         w->lpszText = LPSTR_TEXTCALLBACKW;
@@ -122,7 +122,7 @@ void WINAPI ToolTips_NewToolRect(HWND hwnd, TTTOOLINFOW* ti)
             a.cbSize = toolInfoSize;
             a.hwnd = ti->hwnd;
             a.uId = ti->uId;
-            CopyRect(&a.rect, &ti->rect);
+            a.rect = ti->rect;
             return Sys::SendMessageA(hwnd, TTM_NEWTOOLRECTA, 0, AtParam(&a));
         });
 }
