@@ -12,6 +12,7 @@ void DemoProfile(void);
 void DemoFormat(void);
 void DemoWindow(void);
 void DemoGdi(void);
+void DemoCommonControls(void);
 
 /* Prints a wide string as UTF-8. */
 void DemoPrint(const char *label, const WCHAR *text);

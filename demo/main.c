@@ -22,5 +22,6 @@ int main(void)
     DemoFormat();
     DemoWindow();
     DemoGdi();
+    DemoCommonControls();
     return 0;
 }

@@ -218,7 +218,13 @@ TORWEN_API void WINAPI AtCommDlg_OpenSave_SetDefExtW(HWND dialog, LPCWSTR ext);
  * at most 80 bytes, and one that answers with a resource identifier has the
  * identifier stored in the caller's lpszText. A wide handler may answer with a
  * resource identifier and its hinst (any module), a string of its own in lpszText,
- * or text in szText.
+ * or text in szText; a text longer than szText ends within it.
+ *
+ * Header tracking (HDN_BEGINTRACK, HDN_TRACK, HDN_ENDTRACK) is handled like
+ * HDN_ITEMCHANGING: the handler sees a wide copy of the item (or a null pitem when
+ * the control sends none), and its changes to it are not copied back. A text
+ * pointer that is LPSTR_TEXTCALLBACK or a resource identifier travels as it is and
+ * is never read as a string.
  *
  * On the ANSI platforms a failed allocation answers 0 without calling fn (last
  * error 14).
@@ -477,7 +483,9 @@ TORWEN_API BOOL WINAPI ToolBar_InsertButton(HWND hwnd, int i, LPTBBUTTON button)
  * The queries (GetToolInfo, HitTest, EnumTools, GetCurrentTool) copy the tool's
  * fields back into the caller's record and its text into the buffer that the
  * caller's lpszText designates, which keeps designating it: provide a buffer of
- * 255 characters there (or null for no text). A tool whose text comes from its
+ * 255 characters there (or null for no text); a longer text does not come back.
+ * torwen's own ANSI buffer holds 1024 bytes if 255 characters take fewer, as much
+ * as an ANSI tooltip may copy into it. A tool whose text comes from its
  * parent or from a resource answers LPSTR_TEXTCALLBACKW or the identifier in
  * lpszText instead. GetCurrentTool reads back like the others; with a null record
  * it only answers whether there is a current tool. */
@@ -520,7 +528,8 @@ TORWEN_API BOOL WINAPI AtAnimate_OpenW(HWND hwnd, LPCWSTR lpszName);
  * lParam). The pair lives as long as the page, also after the export returned
  * (a modeless sheet, a page made by CreatePropertySheetPageW), and is freed when
  * the system releases the page. The strings converted for the pages are released
- * when PropertySheetW and CreatePropertySheetPageW return.
+ * when PropertySheetW and CreatePropertySheetPageW return. A page with
+ * PSP_USECALLBACK but no callback keeps its own (null) callback and lParam.
  */
 TORWEN_API UINT CALLBACK fnAtPropertySheetA(HWND hwnd, UINT uMsg, LPPROPSHEETPAGEA ppsp);
 /* PSM_SETTITLEA with the ANSI title on Windows 95, 98 and Me. */
