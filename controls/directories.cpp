@@ -244,9 +244,9 @@ int WINAPI DlgDirListW(HWND dialog, LPWSTR pathSpec, int listId, int staticId, U
             AtStringSlot specA, pattern;
             AtAllocBuffer(specA, MAX_PATH);
             AtAllocBuffer(pattern, MAX_PATH);
-            if (!WideCharToMultiByte(CP_ACP, 0, pathSpec, -1, specA, MAX_PATH, nullptr, nullptr))
-                static_cast<char*>(specA)[0] = '\0';
-            if (!EnterDirectory(specA, pattern))
+            // A specification longer than a path names no directory.
+            if (!WideCharToMultiByte(CP_ACP, 0, pathSpec, -1, specA, MAX_PATH, nullptr, nullptr) ||
+                !EnterDirectory(specA, pattern))
                 return 0;
             // The drives alone are listed alone.
             const UINT listed = attrs == DDL_DRIVES ? DDL_DRIVES | DDL_EXCLUSIVE : attrs;
