@@ -232,8 +232,19 @@ TEST_F(DirectoriesTest, AllocationFailures)
             return LONG_PTR(AtListBox_DirW(mine, attrs, L"*.*"));
         };
     };
+    int searches = 0;  // open ones: every search is closed, also after a failure
+    TW_HOOK(first, FindFirstFileA, [&](LPCSTR spec, LPWIN32_FIND_DATAA found) {
+        HANDLE h = first.real(spec, found);
+        searches += h != INVALID_HANDLE_VALUE;
+        return h;
+    });
+    TW_HOOK(close, FindClose, [&](HANDLE h) {
+        --searches;
+        return close.real(h);
+    });
     SweepMembers({{"files", list(0), LB_ERR, ERROR_OUTOFMEMORY},
                   {"directories", list(DDL_DIRECTORY), LB_ERR, ERROR_OUTOFMEMORY}});
+    EXPECT_EQ(searches, 0);
 }
 
 }  // namespace
