@@ -36,8 +36,6 @@ TEST_F(TextTest, CountedTextIn)
     LPWSTR s = const_cast<LPWSTR>(text.c_str());
     const struct { const char* name; std::function<void(int)> call; } members[] = {
         {"DrawTextW", [&](int n) { DrawTextW(dc, s, n, &rect, DT_CALCRECT); }},
-        {"DrawTextExW", [&](int n) { DrawTextExW(dc, s, n, &rect, DT_CALCRECT, nullptr); }},
-        {"TabbedTextOutW", [&](int n) { TabbedTextOutW(dc, 0, 0, s, n, 0, nullptr, 0); }},
         {"GetTabbedTextExtentW", [&](int n) { GetTabbedTextExtentW(dc, s, n, 0, nullptr); }},
     };
     for (const auto& m : members)
@@ -47,15 +45,6 @@ TEST_F(TextTest, CountedTextIn)
         seen = n;
         return draw.real(h, t, n, r, f);
     });
-    TW_HOOK(ex, DrawTextExA, [&](HDC h, LPSTR t, int n, LPRECT r, UINT f, LPDRAWTEXTPARAMS p) {
-        seen = n;
-        return ex.real(h, t, n, r, f, p);
-    });
-    TW_HOOK(out, TabbedTextOutA,
-            [&](HDC h, int x, int y, LPCSTR t, int n, int c, const INT* tabs, int o) {
-                seen = n;
-                return out.real(h, x, y, t, n, c, tabs, o);
-            });
     TW_HOOK(extent, GetTabbedTextExtentA, [&](HDC h, LPCSTR t, int n, int c, const INT* tabs) {
         seen = n;
         return extent.real(h, t, n, c, tabs);
