@@ -73,7 +73,9 @@ bool IsWide(WCHAR prefix, WCHAR letter, bool wideFunction)
 ArgUse UseOf(LPCWSTR format, int length)
 {
     ArgUse use;
-    WCHAR letter = length ? format[length - 1] : L's';
+    if (!length)
+        return use;  // an empty format reads a value of no known kind: it goes on as given
+    WCHAR letter = format[length - 1];
     WCHAR prefix = length > 1 ? format[length - 2] : 0;
     if (letter == L's' || letter == L'S')
         use.kind = ArgKind::String;
@@ -117,7 +119,18 @@ public:
         }
     }
 
+    // The caller's arguments the inserts read.
     int count() const { return last; }
+    // The entries handed to FormatMessageA: the ones read, and as many more as a
+    // formatter that numbers the arguments after a "*" differently could reach.
+    int tableSize() const
+    {
+        int reach = highestInsert + stars;
+        return reach > last ? reach : last;
+    }
+    bool hasWidthArguments() const { return stars > 0; }
+    // More arguments than the table can describe: FormatMessageA would read past it.
+    bool tooMany() const { return overflow; }
     const ArgUse& operator[](int position) const { return uses[position - 1]; }
     bool needsConversion() const
     {
@@ -130,6 +143,8 @@ public:
 private:
     void add(int n, LPCWSTR format, int length)
     {
+        if (n > highestInsert)
+            highestInsert = n;
         int position = n;
         bool starred = false;
         for (int i = 0; i < length; ++i) {
@@ -137,6 +152,7 @@ private:
                 continue;
             read(starred ? last + 1 : n, ArgUse{});
             starred = true;
+            ++stars;
         }
         if (starred)
             position = last + 1;
@@ -145,8 +161,10 @@ private:
 
     void read(int position, ArgUse use)
     {
-        if (position > MaxPosition)
+        if (position > MaxPosition) {
+            overflow = true;
             return;
+        }
         if (position > last)
             last = position;
         ArgUse& seen = uses[position - 1];
@@ -161,6 +179,9 @@ private:
 
     ArgUse uses[MaxPosition];
     int last = 0;
+    int highestInsert = 0;
+    int stars = 0;
+    bool overflow = false;
 };
 
 // Where the insert values come from: the caller's array, or the caller's
@@ -193,8 +214,10 @@ public:
 
     void build(const ArgUses& uses, AtInsertValues values)
     {
-        int count = uses.count();
-        table = count ? static_cast<DWORD*>(AtAlloc(4 * count)) : nullptr;
+        int count = uses.count(), size = uses.tableSize();
+        table = size ? static_cast<DWORD*>(AtAlloc(4 * size)) : nullptr;
+        for (int n = count + 1; n <= size; ++n)
+            table[n - 1] = 0;  // never the caller's: it gave no more than are read
         for (int n = 1; n <= count; ++n) {
             table[n - 1] = values.next();
             owned[n - 1] = false;
@@ -372,7 +395,15 @@ DWORD WINAPI FormatMessageW(DWORD flags, LPCVOID source, DWORD id, DWORD languag
             DWORD r;
             ArgUses uses(tmpl);
             if (uses.needsConversion()) {
+                // A variable argument list is read past a "*" width in an order
+                // that one table of converted arguments cannot follow: which of
+                // the caller's values are strings is then unknown, so the call is
+                // refused rather than have a number read as a string.
                 bool isArray = flags & FORMAT_MESSAGE_ARGUMENT_ARRAY;
+                if (uses.tooMany() || (!isArray && uses.hasWidthArguments())) {
+                    err.value = ERROR_INVALID_PARAMETER;
+                    return 0;
+                }
                 AtFormatArgs table;
                 table.build(uses, AtInsertValues(arguments, isArray));
                 formatFlags |= FORMAT_MESSAGE_ARGUMENT_ARRAY;

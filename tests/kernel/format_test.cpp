@@ -173,6 +173,12 @@ TEST_F(FormatTest, AnswersWhatTheSystemAnswersWithoutOverrunning)
             EXPECT_EQ(std::wstring(buf), expected);
         }
     }
+    // A variable argument list with a "*" width and a string to convert is refused on
+    // the ANSI path: after the width it is read in an order no one table can follow.
+    SetLastError(0);
+    std::wstring starredV = FormatV(0, L"%1!*d!|%2", 6, 42, L"x");
+    EXPECT_EQ(starredV, harness::AnsiPath() ? Failed : L"    42|x");
+    EXPECT_EQ(GetLastError(), harness::AnsiPath() ? DWORD(ERROR_INVALID_PARAMETER) : 0u);
     // One argument read as a wide and as a narrow string: one entry cannot be both,
     // but each reading ends inside it.
     WCHAR out[32];
