@@ -13,6 +13,7 @@ void DemoFormat(void);
 void DemoWindow(void);
 void DemoGdi(void);
 void DemoCommonControls(void);
+void DemoControls(void);
 
 /* Prints a wide string as UTF-8. */
 void DemoPrint(const char *label, const WCHAR *text);

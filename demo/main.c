@@ -23,5 +23,6 @@ int main(void)
     DemoWindow();
     DemoGdi();
     DemoCommonControls();
+    DemoControls();
     return 0;
 }

@@ -300,6 +300,9 @@ TORWEN_API int WINAPI AtTabCtrl_InsertItemW(HWND hwnd, int i, const TCITEMW *ite
  * DlgDirListComboBoxW gives the A function a path buffer of at least MAX_PATH bytes.
  * EnumDisplaySettingsW writes no more of the DEVMODEW than its dmSize declares (and
  * dmSize then reads that size).
+ * GetMenuStringW, GetMenuItemInfoW, GetKeyNameTextW, LoadStringW and the
+ * DlgDirSelect functions read a text that the A function left without its NUL (a
+ * text filling the whole buffer) only to the buffer's end, cut one byte short.
  * SystemParametersInfoW with SPI_GETICONTITLELOGFONT or SPI_SETICONTITLELOGFONT
  * writes or reads no more of the LOGFONTW than uiParam bytes; with
  * SPI_GETSERIALKEYS the port name's copy has room for MAX_PATH bytes.
