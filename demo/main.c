@@ -21,5 +21,6 @@ int main(void)
     DemoProfile();
     DemoFormat();
     DemoWindow();
+    DemoOpenDialog();
     return 0;
 }
