@@ -1,12 +1,25 @@
-# Makes the import-library definition from exports/torwen.def: each line
-# "_Name@N = Name@N" of the DLL's definition becomes "Name@N == _Name@N", so an
-# application's reference to Name@N is imported under the decorated name.
+# Makes what the import libraries and the import checker need from
+# exports/torwen.def, whose lines read "_Name@N = Name@N":
+#   GNU_DEF   for dlltool: "Name@N == _Name@N", so an application's reference to
+#             Name@N is imported under the decorated name;
+#   MSVC_DEF  for lld-link: "_Name@N", the symbol Microsoft's compilers reference
+#             and the name the DLL exports, imported by that exact name;
+#   NAMES_INC the decorated names as a list of C strings.
 file(STRINGS "${DLL_DEF}" lines)
-set(out "LIBRARY torwen.dll\nEXPORTS\n")
+set(gnu "LIBRARY torwen.dll\nEXPORTS\n")
+set(msvc "LIBRARY torwen.dll\nEXPORTS\n")
+set(names "")
 foreach(line IN LISTS lines)
   if(line MATCHES "^[ \t]*([_A-Za-z0-9@]+)[ \t]*=[ \t]*([_A-Za-z0-9@]+)")
-    string(APPEND out "    ${CMAKE_MATCH_2} == ${CMAKE_MATCH_1}\n")
+    string(APPEND gnu "    ${CMAKE_MATCH_2} == ${CMAKE_MATCH_1}\n")
+    string(APPEND msvc "    ${CMAKE_MATCH_1}\n")
+    string(APPEND names "    \"${CMAKE_MATCH_1}\",\n")
   endif()
 endforeach()
-file(WRITE "${IMPORT_DEF}.new" "${out}")
-file(COPY_FILE "${IMPORT_DEF}.new" "${IMPORT_DEF}" ONLY_IF_DIFFERENT)
+foreach(pair "GNU_DEF;gnu" "MSVC_DEF;msvc" "NAMES_INC;names")
+  list(GET pair 0 path)
+  list(GET pair 1 text)
+  file(WRITE "${${path}}.new" "${${text}}")
+  file(COPY_FILE "${${path}}.new" "${${path}}" ONLY_IF_DIFFERENT)
+  file(REMOVE "${${path}}.new")
+endforeach()

@@ -1,5 +1,7 @@
 #include "core/memory.h"
 
+#include <cstring>
+
 AtStringSlot::~AtStringSlot()
 {
     AtFreeString(*this);
@@ -65,7 +67,7 @@ void AtAllocEmptyAnsiOut(AtStringSlot& slot, DWORD n)
 {
     AtAllocAnsiOut(slot, n);
     if (slot.value)
-        *static_cast<char*>(slot) = '\0';
+        memset(slot.value, 0, AtHeapSize(slot));
 }
 
 void AtFreeString(AtStringSlot& slot)

@@ -40,5 +40,7 @@ void AtAllocWideOut(AtStringSlot& slot, DWORD n);
 // An ANSI out buffer that reads as an empty string until the A function writes it:
 // an A function that fails or finds the buffer too small may leave it untouched,
 // and what is converted back is then an empty text, never the heap's contents.
+// Every byte is cleared, so a text written without its terminator ends where the
+// writer stopped.
 void AtAllocEmptyAnsiOut(AtStringSlot& slot, DWORD n);
 void AtFreeString(AtStringSlot& slot);

@@ -28,20 +28,3 @@ void AtProcessDetach()
     AtModuleState.processHeap = nullptr;
     AtModuleState.moduleHandle = nullptr;
 }
-
-BOOL WINAPI DllMain(HINSTANCE hinst, DWORD reason, LPVOID)
-{
-    switch (reason) {
-    case DLL_PROCESS_DETACH:
-        AtProcessDetach();
-        return TRUE;
-    case DLL_PROCESS_ATTACH:
-        return AtProcessAttach(hinst);
-    case DLL_THREAD_ATTACH:
-    case DLL_THREAD_DETACH:
-        return TRUE;  // no per-thread state
-    default:
-        // Callers of the entry point rely on getting an unknown reason back as is.
-        return static_cast<BOOL>(reason);
-    }
-}

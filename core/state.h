@@ -18,4 +18,3 @@ extern UINT AtMaxCharSize;
 BOOL AtProcessAttach(HINSTANCE hinst);
 void AtProcessDetach();
 
-extern "C" BOOL WINAPI DllMain(HINSTANCE hinst, DWORD reason, LPVOID reserved);

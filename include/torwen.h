@@ -10,11 +10,43 @@
  *
  * This header declares what torwen exports beyond the system's own names: the
  * At... helpers and the x... multiple-monitor functions.
+ *
+ * Memory safety. Where an export's documented conversion would write past a
+ * buffer's stated size, read past the end of a string, list or buffer it was
+ * given or allocated, dereference a null pointer that the system's own W function
+ * accepts, or leave a handle open, torwen stays within what it was given and
+ * answers as the system's W function answers that input (its result and last
+ * error). Every result a caller with valid arguments sees stays as documented.
+ * Each such departure is named beside its export, here or in the list below.
+ *
+ * Departures of exports that carry the system's names, on Windows 95, 98 and Me:
+ *   FormatMessageW       a text that does not fit `size` with its terminator answers
+ *                        0, ERROR_INSUFFICIENT_BUFFER; a null buffer answers 0,
+ *                        ERROR_INVALID_PARAMETER; a null template answers 0 and
+ *                        leaves the last error alone; every argument an insert reads
+ *                        (a gap before it, a "*" width, a second format of the same
+ *                        insert) is handed on in the width that insert reads it; a
+ *                        variable argument list with a "*" width and text to
+ *                        convert answers 0, ERROR_INVALID_PARAMETER.
+ *   GetVolumeInformationW  reads the name buffers no further than their sizes.
+ *   GetModuleFileNameW   a name that fills the buffer without a terminator answers 0.
+ *   GetEnvironmentVariableW, GetShortPathNameW, GetLogicalDriveStringsW
+ *                        a buffer too small answers the A function's required size,
+ *                        unconverted, and is not written.
+ *   GetFullPathNameW     the file part never points outside the caller's buffer.
+ *   GetWindowTextW, GetClassNameW and every other reader: a text that the A
+ *                        function or a window procedure left unterminated ends where
+ *                        it was written, or at the end of torwen's buffer.
+ *   GetEnvironmentStringsW  frees the ANSI block also when it fails.
+ *   GetFileAttributesExW ends its search with FindClose.
+ *   Double-NUL lists (CreateProcessW's environment, profile sections) are read up to
+ *                        their final NUL and no further.
  */
 #ifndef TORWEN_H
 #define TORWEN_H
 
 #include <windows.h>
+#include <commctrl.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -72,7 +104,9 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_SYSDEADCHARW(HWND hwnd, WPARAM wParam, LPA
 
 /* WM_GETTEXT: both answer the number of characters (forwarding: wide characters;
  * handling: ANSI bytes on the ANSI platforms) without the terminating NUL, and 0 when
- * the text does not fit the buffer. */
+ * the text does not fit the buffer. A buffer of no characters is never written
+ * (memory safety), and a text written without its terminator ends where it was
+ * written. */
 TORWEN_API int WINAPI AtFORWARD_WM_GETTEXTW(HWND hwnd, int cchTextMax, LPWSTR lpszText,
                                             WNDPROC fn);
 TORWEN_API LRESULT WINAPI AtHANDLE_WM_GETTEXTW(HWND hwnd, WPARAM wParam, LPARAM lParam,
@@ -93,8 +127,9 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_DEVMODECHANGEW(HWND hwnd, WPARAM wParam, L
 
 /* WM_ASKCBFORMATNAME. Forwarding copies the name back into rgchName. Handling on the
  * ANSI platforms gives the handler a wide copy of the buffer as it arrived, and the
- * name the handler writes there is not copied back: the handler must not write more
- * than that copy holds. */
+ * name the handler writes there is not copied back. The copy holds the message's
+ * capacity in characters, of which at most that many bytes of the buffer are read
+ * (memory safety: the buffer need not hold a NUL). */
 TORWEN_API void WINAPI AtFORWARD_WM_ASKCBFORMATNAMEW(HWND hwnd, int cchMax, LPWSTR rgchName,
                                                      WNDPROC fn);
 TORWEN_API LRESULT WINAPI AtHANDLE_WM_ASKCBFORMATNAMEW(HWND hwnd, WPARAM wParam, LPARAM lParam,
@@ -104,7 +139,8 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_ASKCBFORMATNAMEW(HWND hwnd, WPARAM wParam,
  * record (changes the procedure makes to it are not copied back) and answer what
  * the procedure answered. The handlers answer as the window manager expects:
  * WM_CREATE 0 to go on and -1 to stop, WM_NCCREATE 1 or 0, WM_MDICREATE the
- * handler's window. A class atom passes through unchanged. */
+ * handler's window. A class atom passes through unchanged. A null record is passed
+ * on as null (memory safety: nothing to convert). */
 TORWEN_API LRESULT WINAPI AtFORWARD_WM_CREATEW(HWND hwnd, LPCREATESTRUCTW lpCreateStruct,
                                                WNDPROC fn);
 TORWEN_API LRESULT WINAPI AtFORWARD_WM_NCCREATEW(HWND hwnd, LPCREATESTRUCTW lpCreateStruct,
@@ -123,6 +159,37 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_MDICREATEW(HWND hwnd, WPARAM wParam, LPARA
 FARPROC WINAPI GetProcAddressW(HMODULE module, LPCWSTR procName);
 
 /*
+ * System services: the registry.
+ *
+ * RegQueryValueExW and RegEnumValueW, on Windows 95, 98 and Me, answer
+ * ERROR_INVALID_PARAMETER for a data buffer without a size, as the NT family does,
+ * instead of handing the A function a buffer it could overrun; and data of a type
+ * other than text that exceeds the caller's buffer answers ERROR_MORE_DATA with the
+ * size needed, also where the heap's rounding let the A function read it.
+ */
+
+/*
+ * System services: DDE, UUID strings, automation strings, network connections.
+ *
+ * AtWNetGetConnectionW is WNetGetConnectionW under a name of torwen's own. On
+ * Windows 95, 98 and Me a failure inside torwen answers ERROR_OUTOFMEMORY, and a
+ * failed lookup empties the caller's remote name only when it has room.
+ * UuidToStringW's string must be released with torwen's RpcStringFreeW; a failure
+ * inside torwen answers RPC_S_OUT_OF_MEMORY. SysReAllocStringLen answers FALSE for
+ * a null BSTR slot.
+ */
+TORWEN_API DWORD WINAPI AtWNetGetConnectionW(LPCWSTR lpLocalName, LPWSTR lpRemoteName,
+                                             LPDWORD lpnLength);
+
+/*
+ * System services: version information.
+ *
+ * On Windows 95, 98 and Me VerFindFileW and VerInstallFileW take a directory or
+ * file buffer to hold MAX_PATH characters but never write beyond the length the
+ * caller gives; a name that does not fit leaves the A function's byte count as
+ * the length.
+ */
+/*
  * Open and save dialogs. A hook procedure queries and sets the dialog through
  * these instead of sending CDM_xxx itself: on Windows 95, 98 and Me the dialog is
  * an ANSI dialog. The queries answer the message's own count: on those systems
@@ -136,6 +203,196 @@ TORWEN_API void WINAPI AtCommDlg_OpenSave_SetDefExtW(HWND dialog, LPCWSTR ext);
 
 /* GetOpenFileNameW and its kin read the caller's initial name and offsets no further
  * than nMaxFile characters. GetFileTitleW tells the ANSI function at most 65535 bytes. */
+/*
+ * WM_NOTIFY from the common controls. For the notifications of list views, tree
+ * views, headers, tooltips and toolbars whose records carry text, the A and W codes
+ * and records differ: AtFORWARD_WM_NOTIFYW passes a W record (W code) to an ANSI
+ * procedure as the A record with the A code, and converts what comes back into the
+ * caller's record; AtHANDLE_WM_NOTIFYW gives a wide handler the W record of a
+ * received A notification and converts its answer into the control's record. Every
+ * other code reaches fn with the caller's own record, on every platform.
+ * HDN_GETDISPINFO keeps the code it came with: handle both of its values.
+ *
+ * Tooltip text (TTN_NEEDTEXT) always arrives in szText of the forwarder's caller;
+ * a receiver that points lpszText at a string of its own has it read up to its NUL,
+ * at most 80 bytes, and one that answers with a resource identifier has the
+ * identifier stored in the caller's lpszText. A wide handler may answer with a
+ * resource identifier and its hinst (any module), a string of its own in lpszText,
+ * or text in szText.
+ *
+ * On the ANSI platforms a failed allocation answers 0 without calling fn (last
+ * error 14).
+ */
+typedef LRESULT(CALLBACK *AtNotifyHandlerW)(HWND hwnd, int idFrom, NMHDR *pnmh);
+TORWEN_API LRESULT WINAPI AtFORWARD_WM_NOTIFYW(HWND hwnd, int idFrom, NMHDR *pnmh, WNDPROC fn);
+TORWEN_API LRESULT WINAPI AtHANDLE_WM_NOTIFYW(HWND hwnd, WPARAM wParam, LPARAM lParam,
+                                              AtNotifyHandlerW fn);
+
+/*
+ * Common controls: list views, tree views, headers and tab controls.
+ *
+ * Each helper sends one control message: on the NT family the W message with the
+ * caller's record, on Windows 95, 98 and Me the A message with an ANSI copy of the
+ * record, whose text is converted in, or made as an empty buffer of the caller's
+ * capacity and converted back into the caller's pszText (at most cchTextMax
+ * characters, all or nothing). "Get" helpers copy back only the fields the mask
+ * names; list-view and tree-view items only when the message succeeded. A text of
+ * LPSTR_TEXTCALLBACKW reaches list views and tree views as LPSTR_TEXTCALLBACKA with
+ * the caller's cchTextMax. On the ANSI platforms a failed allocation answers the
+ * helper's failure value (-1 for the inserts, the list view's find and string
+ * width, and AtTreeView_SetItemW; 0 for the others) with last error 14.
+ */
+TORWEN_API int WINAPI AtListView_InsertItemW(HWND hwnd, const LVITEMW *item);
+TORWEN_API BOOL WINAPI AtListView_GetItemW(HWND hwnd, LVITEMW *item);
+TORWEN_API BOOL WINAPI AtListView_SetItemW(HWND hwnd, const LVITEMW *item);
+/* Only LVFI_STRING and LVFI_PARTIAL searches convert psz. */
+TORWEN_API int WINAPI AtListView_FindItemW(HWND hwnd, int iStart, const LVFINDINFOW *info);
+TORWEN_API int WINAPI AtListView_GetStringWidthW(HWND hwnd, LPCWSTR psz);
+TORWEN_API HWND WINAPI AtListView_EditLabelW(HWND hwnd, int i);
+TORWEN_API BOOL WINAPI AtListView_GetColumnW(HWND hwnd, int iCol, LVCOLUMNW *col);
+TORWEN_API BOOL WINAPI AtListView_SetColumnW(HWND hwnd, int iCol, const LVCOLUMNW *col);
+TORWEN_API int WINAPI AtListView_InsertColumnW(HWND hwnd, int iCol, const LVCOLUMNW *col);
+/* The ANSI control is told a capacity of 2 * cch bytes; torwen's buffer holds that
+ * many bytes also on a single-byte code page (where cch characters would need only
+ * cch), so the control cannot write past it. */
+TORWEN_API void WINAPI AtListView_GetItemTextW(HWND hwnd, int i, int iSubItem, LPWSTR psz,
+                                               int cch);
+TORWEN_API void WINAPI AtListView_SetItemTextW(HWND hwnd, int i, int iSubItem, LPCWSTR psz);
+/* The incremental-search strings: psz must hold 260 characters; the answer is the
+ * number of characters without the NUL. */
+TORWEN_API int WINAPI AtListView_GetISearchStringW(HWND hwnd, LPWSTR psz);
+TORWEN_API HTREEITEM WINAPI AtTreeView_InsertItemW(HWND hwnd, const TVINSERTSTRUCTW *ins);
+TORWEN_API BOOL WINAPI AtTreeView_GetItemW(HWND hwnd, TVITEMW *item);
+TORWEN_API BOOL WINAPI AtTreeView_SetItemW(HWND hwnd, const TVITEMW *item);
+TORWEN_API HWND WINAPI AtTreeView_EditLabelW(HWND hwnd, HTREEITEM hItem);
+TORWEN_API int WINAPI AtTreeView_GetISearchStringW(HWND hwnd, LPWSTR psz);
+/* The header's get sends an ANSI copy of what pszText holds at the call, and the
+ * control answers no longer a text than that copy: fill pszText with cchTextMax - 1
+ * characters first to read a text of that length. Only cchTextMax characters of it
+ * are read: a buffer without a NUL among them counts as that many characters.
+ * Without HDI_TEXT the caller's pszText and cchTextMax come back as 0. A header
+ * item's LPSTR_TEXTCALLBACKW passes as LPSTR_TEXTCALLBACKA, as for list views, rather
+ * than being read as a string. */
+TORWEN_API BOOL WINAPI AtHeader_GetItemW(HWND hwnd, int i, HDITEMW *item);
+TORWEN_API int WINAPI AtHeader_InsertItemW(HWND hwnd, int i, const HDITEMW *item);
+TORWEN_API BOOL WINAPI AtHeader_SetItemW(HWND hwnd, int i, const HDITEMW *item);
+/* TCIF_TEXT or TCIF_RTLREADING carries the text of a tab item. */
+TORWEN_API BOOL WINAPI AtTabCtrl_GetItemW(HWND hwnd, int i, TCITEMW *item);
+TORWEN_API BOOL WINAPI AtTabCtrl_SetItemW(HWND hwnd, int i, const TCITEMW *item);
+TORWEN_API int WINAPI AtTabCtrl_InsertItemW(HWND hwnd, int i, const TCITEMW *item);
+/*
+ * Menus, text and resources, system parameters (torwen's departures from the A
+ * functions' behaviour where following them would overrun a caller's record).
+ *
+ * GetMenuItemInfoW on Windows 95, 98 and Me refuses a record whose cbSize is below
+ * 44 (and SetMenuItemInfoW one below 40, the fields it reads) with
+ * ERROR_INVALID_PARAMETER, as the NT family does.
+ * DrawTextW and DrawTextExW with DT_MODIFYSTRING give the A function a copy with
+ * room for the four characters it may add.
+ * CharLowerBuffW and CharUpperBuffW read exactly cchLength characters, NULs
+ * included, not the text up to its NUL.
+ * DlgDirListComboBoxW gives the A function a path buffer of at least MAX_PATH bytes.
+ * EnumDisplaySettingsW writes no more of the DEVMODEW than its dmSize declares (and
+ * dmSize then reads that size).
+ * SystemParametersInfoW with SPI_GETICONTITLELOGFONT or SPI_SETICONTITLELOGFONT
+ * writes or reads no more of the LOGFONTW than uiParam bytes; with
+ * SPI_GETSERIALKEYS the port name's copy has room for MAX_PATH bytes.
+ */
+
+/*
+ * Multiple monitors on every Windows. Where the system's user library has the
+ * monitor functions, these call them; where it does not (Windows 95, NT 4) they
+ * answer for one monitor, the primary display, with the whole screen as its area,
+ * and the pseudo handle 0x12340042. xGetMonitorInfo takes a MONITORINFO or a
+ * MONITORINFOEXW; on Windows 98 and Me it is filled through GetMonitorInfoA, and
+ * its cbSize then reads 40 or 72. Without monitor functions a record of 72 bytes
+ * or more gets the device name "DISPLAY" as ANSI bytes at the start of szDevice.
+ */
+TORWEN_API int WINAPI xGetSystemMetrics(int nIndex);
+TORWEN_API HMONITOR WINAPI xMonitorFromPoint(POINT pt, DWORD dwFlags);
+TORWEN_API HMONITOR WINAPI xMonitorFromRect(LPCRECT lprc, DWORD dwFlags);
+TORWEN_API HMONITOR WINAPI xMonitorFromWindow(HWND hwnd, DWORD dwFlags);
+TORWEN_API BOOL WINAPI xGetMonitorInfo(HMONITOR hMonitor, LPMONITORINFO lpmi);
+TORWEN_API BOOL WINAPI xEnumDisplayMonitors(HDC hdc, LPCRECT lprcClip, MONITORENUMPROC lpfnEnum,
+                                            LPARAM dwData);
+
+/*
+ * Static, edit, list-box and combo-box controls. On Windows 95, 98 and Me the
+ * controls of a wide program hold ANSI text and count positions in bytes; these
+ * helpers take and give wide text and character positions on every Windows, and
+ * take the place of sending the controls' messages directly. Each answers what its
+ * message answers (LB_ERR or CB_ERR, -1, when a conversion fails).
+ */
+TORWEN_API int WINAPI AtStatic_GetTextW(HWND hwnd, LPWSTR lpch, int cchMax);
+TORWEN_API BOOL WINAPI AtStatic_SetTextW(HWND hwnd, LPCWSTR lpsz);
+
+/* EM_GETLINE: the number of characters copied; no NUL is written after them. A null
+ * buffer or a cchMax below 1 answers 0 without asking the control. */
+TORWEN_API int WINAPI AtEdit_GetLineW(HWND hwnd, int line, LPWSTR lpch, int cchMax);
+/* EM_REPLACESEL, never undoable. */
+TORWEN_API void WINAPI AtEdit_ReplaceSelW(HWND hwnd, LPCWSTR lpszReplace);
+/* EM_SETPASSWORDCHAR. On the ANSI platforms the character's one ANSI byte goes out
+ * sign-extended; a character that takes two bytes sends 0, no password character. */
+TORWEN_API void WINAPI AtEdit_SetPasswordCharW(HWND hwnd, WCHAR ch);
+/* EM_GETSEL: start in the low word, end in the high word, in characters. A position
+ * past the text counts the text's characters. */
+TORWEN_API DWORD WINAPI AtEdit_GetSelW(HWND hwnd);
+/* EM_SETSEL. On the ANSI platforms only (0, -1), select all, and (-1, any), no
+ * selection, are passed on; otherwise the caret moves to ichStart and the selection
+ * is empty. */
+TORWEN_API void WINAPI AtEdit_SetSelW(HWND hwnd, int ichStart, int ichEnd);
+
+TORWEN_API int WINAPI AtListBox_AddStringW(HWND hwnd, LPCWSTR lpsz);
+TORWEN_API int WINAPI AtListBox_InsertStringW(HWND hwnd, int index, LPCWSTR lpsz);
+TORWEN_API int WINAPI AtListBox_FindStringW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+TORWEN_API int WINAPI AtListBox_FindStringExactW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+TORWEN_API int WINAPI AtListBox_SelectStringW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+/* The buffer must hold the whole text, as for LB_GETTEXT. */
+TORWEN_API int WINAPI AtListBox_GetTextW(HWND hwnd, int index, LPWSTR lpszBuffer);
+/* In characters on every Windows (LB_GETTEXTLEN counts bytes on the ANSI ones). */
+TORWEN_API int WINAPI AtListBox_GetTextLenW(HWND hwnd, int index);
+TORWEN_API int WINAPI AtListBox_AddFileW(HWND hwnd, LPCWSTR lpszFilename);
+/* LB_DIR and CB_DIR: the same entries, in the same order and forms, and the same
+ * answer as the messages give for the attribute flags (DDL_...). */
+TORWEN_API int WINAPI AtListBox_DirW(HWND hwnd, UINT attrs, LPCWSTR lpszFileSpec);
+TORWEN_API int WINAPI AtComboBox_DirW(HWND hwnd, UINT attrs, LPCWSTR lpszFileSpec);
+
+TORWEN_API int WINAPI AtComboBox_AddStringW(HWND hwnd, LPCWSTR lpsz);
+TORWEN_API int WINAPI AtComboBox_InsertStringW(HWND hwnd, int index, LPCWSTR lpsz);
+TORWEN_API int WINAPI AtComboBox_FindStringW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+TORWEN_API int WINAPI AtComboBox_FindStringExactW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+TORWEN_API int WINAPI AtComboBox_SelectStringW(HWND hwnd, int indexStart, LPCWSTR lpszFind);
+TORWEN_API int WINAPI AtComboBox_GetLBTextW(HWND hwnd, int index, LPWSTR lpszBuffer);
+TORWEN_API int WINAPI AtComboBox_GetLBTextLenW(HWND hwnd, int index);
+
+/*
+ * System services: the shell.
+ *
+ * ShellExecuteExW, SHBrowseForFolderW and SHGetPathFromIDListW convert to the ANSI
+ * code page on every platform, the NT family included. ShellExecuteExW reads the
+ * record's lpClass only when fMask has SEE_MASK_CLASSNAME, as the system does.
+ */
+
+/*
+ * System services: input methods.
+ *
+ * On Windows 95, 98 and Me the input method counts in bytes: the Imm...W exports
+ * hand back composition strings in wide bytes, one attribute per character, and
+ * clause offsets and positions in characters, and rebuild candidate and conversion
+ * lists with wide strings. ImmSetCompositionStringW converts the text of SCS_SETSTR
+ * only. ImmEnumRegisterWordW hands AtfnEnumRegisterWordProcA to the ANSI
+ * enumeration, with a context that holds the caller's wide procedure and data; the
+ * adapter calls that procedure with the reading and the word in wide form.
+ */
+#include <imm.h>
+
+typedef struct AtEnumRegisterWordContextW {
+    REGISTERWORDENUMPROCW lpfnEnumProc;
+    LPVOID lpData;
+} AtEnumRegisterWordContextW;
+
+TORWEN_API int CALLBACK AtfnEnumRegisterWordProcA(LPCSTR lpszReading, DWORD dwStyle,
+                                                  LPCSTR lpszString, LPVOID lpData);
 
 /* Printers, on Windows 95, 98 and Me. OpenPrinterW hands a default device mode on
  * without the driver's private bytes. GetPrinterW and EnumPrintersW answer FALSE,
@@ -152,6 +409,89 @@ TORWEN_API void WINAPI AtCommDlg_OpenSave_SetDefExtW(HWND dialog, LPCWSTR ext);
  * PageSetupDlgW read a device mode or device names no further than their global
  * object reaches, and put the dialog's results into a new object where the
  * caller's is too small for them (the old one is freed). */
+
+/*
+ * Common controls: toolbars, tooltips, status bars, animation controls and image
+ * lists. The helpers send one control message each (the W message with the
+ * caller's values on the NT family, the A message with converted text on Windows
+ * 95, 98 and Me); ImageList_LoadImageW, DrawStatusTextW and CreateStatusWindowW are
+ * comctl32's own functions.
+ */
+
+/* TB_ADDSTRING: a list of strings, each ended by a NUL and the list by an empty
+ * string, or a string resource's identifier with hinst. */
+TORWEN_API int WINAPI ToolBar_AddString(HWND hwnd, HINSTANCE hinst, LPCWSTR strings);
+/* Answers the characters copied without the NUL, 0 when the text does not fit cch
+ * characters (on the NT family cch is not used). On the ANSI platforms torwen's
+ * buffer is made as large as the button's text, since the control writes all of it. */
+TORWEN_API int WINAPI ToolBar_GetButtonText(HWND hwnd, int idButton, LPWSTR buf, int cch);
+TORWEN_API void WINAPI ToolBar_SaveRestore(HWND hwnd, BOOL fSave, TBSAVEPARAMSW *params);
+/* The TBBUTTON records go unconverted: on the ANSI platforms an iString that is a
+ * string pointer reaches the control as a wide pointer, so add the strings with
+ * ToolBar_AddString and give their indexes. */
+TORWEN_API BOOL WINAPI ToolBar_AddButtons(HWND hwnd, UINT n, LPTBBUTTON buttons);
+TORWEN_API BOOL WINAPI ToolBar_InsertButton(HWND hwnd, int i, LPTBBUTTON button);
+
+/* Tooltips. The ANSI controls receive 44-byte TOOLINFOA records (with lParam);
+ * a caller's record of 40 bytes has no lParam read or written. A tool text of
+ * LPSTR_TEXTCALLBACKW travels as LPSTR_TEXTCALLBACKA; a string resource's
+ * identifier (with hinst) as it is. DelTool sends only the tool's hwnd and uId,
+ * NewToolRect those and rect.
+ *
+ * The queries (GetToolInfo, HitTest, EnumTools, GetCurrentTool) copy the tool's
+ * fields back into the caller's record and its text into the buffer that the
+ * caller's lpszText designates, which keeps designating it: provide a buffer of
+ * 255 characters there (or null for no text). A tool whose text comes from its
+ * parent or from a resource answers LPSTR_TEXTCALLBACKW or the identifier in
+ * lpszText instead. GetCurrentTool reads back like the others; with a null record
+ * it only answers whether there is a current tool. */
+TORWEN_API BOOL WINAPI ToolTips_AddTool(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API void WINAPI ToolTips_DelTool(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API void WINAPI ToolTips_NewToolRect(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API BOOL WINAPI ToolTips_GetToolInfo(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API void WINAPI ToolTips_SetToolInfo(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API BOOL WINAPI ToolTips_HitTest(HWND hwnd, TTHITTESTINFOW *hit);
+TORWEN_API void WINAPI ToolTips_UpdateTipText(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API BOOL WINAPI ToolTips_EnumTools(HWND hwnd, UINT iTool, TTTOOLINFOW *ti);
+TORWEN_API BOOL WINAPI ToolTips_GetCurrentTool(HWND hwnd, TTTOOLINFOW *ti);
+
+/* Status bars. SetText of an SBT_OWNERDRAW part passes the owner's value as it is.
+ * GetText answers the A message's result on the ANSI platforms (the length in
+ * bytes in the low word, the drawing type in the high word) and leaves the buffer
+ * untouched for an empty part; the buffer must hold the text and its NUL. */
+TORWEN_API BOOL WINAPI AtStatusBar_SetTextW(HWND hwnd, int iPart, LPCWSTR text);
+TORWEN_API DWORD WINAPI AtStatusBar_GetTextW(HWND hwnd, int iPart, LPWSTR buf);
+
+/* A "SysAnimate32" child at the parent's origin, of no size. */
+TORWEN_API HWND WINAPI AtAnimate_CreateW(HWND hwndParent, UINT id, DWORD dwStyle,
+                                         HINSTANCE hInstance);
+/* Sends ACM_OPENA (0x464) on both platforms, on the NT family with the wide name as
+ * it is: no ACM_OPENW is sent. */
+TORWEN_API BOOL WINAPI AtAnimate_OpenW(HWND hwnd, LPCWSTR lpszName);
+
+/*
+ * Property sheets. On Windows 95, 98 and Me PropertySheetW and
+ * CreatePropertySheetPageW convert the header and pages and call the A functions;
+ * the pages' dialog procedures run as ANSI dialog procedures. The caller's page
+ * array is read at a stride of 48 bytes (PROPSHEETPAGEW with its header titles),
+ * whatever each page's dwSize says; the system receives pages of 68 bytes. A sheet
+ * callback receives the A sheet's values.
+ *
+ * A page with PSP_USECALLBACK gets fnAtPropertySheetA as its callback and, as its
+ * lParam, a pair holding the caller's callback and lParam: the wide callback then
+ * receives a wide copy of the page carrying its own lParam and callback (the
+ * dialog procedure, in WM_INITDIALOG, sees the A page with the pair's address as
+ * lParam). The pair lives as long as the page, also after the export returned
+ * (a modeless sheet, a page made by CreatePropertySheetPageW), and is freed when
+ * the system releases the page. The strings converted for the pages are released
+ * when PropertySheetW and CreatePropertySheetPageW return.
+ */
+TORWEN_API UINT CALLBACK fnAtPropertySheetA(HWND hwnd, UINT uMsg, LPPROPSHEETPAGEA ppsp);
+/* PSM_SETTITLEA with the ANSI title on Windows 95, 98 and Me. */
+TORWEN_API void WINAPI AtPropSheet_SetTitleW(HWND hDlg, DWORD dwStyle, LPCWSTR lpszText);
+/* PSM_SETFINISHTEXTW (0x479) on both platforms, with the ANSI text on Windows 95, 98
+ * and Me. */
+TORWEN_API void WINAPI AtPropSheet_SetFinishTextW(HWND hDlg, LPCWSTR lpszText);
 
 #ifdef __cplusplus
 }

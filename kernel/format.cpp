@@ -7,6 +7,7 @@
 // expand that array against the ANSI template.
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <cwchar>
 
 #include "core/core.h"
@@ -39,41 +40,6 @@ LPCWSTR AtFindInsert(LPCWSTR tmpl, int n)
     return nullptr;
 }
 
-// The type of the insert at `insert`: 's' without a "!format!", else the last
-// character of the format (the conversion letter of "%1!ld!"), 0 for an empty one.
-WCHAR AtInsertType(LPCWSTR insert)
-{
-    LPCWSTR p = insert + 1;
-    for (int digits = 0; digits < 2 && *p >= L'0' && *p <= L'9'; ++digits)
-        ++p;
-    if (*p != L'!')
-        return L's';
-    ++p;
-    if (!*p || *p == L'!')
-        return 0;
-    while (p[1] && p[1] != L'!')
-        ++p;
-    return *p;
-}
-
-bool IsStringType(WCHAR type)
-{
-    return type == L's' || type == L'S';
-}
-
-bool IsTextType(WCHAR type)
-{
-    return IsStringType(type) || type == L'c' || type == L'C';
-}
-
-// The type of insert n, or 0 when it is missing: the walks over the inserts stop
-// at the first missing number or the first empty format.
-WCHAR TypeOfInsert(LPCWSTR tmpl, int n)
-{
-    LPCWSTR insert = AtFindInsert(tmpl, n);
-    return insert ? AtInsertType(insert) : 0;
-}
-
 // Inserts 1, 2, ... up to the first missing number.
 int AtCountInserts(LPCWSTR tmpl)
 {
@@ -83,22 +49,143 @@ int AtCountInserts(LPCWSTR tmpl)
     return n;
 }
 
-// How many of the leading typed inserts take text (strings or characters).
-int AtCountTextInserts(LPCWSTR tmpl)
+// How the formatting functions read one argument. The conversion letter and the
+// one before it decide the width, as in printf: "h" is narrow, "l" and "w" are
+// wide, a lowercase letter has the function's own width and an uppercase one the
+// other width.
+enum class ArgKind : unsigned char { Value, Char, String };
+
+struct ArgUse {
+    ArgKind kind = ArgKind::Value;
+    bool wideInW = false;  // how FormatMessageW reads it (the caller's form)
+    bool wideInA = false;  // how FormatMessageA reads it, the template's formats unchanged
+};
+
+bool IsWide(WCHAR prefix, WCHAR letter, bool wideFunction)
 {
-    int count = 0;
-    for (int n = 1; n <= MaxInsert; ++n) {
-        WCHAR type = TypeOfInsert(tmpl, n);
-        if (!type)
-            break;
-        if (IsTextType(type))
-            ++count;
-    }
-    return count;
+    if (prefix == L'h')
+        return false;
+    if (prefix == L'l' || prefix == L'w')
+        return true;
+    return (letter == L's' || letter == L'c') == wideFunction;
 }
 
+ArgUse UseOf(LPCWSTR format, int length)
+{
+    ArgUse use;
+    if (!length)
+        return use;  // an empty format reads a value of no known kind: it goes on as given
+    WCHAR letter = format[length - 1];
+    WCHAR prefix = length > 1 ? format[length - 2] : 0;
+    if (letter == L's' || letter == L'S')
+        use.kind = ArgKind::String;
+    else if (letter == L'c' || letter == L'C')
+        use.kind = ArgKind::Char;
+    use.wideInW = IsWide(prefix, letter, true);
+    use.wideInA = IsWide(prefix, letter, false);
+    return use;
+}
+
+// Every argument that the template's inserts read, by position (1 is the
+// caller's first argument), walked the way the formatting functions walk it: a
+// "*" width or precision takes an argument of its own (the insert's number for
+// the first, then the one after the highest read so far), and the value follows.
+// One argument may be read by several inserts with different formats: a string
+// reading wins, since a string entry is the only one that must point somewhere.
+class ArgUses {
+public:
+    static const int MaxPosition = 3 * MaxInsert;
+
+    explicit ArgUses(LPCWSTR tmpl)
+    {
+        for (LPCWSTR p = tmpl; *p; ++p) {
+            if (*p != L'%' || !p[1])
+                continue;
+            ++p;
+            if (*p < L'1' || *p > L'9')
+                continue;  // "%%", "%n", "%!" and the like are text
+            int n = *p - L'0';
+            if (p[1] >= L'0' && p[1] <= L'9')
+                n = 10 * n + (*++p - L'0');
+            LPCWSTR format = L"s";
+            int length = 1;
+            if (p[1] == L'!') {
+                format = p + 2;
+                for (length = 0; format[length] && format[length] != L'!'; ++length)
+                    ;
+                p = format + length - (format[length] ? 0 : 1);
+            }
+            add(n, format, length);
+        }
+    }
+
+    // The caller's arguments the inserts read.
+    int count() const { return last; }
+    // The entries handed to FormatMessageA: the ones read, and as many more as a
+    // formatter that numbers the arguments after a "*" differently could reach.
+    int tableSize() const
+    {
+        int reach = highestInsert + stars;
+        return reach > last ? reach : last;
+    }
+    bool hasWidthArguments() const { return stars > 0; }
+    // More arguments than the table can describe: FormatMessageA would read past it.
+    bool tooMany() const { return overflow; }
+    const ArgUse& operator[](int position) const { return uses[position - 1]; }
+    bool needsConversion() const
+    {
+        for (int i = 0; i < last; ++i)
+            if (uses[i].kind != ArgKind::Value && uses[i].wideInW != uses[i].wideInA)
+                return true;
+        return false;
+    }
+
+private:
+    void add(int n, LPCWSTR format, int length)
+    {
+        if (n > highestInsert)
+            highestInsert = n;
+        int position = n;
+        bool starred = false;
+        for (int i = 0; i < length; ++i) {
+            if (format[i] != L'*')
+                continue;
+            read(starred ? last + 1 : n, ArgUse{});
+            starred = true;
+            ++stars;
+        }
+        if (starred)
+            position = last + 1;
+        read(position, UseOf(format, length));
+    }
+
+    void read(int position, ArgUse use)
+    {
+        if (position > MaxPosition) {
+            overflow = true;
+            return;
+        }
+        if (position > last)
+            last = position;
+        ArgUse& seen = uses[position - 1];
+        if (use.kind > seen.kind) {
+            seen = use;
+        } else if (use.kind == seen.kind && use.kind != ArgKind::Value) {
+            // The caller's form is the first reading's; a narrow reading by
+            // FormatMessageA anywhere asks for a narrow entry.
+            seen.wideInA = seen.wideInA && use.wideInA;
+        }
+    }
+
+    ArgUse uses[MaxPosition];
+    int last = 0;
+    int highestInsert = 0;
+    int stars = 0;
+    bool overflow = false;
+};
+
 // Where the insert values come from: the caller's array, or the caller's
-// variable argument list, read one 32-bit value per insert in insert order.
+// variable argument list, read one 32-bit value per argument in order.
 class AtInsertValues {
 public:
     AtInsertValues(va_list* arguments, bool isArray) : arguments(arguments), isArray(isArray) {}
@@ -116,32 +203,33 @@ private:
     int index = 0;
 };
 
-// The argument array handed to FormatMessageA: the caller's values with every
-// string converted to the ANSI code page and every character to its ANSI byte.
-// It frees the strings it converted, also when a conversion runs out of memory
-// half way through (so the building is not left to a constructor, whose object
-// would never be destroyed).
+// The argument array handed to FormatMessageA: one entry for every argument the
+// template reads, each in the width FormatMessageA reads it, so that it never reads
+// an entry the table does not have or a string past its end. It frees the strings
+// it converted, also when a conversion runs out of memory half way through (so the
+// building is not left to a constructor, whose object would never be destroyed).
 class AtFormatArgs {
 public:
     AtFormatArgs() = default;
 
-    void build(LPCWSTR tmpl, int count, AtInsertValues values)
+    void build(const ArgUses& uses, AtInsertValues values)
     {
-        table = count ? static_cast<DWORD*>(AtAlloc(4 * count)) : nullptr;
-        this->tmpl = tmpl;
+        int count = uses.count(), size = uses.tableSize();
+        table = size ? static_cast<DWORD*>(AtAlloc(4 * size)) : nullptr;
+        for (int n = count + 1; n <= size; ++n)
+            table[n - 1] = 0;  // never the caller's: it gave no more than are read
         for (int n = 1; n <= count; ++n) {
-            WCHAR type = TypeOfInsert(tmpl, n);
-            if (!type)
-                break;
-            table[n - 1] = convert(type, values.next());
+            table[n - 1] = values.next();
+            owned[n - 1] = false;
             built = n;
+            convert(uses[n], table[n - 1], owned[n - 1]);
         }
     }
 
     ~AtFormatArgs()
     {
         for (int n = 1; n <= built; ++n)
-            if (IsStringType(TypeOfInsert(tmpl, n)))
+            if (owned[n - 1])
                 AtFree(reinterpret_cast<void*>(table[n - 1]));
         if (table)
             AtFree(table);
@@ -153,27 +241,58 @@ public:
     va_list* array() const { return reinterpret_cast<va_list*>(table); }
 
 private:
-    static DWORD convert(WCHAR type, DWORD value)
+    static void convert(const ArgUse& use, DWORD& entry, bool& owned)
     {
-        if (IsStringType(type)) {
-            LPCWSTR s = reinterpret_cast<LPCWSTR>(value);
-            // Two bytes a character are enough for any ANSI code page of the platform.
-            int size = 2 * static_cast<int>(wcslen(s)) + 2;
-            char* a = static_cast<char*>(AtAlloc(size));
-            if (!WideCharToMultiByte(CP_ACP, 0, s, -1, a, size, nullptr, nullptr))
-                a[0] = '\0';
-            return reinterpret_cast<DWORD>(a);
+        if (use.kind == ArgKind::Value || use.wideInW == use.wideInA)
+            return;  // read as the caller gave it
+        if (use.kind == ArgKind::Char) {
+            entry = use.wideInW ? ToAnsiChar(entry) : ToWideChar(entry);
+            return;
         }
-        if (type == L'c' || type == L'C') {
-            DWORD entry = 0;
-            *reinterpret_cast<char*>(&entry) = static_cast<char>(AtWideCharToAnsiChar(value));
-            return entry;
-        }
-        return value;
+        if (AtIsIntegerValue(reinterpret_cast<const void*>(entry)))
+            return;  // a null string is printed as "(null)" either way
+        entry = use.wideInW ? ToAnsiString(reinterpret_cast<LPCWSTR>(entry))
+                            : ToWideString(reinterpret_cast<LPCSTR>(entry));
+        owned = true;
+    }
+
+    // Two bytes a character are enough for any ANSI code page of the platform.
+    // The rest of the block is cleared, so that an insert which reads the same
+    // argument as a wide string still finds a wide NUL inside the block.
+    static DWORD ToAnsiString(LPCWSTR s)
+    {
+        int size = 2 * static_cast<int>(wcslen(s)) + 2;
+        char* a = static_cast<char*>(AtAlloc(size));
+        int written = WideCharToMultiByte(CP_ACP, 0, s, -1, a, size, nullptr, nullptr);
+        memset(a + written, 0, size - written);
+        return reinterpret_cast<DWORD>(a);
+    }
+
+    static DWORD ToWideString(LPCSTR s)
+    {
+        int count = MultiByteToWideChar(CP_ACP, 0, s, -1, nullptr, 0);
+        LPWSTR w = static_cast<LPWSTR>(AtAlloc(2 * count));
+        if (!MultiByteToWideChar(CP_ACP, 0, s, -1, w, count))
+            w[0] = L'\0';
+        return reinterpret_cast<DWORD>(w);
+    }
+
+    static DWORD ToAnsiChar(DWORD c)
+    {
+        DWORD entry = 0;
+        *reinterpret_cast<char*>(&entry) = static_cast<char>(AtWideCharToAnsiChar(c));
+        return entry;
+    }
+
+    static DWORD ToWideChar(DWORD c)
+    {
+        char b = static_cast<char>(c);
+        WCHAR w = 0;
+        return MultiByteToWideChar(CP_ACP, 0, &b, 1, &w, 1) ? w : BYTE(b);
     }
 
     DWORD* table = nullptr;
-    LPCWSTR tmpl = nullptr;
+    bool owned[ArgUses::MaxPosition];
     int built = 0;  // entries filled so far
 };
 
@@ -208,6 +327,16 @@ DWORD WINAPI FormatMessageW(DWORD flags, LPCVOID source, DWORD id, DWORD languag
         .orAnsi(0, [=](AtSavedError& err) -> DWORD {
             const bool allocate = flags & FORMAT_MESSAGE_ALLOCATE_BUFFER;
             LPWSTR* allocated = reinterpret_cast<LPWSTR*>(buffer);
+            // Refused before anything is written through them, as the system refuses
+            // them: no buffer (nor a place for an allocated one's address), no text.
+            if (!buffer) {
+                err.value = ERROR_INVALID_PARAMETER;
+                return 0;
+            }
+            if ((flags & FORMAT_MESSAGE_FROM_STRING) && !source) {
+                err.value = GetLastError();
+                return 0;
+            }
 
             // The template, with its inserts as they stand.
             AtStringSlot fetched;
@@ -237,13 +366,18 @@ DWORD WINAPI FormatMessageW(DWORD flags, LPCVOID source, DWORD id, DWORD languag
 
             int inserts = AtCountInserts(tmpl);
             if (!inserts || !arguments || (flags & FORMAT_MESSAGE_IGNORE_INSERTS)) {
-                // Nothing to expand: the template is the message. It is copied as
-                // it stands, without a check against the caller's size.
+                // Nothing to expand: the template is the message, copied as it
+                // stands when it fits the caller's buffer with its terminator.
                 DWORD length = wcslen(tmpl);
-                if (!allocate)
+                if (!allocate) {
+                    if (length >= size) {
+                        err.value = ERROR_INSUFFICIENT_BUFFER;
+                        return 0;
+                    }
                     wcscpy(buffer, tmpl);
-                else if (!(*allocated = LocalCopy(tmpl, 2 * length + 2)))
+                } else if (!(*allocated = LocalCopy(tmpl, 2 * length + 2))) {
                     return 0;
+                }
                 return length;
             }
 
@@ -255,13 +389,23 @@ DWORD WINAPI FormatMessageW(DWORD flags, LPCVOID source, DWORD id, DWORD languag
             DWORD formatFlags = flags & ~(FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_FROM_SYSTEM);
             formatFlags |= FORMAT_MESSAGE_FROM_STRING;
 
-            // Numeric inserts can take the caller's values as they are; the template
-            // keeps its formats, so a "!S!" insert gets the converted ANSI string.
+            // Arguments that FormatMessageA reads as FormatMessageW would (numbers,
+            // "%1!hs!") can be the caller's as they are; the template keeps its
+            // formats, so each other one is converted to the width its insert reads.
             DWORD r;
-            if (AtCountTextInserts(tmpl)) {
+            ArgUses uses(tmpl);
+            if (uses.needsConversion()) {
+                // A variable argument list is read past a "*" width in an order
+                // that one table of converted arguments cannot follow: which of
+                // the caller's values are strings is then unknown, so the call is
+                // refused rather than have a number read as a string.
                 bool isArray = flags & FORMAT_MESSAGE_ARGUMENT_ARRAY;
+                if (uses.tooMany() || (!isArray && uses.hasWidthArguments())) {
+                    err.value = ERROR_INVALID_PARAMETER;
+                    return 0;
+                }
                 AtFormatArgs table;
-                table.build(tmpl, inserts, AtInsertValues(arguments, isArray));
+                table.build(uses, AtInsertValues(arguments, isArray));
                 formatFlags |= FORMAT_MESSAGE_ARGUMENT_ARRAY;
                 r = err.keep(FormatMessageA(formatFlags, templateA, id, language, outA,
                                             AtHeapSize(outA), table.array()));

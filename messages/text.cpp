@@ -175,9 +175,11 @@ int WINAPI AtFORWARD_WM_GETTEXTW(HWND hwnd, int cchTextMax, LPWSTR lpszText, WND
             fn(hwnd, WM_GETTEXT, cchTextMax, reinterpret_cast<LPARAM>(lpszText)));
     return AtTranslate<int>(0, [&] {
         AtStringSlot buf;
-        AtAllocAnsiOut(buf, cchTextMax);
+        AtAllocEmptyAnsiOut(buf, cchTextMax);
         if (!fn(hwnd, WM_GETTEXT, AtHeapSize(buf), reinterpret_cast<LPARAM>(buf.value))) {
-            lpszText[0] = L'\0';
+            // An empty answer, where there is room for one.
+            if (lpszText && cchTextMax > 0)
+                lpszText[0] = L'\0';
             return 0;
         }
         return AtCountWithoutTerminator(AtAnsiToWideOut(buf, lpszText, cchTextMax));
@@ -196,7 +198,9 @@ LRESULT WINAPI AtHANDLE_WM_GETTEXTW(HWND hwnd, WPARAM wParam, LPARAM lParam,
         AtAllocWideOut(wbuf, wParam);
         LPSTR out = reinterpret_cast<LPSTR>(lParam);
         if (!fn(hwnd, static_cast<int>(AtHeapSize(wbuf) / sizeof(WCHAR)), wbuf)) {
-            out[0] = '\0';
+            // An empty answer, where there is room for one.
+            if (out && wParam)
+                out[0] = '\0';
             return 0;
         }
         return AtCountWithoutTerminator(AtWideToAnsiOut(wbuf, out, wParam));
@@ -252,7 +256,9 @@ void WINAPI AtFORWARD_WM_ASKCBFORMATNAMEW(HWND hwnd, int cchMax, LPWSTR rgchName
 }
 
 // The handler gets a wide copy of the buffer as it arrived, with the message's own
-// capacity; what it writes there is not copied back into the ANSI buffer.
+// capacity; what it writes there is not copied back into the ANSI buffer. The copy
+// holds that capacity in characters, so the handler may fill it, and reads no more
+// of the buffer than its capacity in bytes.
 LRESULT WINAPI AtHANDLE_WM_ASKCBFORMATNAMEW(HWND hwnd, WPARAM wParam, LPARAM lParam,
                                             AtNameBufferHandlerW fn)
 {
@@ -261,8 +267,19 @@ LRESULT WINAPI AtHANDLE_WM_ASKCBFORMATNAMEW(HWND hwnd, WPARAM wParam, LPARAM lPa
         return 0;
     }
     return AtTranslate<LRESULT>(0, [&] {
+        LPCSTR name = reinterpret_cast<LPCSTR>(lParam);
+        if (!name) {
+            fn(hwnd, static_cast<int>(wParam), nullptr);
+            return 0;
+        }
         AtStringSlot copy;
-        AtAnsiToWideTemp(copy, reinterpret_cast<LPCSTR>(lParam));
+        AtAllocWideOut(copy, wParam ? wParam : 1);
+        int length = 0;
+        while (DWORD(length) < wParam && name[length])
+            ++length;
+        int capacity = AtHeapSize(copy) / 2;
+        int converted = MultiByteToWideChar(CP_ACP, 0, name, length, copy, capacity);
+        static_cast<WCHAR*>(copy)[converted < capacity ? converted : capacity - 1] = L'\0';
         fn(hwnd, static_cast<int>(wParam), copy);
         return 0;
     });

@@ -2,6 +2,8 @@
 #include "core/core.h"
 #include "harness/harness.h"
 
+#include <functional>
+
 namespace {
 
 class CoreTest : public harness::TorwenTest {
@@ -88,29 +90,65 @@ TEST_F(CoreTest, TemporariesRoundTripText)
     EXPECT_EQ(std::wstring(static_cast<WCHAR*>(wide)), text);
 }
 
-TEST_F(CoreTest, ListModeReadsOneCharacterPastTheList)
+TEST_F(CoreTest, ListModeStopsAtTheListsEnd)
 {
-    WideToAnsiCalls calls;
+    // Each list ends exactly at a no-access page. The block is one byte longer than
+    // the list needs, and that byte is a NUL.
+    harness::GuardPage guard;
     struct {
         const WCHAR* list;
-        int length;
-    } cases[] = {{L"\0\0", 2}, {L"a\0\0", 4}, {L"ab\0\0", 5}, {L"a\0bc\0\0", 7}};
+        std::size_t length;  // characters, with the final NUL
+        std::size_t bytes;   // allocated
+    } cases[] = {{L"\0", 1, 2}, {L"a\0\0", 3, 4}, {L"ab\0\0", 4, 5}, {L"a\0bc\0\0", 6, 7}};
     for (auto& c : cases) {
-        calls.lengths.clear();
+        harness::HeapLog heap;
         AtStringSlot slot;
-        AtWideToAnsiTempList(slot, c.list, AtListOfStrings);
-        EXPECT_EQ(calls.lengths, (std::vector<int>{c.length, c.length}));
+        AtWideToAnsiTempList(slot, guard.Copy(c.list, c.length), AtListOfStrings);
+        EXPECT_EQ(heap.allocationSizes(), std::vector<SIZE_T>{c.bytes}) << c.length;
+        EXPECT_EQ(std::string(static_cast<char*>(slot), c.length),
+                  std::string(c.list, c.list + c.length));
+        EXPECT_EQ(static_cast<char*>(slot)[c.bytes - 1], '\0');
     }
-    // The list reaches the A function intact, double NUL included.
+    std::wstring text = L"A=" + harness::NonAsciiText() + L'\0' + L"B=2" + L'\0';
     AtStringSlot slot;
-    AtWideToAnsiTempList(slot, L"A=1\0B=2\0\0", AtListOfStrings);
-    EXPECT_EQ(memcmp(static_cast<char*>(slot), "A=1\0B=2\0", 9), 0);
+    AtWideToAnsiTempList(slot, guard.Copy(text.c_str(), text.size() + 1), AtListOfStrings);
+    std::string expected = harness::ToAnsi(L"A=" + harness::NonAsciiText()) + '\0' + "B=2";
+    EXPECT_EQ(std::string(static_cast<char*>(slot), expected.size() + 3), expected + '\0' + '\0' + '\0');
 
-    calls.lengths.clear();
+    WideToAnsiCalls calls;
     AtStringSlot single;
     AtWideToAnsiTempList(single, L"a\0b\0", 0);
     EXPECT_EQ(calls.lengths, (std::vector<int>{-1, -1}));
     EXPECT_STREQ(static_cast<char*>(single), "a");
+}
+
+// Whatever an A function reports or leaves unterminated, a conversion back reads
+// only its block: a text without a NUL in it ends where the block does.
+TEST_F(CoreTest, ConversionBackStaysInsideTheBlock)
+{
+    AtStringSlot full;
+    AtAllocBuffer(full, 4);
+    memcpy(full.value, "abcd", 4);
+    WCHAR buf[16];
+    struct {
+        int converted;
+        std::wstring text;
+        std::function<int()> convert;
+    } cases[] = {
+        {5, L"abcd", [&] { return AtAnsiToWideOut(full, buf, 16); }},
+        {5, L"abcd", [&] { return AtAnsiToWideOut(full, buf, 5); }},
+        {0, L"", [&] { return AtAnsiToWideOut(full, buf, 4); }},  // no room for the NUL
+        {5, L"", [&] { return AtAnsiToWideOut(full, nullptr, 0); }},
+        {4, L"abcd", [&] { return AtAnsiToWideOutN(full, buf, 16, 9); }},  // a required size
+    };
+    for (auto& c : cases) {
+        wmemset(buf, L'#', 16);
+        EXPECT_EQ(c.convert(), c.converted) << c.text.c_str();
+        if (!c.text.empty()) {
+            EXPECT_EQ(std::wstring(buf, 4), c.text);
+        }
+    }
+    EXPECT_EQ(buf[4], L'#');  // a counted conversion adds no NUL
 }
 
 TEST_F(CoreTest, FailedConversionLeavesAnEmptyTemporary)

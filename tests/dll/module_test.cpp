@@ -52,9 +52,22 @@ TEST_F(ModuleTest, ImportsOnlyWhatWindows95Implements)
                 << name << " is a W function: bind it on first use";
             for (const char* missing : NotOnWindows95)
                 EXPECT_NE(name, missing) << "Windows 95 lacks " << name;
+            // A process there has about 80 TLS indexes: a DLL that a host loads
+            // again and again must not spend them (nor does the runtime's
+            // emulated thread-local storage, which would import this).
+            EXPECT_NE(name, "TlsAlloc") << "torwen keeps no thread-local data";
         }
     }
     EXPECT_GT(kernel32, 0);
+}
+
+// Windows 95, 98 and Me do not set up a TLS directory for a DLL that LoadLibrary
+// maps: code relying on one would run with nothing behind it there.
+TEST_F(ModuleTest, HasNoTlsDirectory)
+{
+    const IMAGE_DATA_DIRECTORY& dir = Directory(harness::Torwen(), IMAGE_DIRECTORY_ENTRY_TLS);
+    EXPECT_EQ(dir.VirtualAddress, 0u);
+    EXPECT_EQ(dir.Size, 0u);
 }
 
 TEST_F(ModuleTest, ExportsOnlyDecoratedNames)

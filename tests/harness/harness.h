@@ -135,6 +135,56 @@ int HeapAllocCalls();
 // that each run frees every block it allocated.
 int SweepAllocationFailures(const std::function<void(int k)>& call);
 
+// ---- memory that ends at a no-access page
+
+// Buffers and strings placed so that their last byte is followed by a page that
+// may be neither read nor written: a call that runs past them faults at once
+// instead of quietly touching the heap or the stack.
+//     harness::GuardPage guard;
+//     WCHAR* buf = guard.End<WCHAR>(10);           // 10 characters, then the page
+//     LPCWSTR list = guard.Copy(L"a\0b\0", 5);     // ends exactly at its last NUL
+class GuardPage {
+public:
+    GuardPage();
+    ~GuardPage();
+    GuardPage(const GuardPage&) = delete;
+    GuardPage& operator=(const GuardPage&) = delete;
+
+    // `count` elements filled with `fill`, ending where the page begins. Each call
+    // hands out the same memory again.
+    template <typename T>
+    T* End(std::size_t count, T fill = T())
+    {
+        T* p = reinterpret_cast<T*>(limit) - count;
+        for (std::size_t i = 0; i < count; ++i)
+            p[i] = fill;
+        return p;
+    }
+
+    template <typename T>
+    T* Copy(const T* data, std::size_t count)
+    {
+        T* p = End<T>(count);
+        for (std::size_t i = 0; i < count; ++i)
+            p[i] = data[i];
+        return p;
+    }
+
+private:
+    unsigned char* base;
+    unsigned char* limit;  // the first byte of the no-access page
+};
+
+// While one lives, every block torwen allocates ends at a no-access page too: a
+// conversion that reads or writes past torwen's own block faults at once.
+class GuardedHeapBlocks {
+public:
+    GuardedHeapBlocks();
+    ~GuardedHeapBlocks();
+    GuardedHeapBlocks(const GuardedHeapBlocks&) = delete;
+    GuardedHeapBlocks& operator=(const GuardedHeapBlocks&) = delete;
+};
+
 // ---- the fixture
 
 class TorwenTest : public ::testing::Test {

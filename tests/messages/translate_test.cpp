@@ -71,6 +71,26 @@ protected:
         return 0;
     }
     static LRESULT CALLBACK Receiver(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam);
+    // Answers WM_GETTEXT with four characters and no terminator.
+    static LRESULT CALLBACK Unterminated(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
+    {
+        if (msg != WM_GETTEXT)
+            return DefWindowProcW(hwnd, msg, wParam, lParam);
+        if (harness::AnsiPath())
+            memcpy(LPSTR(lParam), "abcd", 4);
+        else
+            memcpy(LPWSTR(lParam), L"abcd", 8);
+        return 4;
+    }
+    static int CALLBACK NoText(HWND, int, LPWSTR) { return ++handled, 0; }
+    static BOOL CALLBACK NoRecord(HWND, LPCREATESTRUCTW cs) { return ++handled, !cs; }
+    static HWND CALLBACK NoMDIRecord(HWND, LPMDICREATESTRUCTW mcs) { return ++handled, HWND(mcs); }
+    static int CALLBACK FillAll(HWND, int n, LPWSTR s)
+    {
+        for (int i = 0; i < n; ++i)
+            s[i] = L'z';
+        return n;
+    }
 
     TestWindow window;
     MSG queued;
@@ -185,6 +205,39 @@ TEST_F(MessagesTest, TextsRoundTrip)
     EXPECT_EQ(std::tuple(seen, capacity, std::string(name)), std::tuple(L"old", 32, "old"));
 }
 
+// Each text translator stays inside the buffers it is given: no buffer of no size
+// is written, a caller's buffer ending at a no-access page is not overrun, and a
+// text written without its terminator ends where its writer stopped.
+TEST_F(MessagesTest, TextTranslatorsStayInsideTheirBuffers)
+{
+    const HWND w = window.hwnd;
+    harness::GuardPage guard;
+    EXPECT_EQ(AtFORWARD_WM_GETTEXTW(w, 0, nullptr, Record), 0);
+    EXPECT_EQ(AtHANDLE_WM_GETTEXTW(w, 0, 0, NoText), 0);
+    EXPECT_EQ(handled, 1);
+
+    LPWSTR text = guard.End<WCHAR>(8, L'#');
+    EXPECT_EQ(AtFORWARD_WM_GETTEXTW(w, 8, text, Unterminated), 4);
+    EXPECT_EQ(std::wstring(text, 4), L"abcd");
+    SetWindowLongW(w, GWL_WNDPROC, LONG(Unterminated));
+    WCHAR buf[8];
+    EXPECT_EQ(GetWindowTextW(w, buf, 8), 4);
+    EXPECT_EQ(std::wstring(buf, 4), L"abcd");
+    SetWindowLongW(w, GWL_WNDPROC, LONG(DefWindowProcW));
+
+    // A handler that fills every character it was offered, terminator's place too.
+    LPARAM out = harness::AnsiPath() ? LPARAM(guard.End<char>(6)) : LPARAM(guard.End<WCHAR>(6));
+    EXPECT_LE(AtHANDLE_WM_GETTEXTW(w, 6, out, FillAll), 6);
+
+    if (!harness::AnsiPath())
+        return;
+    // A name buffer that holds no NUL: the handler's copy has the buffer's capacity
+    // and holds what fits of it.
+    LPSTR name = guard.End<char>(8, 'n');
+    EXPECT_EQ(AtHANDLE_WM_ASKCBFORMATNAMEW(w, 8, LPARAM(name), OnAskName), 0);
+    EXPECT_EQ(std::tuple(seen, capacity), std::tuple(L"nnnnnnn", 8));
+}
+
 // Every field arrives, an atom and a null name as they are. WM_CREATE goes on at 0 and
 // stops at -1, WM_NCCREATE at 1 and 0; WM_MDICREATE gives the child's handle bit for bit.
 TEST_F(MessagesTest, CreationRecordsRoundTrip)
@@ -204,6 +257,15 @@ TEST_F(MessagesTest, CreationRecordsRoundTrip)
         EXPECT_EQ(AtFORWARD_WM_NCCREATEW(nullptr, &cs, Receiver), answer ? 1 : 0);
         EXPECT_EQ(seen, L"<null>;#49443;");
     }
+    // No record: each passes on null, as it is.
+    calls.clear();
+    AtFORWARD_WM_CREATEW(nullptr, nullptr, Record);
+    AtFORWARD_WM_MDICREATEW(nullptr, nullptr, Record);
+    EXPECT_EQ(std::tuple(calls.size(), calls[0].lParam, calls[1].lParam), std::tuple(2u, 0, 0));
+    handled = 0;
+    EXPECT_EQ(AtHANDLE_WM_NCCREATEW(nullptr, 0, 0, NoRecord), 1);
+    EXPECT_EQ(AtHANDLE_WM_MDICREATEW(nullptr, 0, 0, NoMDIRecord), 0);
+    EXPECT_EQ(handled, 2);
     MDICREATESTRUCTW mcs = {MAKEINTATOM(0xC124), name.c_str(), HANDLE(0x2001), 21, 22, 23, 24,
                             0x00CF0000, 0x2005};
     EXPECT_EQ(AtFORWARD_WM_MDICREATEW(nullptr, &mcs, Receiver), LRESULT(0xFFFFFFFE));

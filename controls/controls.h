@@ -1,0 +1,30 @@
+// What the standard-control helpers share: sending a control its message.
+#pragma once
+
+#include "core/core.h"
+#include "torwen.h"
+
+AT_SYSTEM_FUNCTION(user32, SendMessageW, 0)
+AT_SYSTEM_FUNCTION(user32, SendMessageA, 0)
+
+inline LRESULT AtSend(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
+{
+    return Sys::SendMessageW(hwnd, msg, wParam, lParam);
+}
+
+inline LRESULT AtSendA(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
+{
+    return Sys::SendMessageA(hwnd, msg, wParam, lParam);
+}
+
+// A message whose lParam is a string: sent as it is on the NT family, converted on
+// the ANSI platforms. The answer is the control's; a failed conversion answers
+// `failure`. Item data of a list without strings is converted too when its upper
+// word is not zero: the helpers are for controls that hold strings.
+inline LRESULT AtSendText(HWND hwnd, UINT msg, WPARAM wParam, LPCWSTR text, LRESULT failure)
+{
+    return AtExport(Sys::SendMessageW, hwnd, msg, wParam, reinterpret_cast<LPARAM>(text))
+        .orAnsiWithoutSavedError(failure, [=] {
+            return AtSendA(hwnd, msg, wParam, reinterpret_cast<LPARAM>(AtAnsiTemp(text).value));
+        });
+}

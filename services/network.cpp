@@ -1,0 +1,35 @@
+// Network connections by wide names.
+#include "services/services.h"
+
+AT_SYSTEM_FUNCTION(mpr, WNetGetConnectionW, ERROR_NO_NETWORK)
+AT_SYSTEM_FUNCTION(mpr, WNetGetConnectionA, ERROR_NO_NETWORK)
+
+// On success the remote name is converted and *length is left alone; on failure
+// the remote name is emptied and *length receives the A function's count, in ANSI
+// bytes (the size needed when the buffer was too small).
+DWORD WINAPI WNetGetConnectionW(LPCWSTR local, LPWSTR remote, LPDWORD length)
+{
+    return AtExport(Sys::WNetGetConnectionW, local, remote, length)
+        .orAnsi(DWORD(ERROR_OUTOFMEMORY), [=](AtSavedError& err) {
+            const DWORD n = AtCountAt(length);
+            AtStringSlot remoteA;
+            AtAllocAnsiOut(remoteA, n);
+            AtAnsiTemp localA(local);
+            DWORD lengthA = DWORD(AtHeapSize(remoteA));
+            DWORD r
+                = err.keep(Sys::WNetGetConnectionA(localA, remoteA, length ? &lengthA : nullptr));
+            if (r == NO_ERROR) {
+                AtAnsiToWideOutN(remoteA, remote, n, std::min(lengthA, DWORD(AtHeapSize(remoteA))));
+            } else {
+                if (remote && n)
+                    remote[0] = L'\0';
+                if (length)
+                    *length = lengthA;
+            }
+            return r;
+        });
+}
+
+// The same function under a name of torwen's own.
+extern "C" DWORD WINAPI AtWNetGetConnectionW(LPCWSTR local, LPWSTR remote, LPDWORD length)
+    __attribute__((alias("WNetGetConnectionW@12")));

@@ -1,0 +1,39 @@
+// What the members of the system-services family share.
+#pragma once
+
+// The multimedia, automation and RPC headers declare their functions as imports
+// unless told that this module implements them; torwen defines its exports
+// against those declarations, as it does for the other system libraries.
+#define _WINMM_
+#define _OLEAUT32_
+#define _RPCRT4_
+
+#include <algorithm>
+#include <cstring>
+
+#include "core/core.h"
+
+// The count a caller's pointer holds, 0 for no pointer: a null count is the A
+// function's to refuse, not a reason to fault here.
+inline DWORD AtCountAt(const DWORD* p)
+{
+    return p ? *p : 0;
+}
+
+// Converts the ANSI text of an out buffer into the caller's n characters, as
+// AtAnsiToWideOut does, but reading no further than the buffer's own block: an A
+// function that fails or runs out of room may leave it without a terminator.
+inline int AtBoundedAnsiToWideOut(const AtStringSlot& slot, LPWSTR buf, DWORD n)
+{
+    SIZE_T size = AtHeapSize(slot);
+    SIZE_T len = size ? strnlen(static_cast<const char*>(slot), size) : 0;
+    if (len < size)
+        ++len; // the terminator, counted as the unbounded conversion counts it
+    return AtAnsiToWideOutN(slot, buf, n, DWORD(len));
+}
+
+// A buffer slot as the byte pointer the data functions take.
+inline BYTE* AtBytes(const AtStringSlot& slot)
+{
+    return static_cast<BYTE*>(slot.value);
+}
