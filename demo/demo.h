@@ -14,6 +14,7 @@ void DemoWindow(void);
 void DemoGdi(void);
 void DemoCommonControls(void);
 void DemoControls(void);
+void DemoOpenDialog(void);
 
 /* Prints a wide string as UTF-8. */
 void DemoPrint(const char *label, const WCHAR *text);

@@ -24,5 +24,6 @@ int main(void)
     DemoGdi();
     DemoCommonControls();
     DemoControls();
+    DemoOpenDialog();
     return 0;
 }

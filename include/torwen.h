@@ -455,6 +455,13 @@ TORWEN_API int CALLBACK AtfnEnumRegisterWordProcA(LPCSTR lpszReading, DWORD dwSt
  * sizes, resolutions...) straight to the caller's buffer, and answers 0 without
  * fetching a list of names longer or shorter than the bins. */
 
+/* Colour, font, print and page-setup dialogs, on Windows 95, 98 and Me.
+ * ChooseFontW gives a style shorter than LF_FACESIZE characters back in at most
+ * LF_FACESIZE characters, the least buffer the dialog asks for. PrintDlgW and
+ * PageSetupDlgW read a device mode or device names no further than their global
+ * object reaches, and put the dialog's results into a new object where the
+ * caller's is too small for them (the old one is freed). */
+
 /*
  * Common controls: toolbars, tooltips, status bars, animation controls and image
  * lists. The helpers send one control message each (the W message with the
