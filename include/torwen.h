@@ -334,6 +334,21 @@ typedef struct AtEnumRegisterWordContextW {
 TORWEN_API int CALLBACK AtfnEnumRegisterWordProcA(LPCSTR lpszReading, DWORD dwStyle,
                                                   LPCSTR lpszString, LPVOID lpData);
 
+/*
+ * System services: sound and media control.
+ *
+ * On Windows 95, 98 and Me mciSendCommandW converts the records of these commands
+ * only: MCI_OPEN (device type, element and alias names in, unless given as
+ * identifiers; the device identifier out; the window style and parent or the wave
+ * buffer's seconds that follow the record are passed when the flags announce
+ * them), MCI_INFO and MCI_SYSINFO (the text, or with MCI_SYSINFO_QUANTITY the
+ * number, out), MCI_LOAD and MCI_SAVE (the file name in, and the rectangle that
+ * follows when the flags announce it). Without their record these commands answer
+ * MCIERR_NULL_PARAMETER_BLOCK. Every other command reaches mciSendCommandA
+ * unchanged, so its record must hold no text. A failure inside torwen answers
+ * MCIERR_OUT_OF_MEMORY.
+ */
+
 #ifdef __cplusplus
 }
 #endif
