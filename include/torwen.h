@@ -349,6 +349,16 @@ TORWEN_API int CALLBACK AtfnEnumRegisterWordProcA(LPCSTR lpszReading, DWORD dwSt
  * MCIERR_OUT_OF_MEMORY.
  */
 
+/*
+ * System services: OLE user-interface dialogs.
+ *
+ * On Windows 95, 98 and Me each OleUI...W dialog runs as its A dialog on a
+ * converted copy of the caller's record (whose cbStruct must be the wide size):
+ * a hook procedure receives the ANSI messages, and WM_INITDIALOG brings it the
+ * ANSI record. The dialog's choices are copied back into the caller's record. A
+ * failure inside torwen answers OLEUI_ERR_GLOBALMEMALLOC.
+ */
+
 #ifdef __cplusplus
 }
 #endif
