@@ -10,7 +10,9 @@
 # libraries, so linking torwen::torwen is enough; a system library you name
 # yourself goes after it:
 #   target_link_libraries(app PRIVATE torwen::torwen comctl32)
-cmake_minimum_required(VERSION 3.17)
+if(CMAKE_VERSION VERSION_LESS 3.15)
+  message(FATAL_ERROR "torwen's CMake package needs CMake 3.15 or later")
+endif()
 
 get_filename_component(_torwen_prefix "${CMAKE_CURRENT_LIST_DIR}/../../.." ABSOLUTE)
 

@@ -81,6 +81,21 @@ void AtWideToAnsiTemp(AtStringSlot& slot, LPCWSTR s)
     WideToAnsiTemp(slot, s, -1);
 }
 
+void AtWideToAnsiTempN(AtStringSlot& slot, LPCWSTR s, DWORD n)
+{
+    if (AtIsIntegerValue(s)) {
+        slot.value = const_cast<WCHAR*>(s);
+        return;
+    }
+    int len = 0;
+    while (DWORD(len) < n && len < 0x7FFFFFFF && s[len])
+        ++len;
+    int size = WideToAnsi(s, len, nullptr, 0) + 1;
+    slot.value = AtAlloc(size);
+    char* a = slot;
+    a[len ? WideToAnsi(s, len, a, size) : 0] = '\0';
+}
+
 void AtWideToAnsiTempList(AtStringSlot& slot, LPCWSTR s, int mode)
 {
     if (mode != AtListOfStrings || AtIsIntegerValue(s)) {
@@ -122,7 +137,7 @@ int ConvertInsideBlock(const AtStringSlot& slot, To* buf, DWORD n, Convert conve
         return 0;
     if (n == 0)
         return converted + 1;
-    if (DWORD(converted) >= n)
+    if (DWORD(converted) >= n || !buf)
         return 0;  // no room left for the terminator: all or nothing
     buf[converted] = To(0);
     return converted + 1;

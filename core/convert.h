@@ -9,6 +9,9 @@
 // unterminated one.
 void AtWideToAnsiTemp(AtStringSlot& slot, LPCWSTR s);
 void AtAnsiToWideTemp(AtStringSlot& slot, LPCSTR s);
+// The same for a buffer of n characters that may hold no NUL: at most n characters
+// are read, and the temporary is always terminated.
+void AtWideToAnsiTempN(AtStringSlot& slot, LPCWSTR s, DWORD n);
 
 // One wide input converted where the A function takes it:
 //     return err.keep(DeleteFileA(AtAnsiTemp(name)));
@@ -34,6 +37,13 @@ int AtAnsiToWideOutN(const AtStringSlot& slot, LPWSTR buf, DWORD n, DWORD len);
 int AtWideToAnsiOut(const AtStringSlot& slot, LPSTR buf, DWORD n);
 
 int AtWideCharToAnsiChar(DWORD c);
+
+// An A function that found its buffer too small answers the size it needs, more
+// than the buffer holds: there is then nothing in the buffer to convert back.
+inline bool AtAnsiBufferTooSmall(const AtStringSlot& slot, DWORD result)
+{
+    return result > AtHeapSize(slot);
+}
 
 // Most exports answer with the count of characters they delivered without the
 // terminator: one less than a non-zero conversion result.

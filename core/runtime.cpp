@@ -12,6 +12,7 @@
 // not in thread-local storage.
 #include <cstring>
 #include <exception>
+#include <iterator>
 
 #include "core/state.h"
 
@@ -43,8 +44,8 @@ HMODULE WINAPI RuntimeGetModuleHandleW(LPCWSTR name)
 // module is unloaded.
 HANDLE runtimeSemaphores[8];
 
-HANDLE WINAPI RuntimeCreateSemaphoreW(
-    LPSECURITY_ATTRIBUTES sa, LONG initial, LONG maximum, LPCWSTR name)
+HANDLE WINAPI RuntimeCreateSemaphoreW(LPSECURITY_ATTRIBUTES sa, LONG initial, LONG maximum,
+                                      LPCWSTR name)
 {
     char ansi[MAX_PATH];
     if (name && !ToAnsiName(name, ansi))
@@ -52,15 +53,28 @@ HANDLE WINAPI RuntimeCreateSemaphoreW(
     HANDLE h = CreateSemaphoreA(sa, initial, maximum, name ? ansi : nullptr);
     for (HANDLE& kept : runtimeSemaphores) {
         HANDLE none = nullptr;
-        if (!h
-            || __atomic_compare_exchange_n(
-                &kept, &none, h, false, __ATOMIC_ACQ_REL, __ATOMIC_RELAXED))
+        if (!h || __atomic_compare_exchange_n(&kept, &none, h, false, __ATOMIC_ACQ_REL,
+                                              __ATOMIC_RELAXED))
             break;
     }
     return h;
 }
 
+// At detach. The unwinder takes its lock once more after that, while the C
+// runtime's exit list runs; a lock nobody contends never waits on its semaphore.
+void CloseRuntimeSemaphores()
+{
+    for (HANDLE& kept : runtimeSemaphores) {
+        if (kept)
+            CloseHandle(kept);
+        kept = nullptr;
+    }
+}
+
 // ---- memory for exceptions in flight
+
+// (Code that used std::exception_ptr would pull the runtime's own allocator back
+// in: the link then fails on its second definition of these functions.)
 
 // The runtime keeps its own header in front of every thrown object (0x60 bytes
 // in this runtime); each block leaves more room than that, zeroed, as the runtime
@@ -76,10 +90,12 @@ struct alignas(16) ExceptionBlock {
 ExceptionBlock exceptionBlocks[32];
 bool exceptionBlockTaken[32];
 
-template <typename T, std::size_t N>
-int IndexOf(T (&table)[N], const T* entry)
+int BlockIndex(const void* thrown)
 {
-    return entry >= table && entry < table + N ? int(entry - table) : -1;
+    auto* block = reinterpret_cast<const ExceptionBlock*>(
+        static_cast<const unsigned char*>(thrown) - HeaderRoom);
+    std::size_t i = block - exceptionBlocks;
+    return i < std::size(exceptionBlocks) ? int(i) : -1;
 }
 
 // ---- the per-thread exception records
@@ -116,6 +132,14 @@ void Release(ThreadEntry& entry)
     __atomic_store_n(&entry.owner, DWORD(0), __ATOMIC_RELEASE);
 }
 
+// A thread that ends gives its entry back, also one that ends inside a catch
+// (ExitThread from a handler) and so never finishes it.
+void ReleaseThreadEntry()
+{
+    if (ThreadEntry* own = OwnEntry(GetCurrentThreadId()))
+        Release(*own);
+}
+
 }  // namespace
 
 extern "C" {
@@ -137,11 +161,10 @@ void* __cxa_allocate_exception(std::size_t size) noexcept
     if (size > LargestThrown)
         std::terminate();  // torwen throws CAtException only
     for (;;) {
-        for (ExceptionBlock& block : exceptionBlocks) {
-            int i = IndexOf(exceptionBlocks, &block);
+        for (std::size_t i = 0; i < std::size(exceptionBlocks); ++i) {
             if (!__atomic_exchange_n(&exceptionBlockTaken[i], true, __ATOMIC_ACQUIRE)) {
-                std::memset(block.bytes, 0, sizeof block.bytes);
-                return block.bytes + HeaderRoom;
+                std::memset(exceptionBlocks[i].bytes, 0, sizeof exceptionBlocks[i].bytes);
+                return exceptionBlocks[i].bytes + HeaderRoom;
             }
         }
         Sleep(0);  // every block in flight on another thread: each is freed shortly
@@ -150,9 +173,7 @@ void* __cxa_allocate_exception(std::size_t size) noexcept
 
 void __cxa_free_exception(void* thrown) noexcept
 {
-    auto* block
-        = reinterpret_cast<ExceptionBlock*>(static_cast<unsigned char*>(thrown) - HeaderRoom);
-    int i = IndexOf(exceptionBlocks, block);
+    int i = BlockIndex(thrown);
     if (i >= 0)
         __atomic_store_n(&exceptionBlockTaken[i], false, __ATOMIC_RELEASE);
 }
@@ -165,8 +186,8 @@ ThreadExceptions* __cxa_get_globals() noexcept
             return &own->record;
         for (ThreadEntry& entry : threadEntries) {
             DWORD free = 0;
-            if (__atomic_compare_exchange_n(
-                    &entry.owner, &free, thread, false, __ATOMIC_ACQ_REL, __ATOMIC_RELAXED))
+            if (__atomic_compare_exchange_n(&entry.owner, &free, thread, false,
+                                            __ATOMIC_ACQ_REL, __ATOMIC_RELAXED))
                 return &entry.record;  // an entry is idle, all zero, when it is freed
         }
         Sleep(0);  // every entry in use by a thread between a throw and its catch
@@ -190,29 +211,6 @@ void __wrap___cxa_end_catch()
 }
 
 }  // extern "C"
-
-namespace {
-
-// A thread that ends inside a catch (ExitThread from a handler) leaves its entry
-// to no one.
-void ReleaseThreadEntry()
-{
-    if (ThreadEntry* own = OwnEntry(GetCurrentThreadId()))
-        Release(*own);
-}
-
-// The unwinder takes its lock once more when the C runtime's exit list runs, after
-// this: a lock nobody contends never waits on its semaphore.
-void CloseRuntimeSemaphores()
-{
-    for (HANDLE& kept : runtimeSemaphores) {
-        if (kept)
-            CloseHandle(kept);
-        kept = nullptr;
-    }
-}
-
-}  // namespace
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE hinst, DWORD reason, LPVOID)
 {

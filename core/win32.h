@@ -14,7 +14,7 @@
 #define _ADVAPI32_
 #define _COMDLG32_
 #define _SHELL32_
-#define _WINSPOOL_
+#define _SPOOL32_
 #ifndef NOMINMAX
 #define NOMINMAX
 #endif

@@ -10,6 +10,35 @@
  *
  * This header declares what torwen exports beyond the system's own names: the
  * At... helpers and the x... multiple-monitor functions.
+ *
+ * Memory safety. Where an export's documented conversion would write past a
+ * buffer's stated size, read past the end of a string, list or buffer it was
+ * given or allocated, dereference a null pointer that the system's own W function
+ * accepts, or leave a handle open, torwen stays within what it was given and
+ * answers as the system's W function answers that input (its result and last
+ * error). Every result a caller with valid arguments sees stays as documented.
+ * Each such departure is named beside its export, here or in the list below.
+ *
+ * Departures of exports that carry the system's names, on Windows 95, 98 and Me:
+ *   FormatMessageW       a text that does not fit `size` with its terminator answers
+ *                        0, ERROR_INSUFFICIENT_BUFFER; a null buffer answers 0,
+ *                        ERROR_INVALID_PARAMETER; a null template answers 0 and
+ *                        leaves the last error alone; every argument an insert reads
+ *                        (a gap before it, a "*" width, a second format of the same
+ *                        insert) is handed on in the width that insert reads it.
+ *   GetVolumeInformationW  reads the name buffers no further than their sizes.
+ *   GetModuleFileNameW   a name that fills the buffer without a terminator answers 0.
+ *   GetEnvironmentVariableW, GetShortPathNameW, GetLogicalDriveStringsW
+ *                        a buffer too small answers the A function's required size,
+ *                        unconverted, and is not written.
+ *   GetFullPathNameW     the file part never points outside the caller's buffer.
+ *   GetWindowTextW, GetClassNameW and every other reader: a text that the A
+ *                        function or a window procedure left unterminated ends where
+ *                        it was written, or at the end of torwen's buffer.
+ *   GetEnvironmentStringsW  frees the ANSI block also when it fails.
+ *   GetFileAttributesExW ends its search with FindClose.
+ *   Double-NUL lists (CreateProcessW's environment, profile sections) are read up to
+ *                        their final NUL and no further.
  */
 #ifndef TORWEN_H
 #define TORWEN_H
@@ -73,7 +102,9 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_SYSDEADCHARW(HWND hwnd, WPARAM wParam, LPA
 
 /* WM_GETTEXT: both answer the number of characters (forwarding: wide characters;
  * handling: ANSI bytes on the ANSI platforms) without the terminating NUL, and 0 when
- * the text does not fit the buffer. */
+ * the text does not fit the buffer. A buffer of no characters is never written
+ * (memory safety), and a text written without its terminator ends where it was
+ * written. */
 TORWEN_API int WINAPI AtFORWARD_WM_GETTEXTW(HWND hwnd, int cchTextMax, LPWSTR lpszText,
                                             WNDPROC fn);
 TORWEN_API LRESULT WINAPI AtHANDLE_WM_GETTEXTW(HWND hwnd, WPARAM wParam, LPARAM lParam,
@@ -94,8 +125,9 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_DEVMODECHANGEW(HWND hwnd, WPARAM wParam, L
 
 /* WM_ASKCBFORMATNAME. Forwarding copies the name back into rgchName. Handling on the
  * ANSI platforms gives the handler a wide copy of the buffer as it arrived, and the
- * name the handler writes there is not copied back: the handler must not write more
- * than that copy holds. */
+ * name the handler writes there is not copied back. The copy holds the message's
+ * capacity in characters, of which at most that many bytes of the buffer are read
+ * (memory safety: the buffer need not hold a NUL). */
 TORWEN_API void WINAPI AtFORWARD_WM_ASKCBFORMATNAMEW(HWND hwnd, int cchMax, LPWSTR rgchName,
                                                      WNDPROC fn);
 TORWEN_API LRESULT WINAPI AtHANDLE_WM_ASKCBFORMATNAMEW(HWND hwnd, WPARAM wParam, LPARAM lParam,
@@ -105,7 +137,8 @@ TORWEN_API LRESULT WINAPI AtHANDLE_WM_ASKCBFORMATNAMEW(HWND hwnd, WPARAM wParam,
  * record (changes the procedure makes to it are not copied back) and answer what
  * the procedure answered. The handlers answer as the window manager expects:
  * WM_CREATE 0 to go on and -1 to stop, WM_NCCREATE 1 or 0, WM_MDICREATE the
- * handler's window. A class atom passes through unchanged. */
+ * handler's window. A class atom passes through unchanged. A null record is passed
+ * on as null (memory safety: nothing to convert). */
 TORWEN_API LRESULT WINAPI AtFORWARD_WM_CREATEW(HWND hwnd, LPCREATESTRUCTW lpCreateStruct,
                                                WNDPROC fn);
 TORWEN_API LRESULT WINAPI AtFORWARD_WM_NCCREATEW(HWND hwnd, LPCREATESTRUCTW lpCreateStruct,
@@ -168,6 +201,31 @@ TORWEN_API void WINAPI AtCommDlg_OpenSave_SetDefExtW(HWND dialog, LPCWSTR ext);
 
 /* GetOpenFileNameW and its kin read the caller's initial name and offsets no further
  * than nMaxFile characters. GetFileTitleW tells the ANSI function at most 65535 bytes. */
+/*
+ * WM_NOTIFY from the common controls. For the notifications of list views, tree
+ * views, headers, tooltips and toolbars whose records carry text, the A and W codes
+ * and records differ: AtFORWARD_WM_NOTIFYW passes a W record (W code) to an ANSI
+ * procedure as the A record with the A code, and converts what comes back into the
+ * caller's record; AtHANDLE_WM_NOTIFYW gives a wide handler the W record of a
+ * received A notification and converts its answer into the control's record. Every
+ * other code reaches fn with the caller's own record, on every platform.
+ * HDN_GETDISPINFO keeps the code it came with: handle both of its values.
+ *
+ * Tooltip text (TTN_NEEDTEXT) always arrives in szText of the forwarder's caller;
+ * a receiver that points lpszText at a string of its own has it read up to its NUL,
+ * at most 80 bytes, and one that answers with a resource identifier has the
+ * identifier stored in the caller's lpszText. A wide handler may answer with a
+ * resource identifier and its hinst (any module), a string of its own in lpszText,
+ * or text in szText.
+ *
+ * On the ANSI platforms a failed allocation answers 0 without calling fn (last
+ * error 14).
+ */
+typedef LRESULT(CALLBACK *AtNotifyHandlerW)(HWND hwnd, int idFrom, NMHDR *pnmh);
+TORWEN_API LRESULT WINAPI AtFORWARD_WM_NOTIFYW(HWND hwnd, int idFrom, NMHDR *pnmh, WNDPROC fn);
+TORWEN_API LRESULT WINAPI AtHANDLE_WM_NOTIFYW(HWND hwnd, WPARAM wParam, LPARAM lParam,
+                                              AtNotifyHandlerW fn);
+
 /*
  * Common controls: list views, tree views, headers and tab controls.
  *
@@ -334,6 +392,98 @@ typedef struct AtEnumRegisterWordContextW {
 TORWEN_API int CALLBACK AtfnEnumRegisterWordProcA(LPCSTR lpszReading, DWORD dwStyle,
                                                   LPCSTR lpszString, LPVOID lpData);
 
+/* Printers, on Windows 95, 98 and Me. OpenPrinterW hands a default device mode on
+ * without the driver's private bytes. GetPrinterW and EnumPrintersW answer FALSE,
+ * ERROR_INSUFFICIENT_BUFFER and the size needed when the wide records would not
+ * fit the caller's buffer though the ANSI ones did. DocumentPropertiesW believes an
+ * out record's dmDriverExtra only as far as the size its query answered.
+ * DeviceCapabilitiesW passes every output that is not a list of names (papers,
+ * sizes, resolutions...) straight to the caller's buffer, and answers 0 without
+ * fetching a list of names longer or shorter than the bins. */
+
+/*
+ * Common controls: toolbars, tooltips, status bars, animation controls and image
+ * lists. The helpers send one control message each (the W message with the
+ * caller's values on the NT family, the A message with converted text on Windows
+ * 95, 98 and Me); ImageList_LoadImageW, DrawStatusTextW and CreateStatusWindowW are
+ * comctl32's own functions.
+ */
+
+/* TB_ADDSTRING: a list of strings, each ended by a NUL and the list by an empty
+ * string, or a string resource's identifier with hinst. */
+TORWEN_API int WINAPI ToolBar_AddString(HWND hwnd, HINSTANCE hinst, LPCWSTR strings);
+/* Answers the characters copied without the NUL, 0 when the text does not fit cch
+ * characters (on the NT family cch is not used). On the ANSI platforms torwen's
+ * buffer is made as large as the button's text, since the control writes all of it. */
+TORWEN_API int WINAPI ToolBar_GetButtonText(HWND hwnd, int idButton, LPWSTR buf, int cch);
+TORWEN_API void WINAPI ToolBar_SaveRestore(HWND hwnd, BOOL fSave, TBSAVEPARAMSW *params);
+/* The TBBUTTON records go unconverted: on the ANSI platforms an iString that is a
+ * string pointer reaches the control as a wide pointer, so add the strings with
+ * ToolBar_AddString and give their indexes. */
+TORWEN_API BOOL WINAPI ToolBar_AddButtons(HWND hwnd, UINT n, LPTBBUTTON buttons);
+TORWEN_API BOOL WINAPI ToolBar_InsertButton(HWND hwnd, int i, LPTBBUTTON button);
+
+/* Tooltips. The ANSI controls receive 44-byte TOOLINFOA records (with lParam);
+ * a caller's record of 40 bytes has no lParam read or written. A tool text of
+ * LPSTR_TEXTCALLBACKW travels as LPSTR_TEXTCALLBACKA; a string resource's
+ * identifier (with hinst) as it is. DelTool sends only the tool's hwnd and uId,
+ * NewToolRect those and rect.
+ *
+ * The queries (GetToolInfo, HitTest, EnumTools, GetCurrentTool) copy the tool's
+ * fields back into the caller's record and its text into the buffer that the
+ * caller's lpszText designates, which keeps designating it: provide a buffer of
+ * 255 characters there (or null for no text). A tool whose text comes from its
+ * parent or from a resource answers LPSTR_TEXTCALLBACKW or the identifier in
+ * lpszText instead. GetCurrentTool reads back like the others; with a null record
+ * it only answers whether there is a current tool. */
+TORWEN_API BOOL WINAPI ToolTips_AddTool(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API void WINAPI ToolTips_DelTool(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API void WINAPI ToolTips_NewToolRect(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API BOOL WINAPI ToolTips_GetToolInfo(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API void WINAPI ToolTips_SetToolInfo(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API BOOL WINAPI ToolTips_HitTest(HWND hwnd, TTHITTESTINFOW *hit);
+TORWEN_API void WINAPI ToolTips_UpdateTipText(HWND hwnd, TTTOOLINFOW *ti);
+TORWEN_API BOOL WINAPI ToolTips_EnumTools(HWND hwnd, UINT iTool, TTTOOLINFOW *ti);
+TORWEN_API BOOL WINAPI ToolTips_GetCurrentTool(HWND hwnd, TTTOOLINFOW *ti);
+
+/* Status bars. SetText of an SBT_OWNERDRAW part passes the owner's value as it is.
+ * GetText answers the A message's result on the ANSI platforms (the length in
+ * bytes in the low word, the drawing type in the high word) and leaves the buffer
+ * untouched for an empty part; the buffer must hold the text and its NUL. */
+TORWEN_API BOOL WINAPI AtStatusBar_SetTextW(HWND hwnd, int iPart, LPCWSTR text);
+TORWEN_API DWORD WINAPI AtStatusBar_GetTextW(HWND hwnd, int iPart, LPWSTR buf);
+
+/* A "SysAnimate32" child at the parent's origin, of no size. */
+TORWEN_API HWND WINAPI AtAnimate_CreateW(HWND hwndParent, UINT id, DWORD dwStyle,
+                                         HINSTANCE hInstance);
+/* Sends ACM_OPENA (0x464) on both platforms, on the NT family with the wide name as
+ * it is: no ACM_OPENW is sent. */
+TORWEN_API BOOL WINAPI AtAnimate_OpenW(HWND hwnd, LPCWSTR lpszName);
+
+/*
+ * Property sheets. On Windows 95, 98 and Me PropertySheetW and
+ * CreatePropertySheetPageW convert the header and pages and call the A functions;
+ * the pages' dialog procedures run as ANSI dialog procedures. The caller's page
+ * array is read at a stride of 48 bytes (PROPSHEETPAGEW with its header titles),
+ * whatever each page's dwSize says; the system receives pages of 68 bytes. A sheet
+ * callback receives the A sheet's values.
+ *
+ * A page with PSP_USECALLBACK gets fnAtPropertySheetA as its callback and, as its
+ * lParam, a pair holding the caller's callback and lParam: the wide callback then
+ * receives a wide copy of the page carrying its own lParam and callback (the
+ * dialog procedure, in WM_INITDIALOG, sees the A page with the pair's address as
+ * lParam). The pair lives as long as the page, also after the export returned
+ * (a modeless sheet, a page made by CreatePropertySheetPageW), and is freed when
+ * the system releases the page. The strings converted for the pages are released
+ * when PropertySheetW and CreatePropertySheetPageW return.
+ */
+TORWEN_API UINT CALLBACK fnAtPropertySheetA(HWND hwnd, UINT uMsg, LPPROPSHEETPAGEA ppsp);
+/* PSM_SETTITLEA with the ANSI title on Windows 95, 98 and Me. */
+TORWEN_API void WINAPI AtPropSheet_SetTitleW(HWND hDlg, DWORD dwStyle, LPCWSTR lpszText);
+/* PSM_SETFINISHTEXTW (0x479) on both platforms, with the ANSI text on Windows 95, 98
+ * and Me. */
+TORWEN_API void WINAPI AtPropSheet_SetFinishTextW(HWND hDlg, LPCWSTR lpszText);
+
 /*
  * System services: sound and media control.
  *
@@ -358,7 +508,6 @@ TORWEN_API int CALLBACK AtfnEnumRegisterWordProcA(LPCSTR lpszReading, DWORD dwSt
  * ANSI record. The dialog's choices are copied back into the caller's record. A
  * failure inside torwen answers OLEUI_ERR_GLOBALMEMALLOC.
  */
-
 #ifdef __cplusplus
 }
 #endif

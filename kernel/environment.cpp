@@ -31,10 +31,15 @@ LPWCH WINAPI GetEnvironmentStringsW()
         LPCH a = GetEnvironmentStrings();
         if (!a)
             return nullptr;
+        // The ANSI block is handed back on every path, also when the wide one
+        // cannot be allocated.
+        struct AnsiBlock {
+            LPCH p;
+            ~AnsiBlock() { FreeEnvironmentStringsA(p); }
+        } block{a};
         size_t size = AnsiBlockSize(a);
         auto w = static_cast<LPWCH>(AtAlloc(2 * size));
         MultiByteToWideChar(CP_ACP, 0, a, size, w, AtHeapSize(w) / 2);
-        FreeEnvironmentStringsA(a);
         return w;
     });
 }
@@ -48,8 +53,9 @@ BOOL WINAPI FreeEnvironmentStringsW(LPWCH block)
 }
 
 // Only the value's bytes are converted, without their terminator: the wide text
-// is not terminated and the count returned is one less than its length. The last
-// error is left as the calls left it.
+// is not terminated and the count returned is one less than its length. A value
+// too long for the buffer answers the size it needs, and the buffer is not
+// written. The last error is left as the calls left it.
 DWORD WINAPI GetEnvironmentVariableW(LPCWSTR name, LPWSTR buf, DWORD n)
 {
     return AtExport(Sys::GetEnvironmentVariableW, name, buf, n).orAnsiWithoutSavedError(0, [=] {
@@ -57,7 +63,7 @@ DWORD WINAPI GetEnvironmentVariableW(LPCWSTR name, LPWSTR buf, DWORD n)
         AtWideToAnsiTemp(nameA, name);
         AtAllocAnsiOut(bufA, n);
         DWORD r = GetEnvironmentVariableA(nameA, bufA, AtHeapSize(bufA));
-        if (r && n && buf) {
+        if (r && n && buf && !AtAnsiBufferTooSmall(bufA, r)) {
             r = AtAnsiToWideOutN(bufA, buf, n, r);
             if (r)
                 --r;
@@ -85,7 +91,7 @@ DWORD WINAPI GetLogicalDriveStringsW(DWORD n, LPWSTR buf)
         AtStringSlot bufA;
         AtAllocAnsiOut(bufA, n);
         DWORD r = err.keep(GetLogicalDriveStringsA(AtHeapSize(bufA), bufA));
-        if (r && n && buf)
+        if (r && n && buf && !AtAnsiBufferTooSmall(bufA, r))
             r = AtAnsiToWideOutN(bufA, buf, n, r + 1);
         return r;
     });

@@ -37,13 +37,15 @@ void FindDataAToW(const WIN32_FIND_DATAA& a, WIN32_FIND_DATAW& w)
     MultiByteToWideChar(CP_ACP, 0, a.cAlternateFileName, 14, w.cAlternateFileName, 14);
 }
 
+// A name field that holds no NUL is read no further than its end.
 void FindDataWToA(const WIN32_FIND_DATAW& w, WIN32_FIND_DATAA& a)
 {
     std::memcpy(&a, &w, FindDataHead);
-    WideCharToMultiByte(CP_ACP, 0, w.cFileName, int(std::wcslen(w.cFileName) + 1), a.cFileName,
-                        MAX_PATH, nullptr, nullptr);
-    WideCharToMultiByte(CP_ACP, 0, w.cAlternateFileName, int(std::wcslen(w.cAlternateFileName) + 1),
-                        a.cAlternateFileName, 14, nullptr, nullptr);
+    WideCharToMultiByte(CP_ACP, 0, w.cFileName, int(wcsnlen(w.cFileName, MAX_PATH - 1) + 1),
+                        a.cFileName, MAX_PATH, nullptr, nullptr);
+    WideCharToMultiByte(CP_ACP, 0, w.cAlternateFileName,
+                        int(wcsnlen(w.cAlternateFileName, 13) + 1), a.cAlternateFileName, 14,
+                        nullptr, nullptr);
 }
 
 }  // namespace
@@ -153,9 +155,7 @@ BOOL WINAPI GetFileAttributesExW(LPCWSTR name, GET_FILEEX_INFO_LEVELS level, LPV
     HANDLE find = FindFirstFileW(name, &data);
     if (find == INVALID_HANDLE_VALUE)
         return FALSE;
-    // The search is ended with CloseHandle, not FindClose, as this function always
-    // has ended it.
-    CloseHandle(find);
+    FindClose(find);
     static_assert(sizeof(WIN32_FILE_ATTRIBUTE_DATA) == 9 * sizeof(DWORD));
     std::memcpy(info, &data, sizeof(WIN32_FILE_ATTRIBUTE_DATA));
     return TRUE;

@@ -73,7 +73,9 @@ bool IsWide(WCHAR prefix, WCHAR letter, bool wideFunction)
 ArgUse UseOf(LPCWSTR format, int length)
 {
     ArgUse use;
-    WCHAR letter = length ? format[length - 1] : L's';
+    if (!length)
+        return use;  // an empty format reads a value of no known kind: it goes on as given
+    WCHAR letter = format[length - 1];
     WCHAR prefix = length > 1 ? format[length - 2] : 0;
     if (letter == L's' || letter == L'S')
         use.kind = ArgKind::String;
@@ -118,6 +120,8 @@ public:
     }
 
     int count() const { return last; }
+    // More arguments than the table can describe: FormatMessageA would read past it.
+    bool tooMany() const { return overflow; }
     const ArgUse& operator[](int position) const { return uses[position - 1]; }
     bool needsConversion() const
     {
@@ -145,8 +149,10 @@ private:
 
     void read(int position, ArgUse use)
     {
-        if (position > MaxPosition)
+        if (position > MaxPosition) {
+            overflow = true;
             return;
+        }
         if (position > last)
             last = position;
         ArgUse& seen = uses[position - 1];
@@ -161,6 +167,7 @@ private:
 
     ArgUse uses[MaxPosition];
     int last = 0;
+    bool overflow = false;
 };
 
 // Where the insert values come from: the caller's array, or the caller's
@@ -372,6 +379,10 @@ DWORD WINAPI FormatMessageW(DWORD flags, LPCVOID source, DWORD id, DWORD languag
             DWORD r;
             ArgUses uses(tmpl);
             if (uses.needsConversion()) {
+                if (uses.tooMany()) {
+                    err.value = ERROR_INVALID_PARAMETER;
+                    return 0;
+                }
                 bool isArray = flags & FORMAT_MESSAGE_ARGUMENT_ARRAY;
                 AtFormatArgs table;
                 table.build(uses, AtInsertValues(arguments, isArray));

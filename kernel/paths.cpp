@@ -67,7 +67,7 @@ BOOL WINAPI SetCurrentDirectoryW(LPCWSTR path)
 
 // The A function is told the buffer's heap size: n characters may take
 // n * AtMaxCharSize bytes. Its answer excludes the terminator, so exactly that
-// many bytes are converted back.
+// many bytes are converted back; a buffer too small answers the size needed.
 DWORD WINAPI GetShortPathNameW(LPCWSTR longPath, LPWSTR buf, DWORD n)
 {
     return AtExport(Sys::GetShortPathNameW, longPath, buf, n).orAnsi(0ul, [=](AtSavedError& err) {
@@ -75,7 +75,7 @@ DWORD WINAPI GetShortPathNameW(LPCWSTR longPath, LPWSTR buf, DWORD n)
         AtWideToAnsiTemp(pathA, longPath);
         AtAllocAnsiOut(bufA, n);
         DWORD r = err.keep(GetShortPathNameA(pathA, bufA, AtHeapSize(bufA)));
-        if (r && n && buf)
+        if (r && n && buf && !AtAnsiBufferTooSmall(bufA, r))
             r = AtCountWithoutTerminator(AtAnsiToWideOutN(bufA, buf, n, r));
         return r;
     });
@@ -101,6 +101,10 @@ DWORD WINAPI GetFullPathNameW(LPCWSTR name, DWORD n, LPWSTR buf, LPWSTR* filePar
         int ahead = 0;
         if (bytesAhead && bytesAhead < AtHeapSize(bufA))
             ahead = MultiByteToWideChar(CP_ACP, 0, start, int(bytesAhead), nullptr, 0);
+        // A path that did not fit the caller's count may put the file part beyond
+        // it: the pointer never leaves the caller's buffer.
+        if (DWORD(ahead) >= n)
+            ahead = 0;
         if (filePart)
             *filePart = buf + ahead;
         return r;
@@ -140,8 +144,10 @@ DWORD WINAPI SearchPathW(LPCWSTR path, LPCWSTR file, LPCWSTR ext, DWORD n, LPWST
                 return answerAfterCleanUp(needed);
             int filePartLength = MultiByteToWideChar(CP_ACP, 0, filePartA, -1, scratch, MAX_PATH);
             int written = AtAnsiToWideOut(bufA, buf, n);
+            // A file part the conversion could not measure marks the buffer's start.
+            int ahead = written - filePartLength;
             if (filePart)
-                *filePart = buf + (written - filePartLength);
+                *filePart = buf + (ahead >= 0 && ahead < written ? ahead : 0);
             return AtCountWithoutTerminator(written);
         });
 }

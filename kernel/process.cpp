@@ -103,12 +103,14 @@ HMODULE WINAPI GetModuleHandleW(LPCWSTR name)
 
 // Unlike most readers, the count returned includes the terminator. The A function
 // is told the caller's count; the error is taken after the conversion, so a wide
-// buffer too small for the name reports the converter's error.
+// buffer too small for the name reports the converter's error. A name longer than
+// the buffer fills it without a terminator: the cleared buffer ends it there, and
+// a name that does not fit the caller's count then answers 0.
 DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR buf, DWORD n)
 {
     return AtExport(Sys::GetModuleFileNameW, module, buf, n).orAnsi(0, [=](AtSavedError& err) {
         AtStringSlot bufA;
-        AtAllocAnsiOut(bufA, n);
+        AtAllocEmptyAnsiOut(bufA, n);
         DWORD r = GetModuleFileNameA(module, bufA, n);
         if (r)
             r = AtAnsiToWideOut(bufA, buf, n);

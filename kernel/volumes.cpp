@@ -34,10 +34,11 @@ BOOL WINAPI GetVolumeInformationW(LPCWSTR root, LPWSTR volName, DWORD volSize, L
         .orAnsi(FALSE, [=](AtSavedError& err) {
             AtStringSlot rootA, volA, fsA;
             AtWideToAnsiTemp(rootA, root);
-            // The name buffers are first converted as if they held input text (read up
-            // to their first NUL), then each is replaced by an out buffer of its size.
-            AtWideToAnsiTemp(volA, volName);
-            AtWideToAnsiTemp(fsA, fsName);
+            // The name buffers are first converted as if they held input text, read
+            // no further than their size, then each is replaced by an out buffer of
+            // that size.
+            AtWideToAnsiTempN(volA, volName, volSize);
+            AtWideToAnsiTempN(fsA, fsName, fsSize);
             if (volName) {
                 AtFreeString(volA);
                 AtAllocAnsiOut(volA, volSize);

@@ -41,9 +41,10 @@ LPARAM RecordParam(const void* record)
 }
 
 // Nothing is copied back: what the procedure changes in the ANSI copy is lost.
+// A missing record has nothing to convert and goes on as it is, on both paths.
 LRESULT ForwardCreate(HWND hwnd, UINT msg, LPCREATESTRUCTW cs, WNDPROC fn)
 {
-    if (AtWidePath())
+    if (AtWidePath() || !cs)
         return fn(hwnd, msg, 0, RecordParam(cs));
     return AtTranslate<LRESULT>(0, [&] {
         AtStringSlot nameA, classA;
@@ -60,7 +61,7 @@ LRESULT ForwardCreate(HWND hwnd, UINT msg, LPCREATESTRUCTW cs, WNDPROC fn)
 // The handler's answer as it comes back, before the message's own mapping.
 BOOL HandleCreate(HWND hwnd, LPARAM lParam, AtCreateHandlerW fn, BOOL failure)
 {
-    if (AtWidePath())
+    if (AtWidePath() || !lParam)
         return fn(hwnd, reinterpret_cast<LPCREATESTRUCTW>(lParam));
     return AtTranslate<BOOL>(failure, [&] {
         auto a = reinterpret_cast<const CREATESTRUCTA*>(lParam);
@@ -89,7 +90,7 @@ LRESULT WINAPI AtFORWARD_WM_NCCREATEW(HWND hwnd, LPCREATESTRUCTW lpCreateStruct,
 
 LRESULT WINAPI AtFORWARD_WM_MDICREATEW(HWND hwnd, LPMDICREATESTRUCTW lpmcs, WNDPROC fn)
 {
-    if (AtWidePath())
+    if (AtWidePath() || !lpmcs)
         return fn(hwnd, WM_MDICREATE, 0, RecordParam(lpmcs));
     return AtTranslate<LRESULT>(0, [&] {
         AtStringSlot classA, titleA;
@@ -118,7 +119,7 @@ LRESULT WINAPI AtHANDLE_WM_NCCREATEW(HWND hwnd, WPARAM, LPARAM lParam, AtCreateH
 // The new child's handle goes back bit for bit.
 LRESULT WINAPI AtHANDLE_WM_MDICREATEW(HWND hwnd, WPARAM, LPARAM lParam, AtMDICreateHandlerW fn)
 {
-    if (AtWidePath())
+    if (AtWidePath() || !lParam)
         return reinterpret_cast<LRESULT>(fn(hwnd, reinterpret_cast<LPMDICREATESTRUCTW>(lParam)));
     HWND child = AtTranslate<HWND>(nullptr, [&] {
         auto a = reinterpret_cast<const MDICREATESTRUCTA*>(lParam);

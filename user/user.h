@@ -12,8 +12,7 @@
 // double-byte code page a text of more than n characters gives 0 rather than a cut
 // text. The buffer starts empty, so a window the A function cannot read yields an
 // empty text.
-template <typename Read>
-int AtReadTextOut(LPWSTR buf, int n, AtSavedError& err, Read read)
+template <typename Read> int AtReadTextOut(LPWSTR buf, int n, AtSavedError& err, Read read)
 {
     AtStringSlot bufA;
     AtAllocEmptyAnsiOut(bufA, n);

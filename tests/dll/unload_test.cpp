@@ -1,29 +1,18 @@
 // torwen.dll as a plug-in host uses it: loaded, called and unloaded many times. And
 // its failure path where a process has nothing left to give: no TLS index, no
-// heap, a thread the DLL has never seen. A failure must answer the export's
+// memory, a thread the DLL has never seen. A failure must answer the export's
 // failure value there, as anywhere.
 #include <cstdio>
+#include <cstdlib>
+#include <functional>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "harness/harness.h"
 
 namespace {
-
-// ---- what a load must leave as it found it
-
-struct ProcessCounts {
-    std::size_t heapBlocks = 0;
-    std::size_t committedBytes = 0;
-    int handles = 0;
-    int freeTlsIndexes = 0;
-};
-
-std::ostream& operator<<(std::ostream& out, const ProcessCounts& c)
-{
-    return out << c.heapBlocks << " heap blocks, " << c.committedBytes << " committed bytes, "
-               << c.handles << " handles, " << c.freeTlsIndexes << " free TLS indexes";
-}
 
 // Takes every free TLS index while it lives.
 class AllTlsIndexesTaken {
@@ -38,136 +27,247 @@ public:
         for (DWORD i : taken)
             TlsFree(i);
     }
-    int count() const { return int(taken.size()); }
+    std::size_t count() const { return taken.size(); }
 
 private:
     std::vector<DWORD> taken;
 };
 
-// Every heap of the process: the process heap and the C runtime's alike.
-void CountHeaps(ProcessCounts& c)
-{
-    HANDLE heaps[64];
-    DWORD n = GetProcessHeaps(64, heaps);
-    ASSERT_LE(n, 64u);
-    for (DWORD i = 0; i < n; ++i) {
-        HeapLock(heaps[i]);
-        PROCESS_HEAP_ENTRY entry = {};
-        while (HeapWalk(heaps[i], &entry)) {
-            if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY)
-                ++c.heapBlocks;
-            if (entry.wFlags & PROCESS_HEAP_REGION)
-                c.committedBytes += entry.Region.dwCommittedSize;
-        }
-        HeapUnlock(heaps[i]);
-    }
-}
-
-// Wine's GetProcessHandleCount answers 0: ask about every handle value instead.
-int CountHandles()
-{
-    int n = 0;
-    DWORD flags;
-    for (UINT_PTR h = 4; h < 0x8000; h += 4)
-        n += GetHandleInformation(reinterpret_cast<HANDLE>(h), &flags) ? 1 : 0;
-    return n;
-}
+// What a load must leave as it found it: heap blocks and committed bytes of every
+// heap of the process (the C runtime's too), handles, free TLS indexes.
+using ProcessCounts = std::tuple<std::size_t, std::size_t, int, std::size_t>;
 
 ProcessCounts Count()
 {
-    ProcessCounts c;
-    c.freeTlsIndexes = AllTlsIndexesTaken().count();
-    CountHeaps(c);
-    c.handles = CountHandles();
-    return c;
+    // First: Wine allocates a thread's table of the upper TLS indexes on first use.
+    const std::size_t tlsIndexes = AllTlsIndexesTaken().count();
+    std::size_t blocks = 0, committed = 0;
+    HANDLE heaps[64];
+    DWORD n = GetProcessHeaps(64, heaps);
+    for (DWORD i = 0; i < n && i < 64; ++i) {
+        HeapLock(heaps[i]);
+        PROCESS_HEAP_ENTRY entry = {};
+        while (HeapWalk(heaps[i], &entry)) {
+            blocks += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) ? 1 : 0;
+            committed += (entry.wFlags & PROCESS_HEAP_REGION) ? entry.Region.dwCommittedSize : 0;
+        }
+        HeapUnlock(heaps[i]);
+    }
+    // Wine's GetProcessHandleCount answers 0: ask about every handle value instead.
+    int handles = 0;
+    DWORD flags;
+    for (UINT_PTR h = 4; h < 0x8000; h += 4)
+        handles += GetHandleInformation(reinterpret_cast<HANDLE>(h), &flags) ? 1 : 0;
+    return {blocks, committed, handles, tlsIndexes};
 }
 
-void ExpectUnchanged(const ProcessCounts& before, const ProcessCounts& after, const char* what)
-{
-    EXPECT_EQ(after.heapBlocks, before.heapBlocks) << what;
-    EXPECT_EQ(after.committedBytes, before.committedBytes) << what;
-    EXPECT_EQ(after.handles, before.handles) << what;
-    EXPECT_EQ(after.freeTlsIndexes, before.freeTlsIndexes) << what;
-}
-
-// ---- a copy of torwen.dll under another name: loading it maps a module of its
-// own, where loading torwen.dll again would only count one more reference to the
-// module the test program links
-
+// A second file of torwen.dll: loading it maps a module of its own, where loading
+// torwen.dll again would only count one more reference to the one the test links.
 class TorwenCopy {
 public:
     TorwenCopy()
     {
-        char source[MAX_PATH], dir[MAX_PATH];
+        char source[MAX_PATH], dir[MAX_PATH], path[MAX_PATH];
         GetModuleFileNameA(harness::Torwen(), source, MAX_PATH);
         GetTempPathA(MAX_PATH, dir);
         std::snprintf(path, sizeof path, "%storwen-copy-%lu.dll", dir, GetCurrentProcessId());
+        ansi = path;
+        wide = harness::FromAnsi(ansi);
         ok = CopyFileA(source, path, FALSE);
-        wide = harness::FromAnsi(path);
     }
-    ~TorwenCopy() { DeleteFileA(path); }
+    ~TorwenCopy() { DeleteFileA(ansi.c_str()); }
 
     bool ok;
-    char path[MAX_PATH];
+    std::string ansi;
     std::wstring wide;
 };
 
 using GetCurrentDirectoryFn = DWORD(WINAPI*)(DWORD, LPWSTR);
 using CompareStringFn = int(WINAPI*)(LCID, DWORD, LPCWSTR, int, LPCWSTR, int);
 
+template <typename Fn>
+Fn Export(HMODULE module, const char* name)
+{
+    return reinterpret_cast<Fn>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
+
 // A count no heap can satisfy: the ANSI path's out buffer for it fails to allocate
 // (the W path just writes the directory into the caller's buffer).
 const DWORD Unallocatable = 0xFFFFFFF0;
 
-// The calls of one cycle in a loaded copy: two ordinary ones and one that fails an
-// allocation on the ANSI path, answering 0 with last error 0.
-void CallLoadedCopy(HMODULE copy)
+bool AnswersFailure(GetCurrentDirectoryFn getDir)
 {
-    auto getDir = reinterpret_cast<GetCurrentDirectoryFn>(
-        reinterpret_cast<void*>(GetProcAddress(copy, "_GetCurrentDirectoryW@8")));
-    auto compare = reinterpret_cast<CompareStringFn>(
-        reinterpret_cast<void*>(GetProcAddress(copy, "_CompareStringW@24")));
-    ASSERT_TRUE(getDir && compare);
     WCHAR dir[MAX_PATH];
-    EXPECT_GT(getDir(MAX_PATH, dir), 0u);
-    EXPECT_EQ(compare(LOCALE_USER_DEFAULT, NORM_IGNORECASE, L"Abc", -1, L"aBC", -1), CSTR_EQUAL);
     SetLastError(0xBAD);
     DWORD r = getDir(Unallocatable, dir);
-    if (harness::AnsiPath()) {
-        EXPECT_EQ(r, 0u);
-        EXPECT_EQ(GetLastError(), 0u);
-    }
+    return !harness::AnsiPath() || (r == 0 && GetLastError() == 0);
 }
 
-int LoadCycles()
-{
-    char value[16];
-    DWORD n = GetEnvironmentVariableA("TORWEN_LOAD_CYCLES", value, sizeof value);
-    return n && n < sizeof value ? std::atoi(value) : 1000;
-}
-
+// One cycle: two ordinary calls, and one that fails an allocation on the ANSI path.
 void LoadCallUnload(const TorwenCopy& copy)
 {
     HMODULE module = LoadLibraryW(copy.wide.c_str());
     ASSERT_NE(module, nullptr);
-    CallLoadedCopy(module);
+    auto getDir = Export<GetCurrentDirectoryFn>(module, "_GetCurrentDirectoryW@8");
+    auto compare = Export<CompareStringFn>(module, "_CompareStringW@24");
+    ASSERT_TRUE(getDir && compare);
+    WCHAR dir[MAX_PATH];
+    EXPECT_GT(getDir(MAX_PATH, dir), 0u);
+    EXPECT_EQ(compare(LOCALE_USER_DEFAULT, NORM_IGNORECASE, L"Abc", -1, L"aBC", -1), CSTR_EQUAL);
+    EXPECT_TRUE(AnswersFailure(getDir));
     EXPECT_TRUE(FreeLibrary(module));
 }
 
+// 1,000 cycles; TORWEN_LOAD_CYCLES=10000 for the long run.
 TEST(UnloadTest, LoadCyclesLeaveNoTrace)
 {
     TorwenCopy copy;
     ASSERT_TRUE(copy.ok);
-    // The first loads fill caches of the system's loader.
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i)  // the first loads fill caches of the system's loader
         LoadCallUnload(copy);
-    ProcessCounts before = Count();
-    int cycles = LoadCycles();
-    for (int i = 0; i < cycles && !HasFailure(); ++i)
+    char value[16];
+    DWORD n = GetEnvironmentVariableA("TORWEN_LOAD_CYCLES", value, sizeof value);
+    const ProcessCounts before = Count();
+    for (int i = n && n < sizeof value ? std::atoi(value) : 1000; i > 0 && !HasFailure(); --i)
         LoadCallUnload(copy);
-    ProcessCounts after = Count();
-    ExpectUnchanged(before, after, "after the load cycles");
-    std::printf("%d cycles: %s\n", cycles, (std::ostringstream() << after).str().c_str());
+    EXPECT_EQ(Count(), before) << "heap blocks, committed bytes, handles, free TLS indexes";
+}
+
+// Threads torwen has never seen fail allocations all at once, many times each:
+// every one answers for itself (a record of exceptions shared between threads
+// would end the process or answer wrongly).
+DWORD WINAPI FailRepeatedly(LPVOID getDir)
+{
+    int wrong = 0;
+    for (int i = 0; i < 300; ++i)
+        wrong += AnswersFailure(reinterpret_cast<GetCurrentDirectoryFn>(getDir)) ? 0 : 1;
+    return wrong;
+}
+
+TEST(UnloadTest, AnswersOnManyNewThreadsAtOnce)
+{
+    TorwenCopy copy;
+    ASSERT_TRUE(copy.ok);
+    HMODULE module = LoadLibraryW(copy.wide.c_str());
+    ASSERT_NE(module, nullptr);
+    auto getDir = Export<GetCurrentDirectoryFn>(module, "_GetCurrentDirectoryW@8");
+    HANDLE threads[8];
+    for (HANDLE& t : threads) {
+        t = CreateThread(nullptr, 0, FailRepeatedly, reinterpret_cast<void*>(getDir), 0, nullptr);
+        ASSERT_NE(t, nullptr);
+    }
+    EXPECT_EQ(WaitForMultipleObjects(8, threads, TRUE, 60000), WAIT_OBJECT_0);
+    for (HANDLE t : threads) {
+        DWORD wrong = 1;
+        EXPECT_TRUE(GetExitCodeThread(t, &wrong) && wrong == 0) << wrong << " wrong answers";
+        CloseHandle(t);
+    }
+    EXPECT_TRUE(FreeLibrary(module));
+}
+
+// ---- failures where the runtime as shipped had nothing left to throw with
+
+class FailureTest : public harness::TorwenTest {
+protected:
+    // Sweeps allocation failures over members of each frame: with a saved error
+    // (none yet when the allocation fails) and with the failing helper's error.
+    static void SweepFailingCalls()
+    {
+        static WCHAR buf[MAX_PATH];
+        static const std::wstring path = L"C:\\windows\\" + harness::NonAsciiText() + L".txt";
+        const struct {
+            const char* name;
+            DWORD failure, error;
+            std::function<DWORD()> call;
+        } cases[] = {
+            {"GetShortPathNameW", 0, 0,
+             [] { return GetShortPathNameW(path.c_str(), buf, MAX_PATH); }},
+            {"GetCurrentDirectoryW", 0, 0, [] { return GetCurrentDirectoryW(MAX_PATH, buf); }},
+            {"GetEnvironmentVariableW", 0, ERROR_OUTOFMEMORY,
+             [] { return GetEnvironmentVariableW(L"PATH", buf, MAX_PATH); }},
+            {"GetDriveTypeW", DRIVE_UNKNOWN, ERROR_OUTOFMEMORY,
+             [] { return GetDriveTypeW(L"C:\\"); }},
+        };
+        for (const auto& c : cases) {
+            int runs = harness::SweepAllocationFailures([&](int k) {
+                SetLastError(0xBAD);
+                const DWORD r = c.call(), error = GetLastError();
+                EXPECT_TRUE(harness::HeapAllocCalls() < k || (r == c.failure && error == c.error))
+                    << c.name << ", allocation " << k << ": " << r << ", error " << error;
+            });
+            EXPECT_EQ(runs > 0, harness::AnsiPath()) << c.name;
+        }
+    }
+};
+
+// The first exception of a loaded copy took a TLS index: with none left, abort().
+TEST_F(FailureTest, AnswersWithEveryTlsIndexTaken)
+{
+    TorwenCopy copy;
+    ASSERT_TRUE(copy.ok);
+    AllTlsIndexesTaken taken;
+    ASSERT_EQ(TlsAlloc(), TLS_OUT_OF_INDEXES);
+    SweepFailingCalls();
+    LoadCallUnload(copy);
+}
+
+// The import slot of a C runtime function in a module.
+void** CRuntimeSlot(HMODULE module, const char* name)
+{
+    auto at = [module](DWORD rva) { return reinterpret_cast<BYTE*>(module) + rva; };
+    auto* nt = reinterpret_cast<IMAGE_NT_HEADERS*>(
+        at(reinterpret_cast<IMAGE_DOS_HEADER*>(module)->e_lfanew));
+    auto* d = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(
+        at(nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress));
+    for (; d->Name; ++d) {
+        if (lstrcmpiA(reinterpret_cast<char*>(at(d->Name)), "msvcrt.dll") != 0)
+            continue;
+        auto* names = reinterpret_cast<IMAGE_THUNK_DATA*>(at(d->OriginalFirstThunk));
+        auto* slot = reinterpret_cast<void**>(at(d->FirstThunk));
+        for (; names->u1.AddressOfData; ++names, ++slot) {
+            auto* import = reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(at(names->u1.AddressOfData));
+            if (!lstrcmpA(import->Name, name))
+                return slot;
+        }
+    }
+    return nullptr;
+}
+
+// Runs `call` with the module's malloc, calloc and realloc failing.
+void WithoutCRuntimeMemory(HMODULE module, const std::function<void()>& call)
+{
+    const std::pair<const char*, void*> failing[] = {
+        {"malloc", reinterpret_cast<void*>(+[](size_t) -> void* { return nullptr; })},
+        {"calloc", reinterpret_cast<void*>(+[](size_t, size_t) -> void* { return nullptr; })},
+        {"realloc", reinterpret_cast<void*>(+[](void*, size_t) -> void* { return nullptr; })},
+    };
+    std::vector<std::pair<void**, void*>> saved;
+    for (auto [name, fn] : failing) {
+        if (void** slot = CRuntimeSlot(module, name)) {
+            DWORD old;
+            VirtualProtect(slot, sizeof *slot, PAGE_READWRITE, &old);
+            saved.push_back({slot, std::exchange(*slot, fn)});
+        }
+    }
+    EXPECT_FALSE(saved.empty());
+    call();
+    for (auto [slot, previous] : saved)
+        *slot = previous;
+}
+
+// No memory is left to throw with: a failure still reaches the export's frame,
+// also the first one of a loaded copy (whose unwinder sorts its tables on the
+// heap then).
+TEST_F(FailureTest, AnswersWithNoMemoryLeft)
+{
+    WithoutCRuntimeMemory(harness::Torwen(), [] { SweepFailingCalls(); });
+    TorwenCopy copy;
+    ASSERT_TRUE(copy.ok);
+    HMODULE module = LoadLibraryW(copy.wide.c_str());
+    ASSERT_NE(module, nullptr);
+    auto getDir = Export<GetCurrentDirectoryFn>(module, "_GetCurrentDirectoryW@8");
+    WithoutCRuntimeMemory(module, [&] { EXPECT_TRUE(AnswersFailure(getDir)); });
+    EXPECT_TRUE(FreeLibrary(module));
 }
 
 }  // namespace

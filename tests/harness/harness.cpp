@@ -58,6 +58,37 @@ Route* RouteFor(const char* name, void* target)
 
 decltype(&HeapAlloc) realHeapAlloc;
 decltype(&HeapFree) realHeapFree;
+decltype(&HeapSize) realHeapSize;
+
+// Blocks placed before a no-access page, by address: their requested size.
+bool guardBlocks = false;
+std::map<void*, SIZE_T> guardedBlocks;
+
+void* GuardedAlloc(SIZE_T size)
+{
+    SIZE_T pages = (size + 4095) / 4096;
+    auto* base = static_cast<unsigned char*>(
+        VirtualAlloc(nullptr, (pages + 1) * 4096, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE));
+    if (!base)
+        return nullptr;
+    DWORD old;
+    VirtualProtect(base + pages * 4096, 4096, PAGE_NOACCESS, &old);
+    void* p = base + pages * 4096 - size;
+    guardedBlocks[p] = size;
+    return p;
+}
+
+bool GuardedFree(void* p)
+{
+    auto it = guardedBlocks.find(p);
+    if (it == guardedBlocks.end())
+        return false;
+    guardedBlocks.erase(it);
+    MEMORY_BASIC_INFORMATION info;
+    VirtualQuery(p, &info, sizeof info);
+    VirtualFree(info.AllocationBase, 0, MEM_RELEASE);
+    return true;
+}
 decltype(&GetProcAddress) realGetProcAddress;
 
 std::set<void*> live;
@@ -69,7 +100,7 @@ LPVOID WINAPI CountingHeapAlloc(HANDLE heap, DWORD flags, SIZE_T size)
 {
     if (++allocCalls == failAt)
         return nullptr;
-    void* p = realHeapAlloc(heap, flags, size);
+    void* p = guardBlocks ? GuardedAlloc(size) : realHeapAlloc(heap, flags, size);
     if (p) {
         live.insert(p);
         if (log)
@@ -82,7 +113,15 @@ BOOL WINAPI CountingHeapFree(HANDLE heap, DWORD flags, LPVOID p)
 {
     if (live.erase(p) && log)
         log->push_back({HeapEvent::Free, p, 0});
+    if (GuardedFree(p))
+        return TRUE;
     return realHeapFree(heap, flags, p);
+}
+
+SIZE_T WINAPI GuardedHeapSize(HANDLE heap, DWORD flags, LPCVOID p)
+{
+    auto it = guardedBlocks.find(const_cast<void*>(p));
+    return it != guardedBlocks.end() ? it->second : realHeapSize(heap, flags, p);
 }
 
 // Functions bound on first use are handed a route of their own.
@@ -134,6 +173,9 @@ void InstallRouting(HMODULE module)
             } else if (!lstrcmpA(name, "HeapFree")) {
                 realHeapFree = reinterpret_cast<decltype(&HeapFree)>(real);
                 route->cell = reinterpret_cast<void*>(&CountingHeapFree);
+            } else if (!lstrcmpA(name, "HeapSize")) {
+                realHeapSize = reinterpret_cast<decltype(&HeapSize)>(real);
+                route->cell = reinterpret_cast<void*>(&GuardedHeapSize);
             } else if (!lstrcmpA(name, "GetProcAddress")) {
                 realGetProcAddress = reinterpret_cast<decltype(&GetProcAddress)>(real);
                 route->cell = reinterpret_cast<void*>(&RoutedGetProcAddress);
@@ -257,6 +299,16 @@ GuardPage::GuardPage()
 GuardPage::~GuardPage()
 {
     VirtualFree(base, 0, MEM_RELEASE);
+}
+
+GuardedHeapBlocks::GuardedHeapBlocks()
+{
+    guardBlocks = true;
+}
+
+GuardedHeapBlocks::~GuardedHeapBlocks()
+{
+    guardBlocks = false;
 }
 
 std::size_t LiveBlocks()

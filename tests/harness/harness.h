@@ -175,6 +175,16 @@ private:
     unsigned char* limit;  // the first byte of the no-access page
 };
 
+// While one lives, every block torwen allocates ends at a no-access page too: a
+// conversion that reads or writes past torwen's own block faults at once.
+class GuardedHeapBlocks {
+public:
+    GuardedHeapBlocks();
+    ~GuardedHeapBlocks();
+    GuardedHeapBlocks(const GuardedHeapBlocks&) = delete;
+    GuardedHeapBlocks& operator=(const GuardedHeapBlocks&) = delete;
+};
+
 // ---- the fixture
 
 class TorwenTest : public ::testing::Test {

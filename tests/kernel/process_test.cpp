@@ -93,6 +93,27 @@ TEST_F(ProcessTest, OddCountsOfModuleFileNameDriveStringsAndEnvironmentVariable)
     SetEnvironmentVariableW(L"TW_VALUE", nullptr);
 }
 
+// Every block of torwen's ends at a no-access page here, and so does the caller's
+// buffer: the A function's answers (a required size, a name filling the buffer
+// without its terminator) lead no conversion past either.
+TEST_F(ProcessTest, ConversionsBackStayInsideTheBuffers)
+{
+    GuardPage guard;
+    ASSERT_TRUE(SetEnvironmentVariableW(L"TW_VALUE", L"thirteen char"));
+    GuardedHeapBlocks guarded;
+    WCHAR* buf = guard.End<WCHAR>(13, L'#');
+    // Too small by its terminator: the size needed, except where 13 characters get
+    // 26 bytes and the value fits (its count one short, as ever).
+    EXPECT_EQ(GetEnvironmentVariableW(L"TW_VALUE", buf, 13), AnsiPath() && CodePage() == 932 ? 12u : 14u);
+
+    TW_HOOK(name, GetModuleFileNameA, [](HMODULE, LPSTR b, DWORD n) { return memset(b, 'x', n), n; });
+    buf = guard.End<WCHAR>(8, L'#');
+    SetLastError(0);
+    DWORD r = GetModuleFileNameW(nullptr, buf, 8);
+    EXPECT_EQ(r, AnsiPath() ? 0u : 8u) << "eight characters and a terminator do not fit";
+    SetEnvironmentVariableW(L"TW_VALUE", nullptr);
+}
+
 TEST_F(ProcessTest, WhatTheAnsiFunctionsReceive)
 {
     if (!AnsiPath())
@@ -120,6 +141,16 @@ TEST_F(ProcessTest, WhatTheAnsiFunctionsReceive)
     EXPECT_EQ(log.allocationSizes(), std::vector<SIZE_T>{10});
     EXPECT_EQ(release.calls, 1);
     EXPECT_TRUE(FreeEnvironmentStringsW(w));
+    // The ANSI block goes back also when the wide one cannot be had.
+    FailHeapAllocAt(1);
+    EXPECT_EQ(GetEnvironmentStringsW(), nullptr);
+    EXPECT_EQ(release.calls, 2);
+
+    // A wide environment that ends exactly where its memory does.
+    GuardPage guard;
+    CreateProcessW(nullptr, nullptr, 0, 0, 0, CREATE_UNICODE_ENVIRONMENT,
+                   guard.Copy(L"A=1\0B=2\0", 9), 0, &si, nullptr);
+    EXPECT_EQ(create.calls, 2);
 }
 
 // Each allocation can fail: the member answers its failure value with last error 0

@@ -23,7 +23,10 @@ protected:
 TEST_F(ProfileTest, ReadsBackNonAsciiNames)
 {
     const std::wstring value = L"v " + text, keys = key + L"=" + value + L'\0' + L"n=42" + L'\0';
-    ASSERT_TRUE(WritePrivateProfileSectionW(sec, (keys + L'\0').c_str(), ini));
+    // The list ends exactly where its memory does.
+    harness::GuardPage guard;
+    const std::wstring list = keys + L'\0';
+    ASSERT_TRUE(WritePrivateProfileSectionW(sec, guard.Copy(list.c_str(), list.size()), ini));
     EXPECT_EQ(value.size(), GetPrivateProfileStringW(sec, key.c_str(), L"", buf, 64, ini));
     EXPECT_EQ(value, buf);
     // Section readers: the ANSI path leaves out the list's final terminator (the

@@ -83,6 +83,8 @@ protected:
         return 4;
     }
     static int CALLBACK NoText(HWND, int, LPWSTR) { return ++handled, 0; }
+    static BOOL CALLBACK NoRecord(HWND, LPCREATESTRUCTW cs) { return ++handled, !cs; }
+    static HWND CALLBACK NoMDIRecord(HWND, LPMDICREATESTRUCTW mcs) { return ++handled, HWND(mcs); }
     static int CALLBACK FillAll(HWND, int n, LPWSTR s)
     {
         for (int i = 0; i < n; ++i)
@@ -255,6 +257,15 @@ TEST_F(MessagesTest, CreationRecordsRoundTrip)
         EXPECT_EQ(AtFORWARD_WM_NCCREATEW(nullptr, &cs, Receiver), answer ? 1 : 0);
         EXPECT_EQ(seen, L"<null>;#49443;");
     }
+    // No record: each passes on null, as it is.
+    calls.clear();
+    AtFORWARD_WM_CREATEW(nullptr, nullptr, Record);
+    AtFORWARD_WM_MDICREATEW(nullptr, nullptr, Record);
+    EXPECT_EQ(std::tuple(calls.size(), calls[0].lParam, calls[1].lParam), std::tuple(2u, 0, 0));
+    handled = 0;
+    EXPECT_EQ(AtHANDLE_WM_NCCREATEW(nullptr, 0, 0, NoRecord), 1);
+    EXPECT_EQ(AtHANDLE_WM_MDICREATEW(nullptr, 0, 0, NoMDIRecord), 0);
+    EXPECT_EQ(handled, 2);
     MDICREATESTRUCTW mcs = {MAKEINTATOM(0xC124), name.c_str(), HANDLE(0x2001), 21, 22, 23, 24,
                             0x00CF0000, 0x2005};
     EXPECT_EQ(AtFORWARD_WM_MDICREATEW(nullptr, &mcs, Receiver), LRESULT(0xFFFFFFFE));

@@ -20,3 +20,15 @@ inline std::wstring MixedText()
 {
     return harness::CodePage() == 932 ? L"a\u65E5b" : L"a\u00E9b";
 }
+
+inline INT_PTR CALLBACK QuietDialogProc(HWND, UINT, WPARAM, LPARAM)
+{
+    return FALSE;
+}
+
+// The resource DLL's dialog with a list box, a label, a combo box and an edit
+// control, made through torwen and hidden.
+inline HWND CreateControlsDialog()
+{
+    return CreateDialogParamW(TestResources(), L"CONTROLS", nullptr, QuietDialogProc, 0);
+}

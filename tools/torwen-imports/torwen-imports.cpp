@@ -74,8 +74,21 @@ std::string Undecorated(const std::string& decorated)
     return name;
 }
 
-std::string TorwenExportFor(const std::string& name)
+// Two exports keep names of their own for a system function.
+struct Alias {
+    const char* system;
+    const char* torwen;
+};
+const Alias aliases[] = {
+    {"GetKerningPairsW", "GetKerningParisW"},
+    {"CreateScalableFontResourceW", "CreateScalableFontResource"},
+};
+
+std::string TorwenExportFor(std::string name)
 {
+    for (const Alias& alias : aliases)
+        if (name == alias.system)
+            name = alias.torwen;
     for (const char* exported : torwenExports)
         if (Undecorated(exported) == name)
             return exported;
@@ -242,7 +255,7 @@ int Check(const char* path)
         return 2;
     }
 
-    int fromTorwen = 0, misplaced = 0;
+    int fromTorwen = 0, misplaced = 0, replaceable = 0;
     for (const Import& imp : imports) {
         std::string dll = Lower(imp.dll);
         if (dll == "torwen.dll") {
@@ -257,16 +270,23 @@ int Check(const char* path)
                         "they fail:\n",
                         path);
         std::string instead = TorwenExportFor(imp.name);
-        if (instead.empty())
+        if (instead.empty()) {
             std::printf("  %s!%s: torwen has no replacement\n", imp.dll.c_str(), imp.name.c_str());
-        else
+        } else {
+            ++replaceable;
             std::printf("  %s!%s: use torwen.dll's %s\n", imp.dll.c_str(), imp.name.c_str(),
                         instead.c_str());
+        }
     }
     if (misplaced) {
-        std::printf("%d wide import(s) from the system, %d from torwen.dll. Link torwen's import "
-                    "library ahead of the system libraries.\n",
-                    misplaced, fromTorwen);
+        std::printf("%d wide import(s) from the system, %d of them exported by torwen; %d "
+                    "import(s) from torwen.dll.\n",
+                    misplaced, replaceable, fromTorwen);
+        if (replaceable)
+            std::printf("Link torwen's import library ahead of the system libraries.\n");
+        if (replaceable < misplaced)
+            std::printf("Where torwen has no replacement, call the A function on Windows 95, 98 "
+                        "and Me.\n");
         return 1;
     }
     std::printf("%s: no wide function imported from the system; %d import(s) from torwen.dll\n",

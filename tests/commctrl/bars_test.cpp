@@ -1,0 +1,336 @@
+// Toolbars, tooltips, status bars, animation controls and image lists: real controls
+// filled and read through the helpers, and what the ANSI controls receive.
+#include <cstring>
+#include <functional>
+#include <tuple>
+
+#include "commctrl/controls.h"
+
+namespace
+{
+
+using harness::AnsiPath;
+using harness::NonAsciiText;
+using harness::ToAnsi;
+
+class BarsTest : public harness::TorwenTest
+{
+protected:
+    TestWindow parent;
+    const std::wstring text = L"Knopf " + NonAsciiText();
+    WCHAR buf[256];
+};
+
+// A tool of the parent window with an id and a rectangle.
+TTTOOLINFOW Tool(HWND owner, UINT_PTR id, LPWSTR text, UINT size = sizeof(TTTOOLINFOW))
+{
+    TTTOOLINFOW ti = { size, 0, owner, id, { 10 * LONG(id), 0, 10 * LONG(id) + 10, 10 } };
+    ti.lpszText = text;
+    ti.lParam = 100 + id;
+    return ti;
+}
+
+TEST_F(BarsTest, Toolbar)
+{
+    HWND tb = Control(parent.hwnd, TOOLBARCLASSNAMEW);
+    ASSERT_TRUE(tb);
+    SendMessageW(tb, TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON), 0);
+    const std::wstring list = L"Eins" + std::wstring(1, L'\0') + text + std::wstring(2, L'\0');
+    EXPECT_EQ(ToolBar_AddString(tb, nullptr, list.c_str()), 0);
+    TBBUTTON buttons[] = { { 0, 10, TBSTATE_ENABLED, BTNS_BUTTON, {}, 0, 0 },
+        { 0, 11, TBSTATE_ENABLED, BTNS_BUTTON, {}, 0, 1 } };
+    EXPECT_TRUE(ToolBar_AddButtons(tb, 2, buttons));
+    TBBUTTON third = { 0, 12, TBSTATE_ENABLED, BTNS_BUTTON, {}, 0, 0 };
+    EXPECT_TRUE(ToolBar_InsertButton(tb, 0, &third));
+    EXPECT_EQ(SendMessageW(tb, TB_BUTTONCOUNT, 0, 0), 3);
+
+    EXPECT_EQ(ToolBar_GetButtonText(tb, 11, buf, 256), int(text.size()));
+    EXPECT_EQ(std::wstring(buf), text);
+    EXPECT_EQ(ToolBar_GetButtonText(tb, 12, buf, 256), 4);
+    EXPECT_EQ(std::wstring(buf), L"Eins");
+    if (AnsiPath()) {
+        EXPECT_EQ(ToolBar_GetButtonText(tb, 11, buf, 3), 0) << "all or nothing";
+    }
+
+    // A text longer than the caller's count is written neither past torwen's buffer nor
+    // past the caller's.
+    BYTE* page = static_cast<BYTE*>(VirtualAlloc(nullptr, 8192, MEM_COMMIT, PAGE_READWRITE));
+    DWORD old;
+    VirtualProtect(page + 4096, 4096, PAGE_NOACCESS, &old);
+    if (AnsiPath())
+        ToolBar_GetButtonText(tb, 11, reinterpret_cast<LPWSTR>(page + 4096) - 2, 2);
+    VirtualFree(page, 0, MEM_RELEASE);
+}
+
+TEST_F(BarsTest, Tooltips)
+{
+    HWND tt = Control(parent.hwnd, TOOLTIPS_CLASSW, 0);
+    ASSERT_TRUE(tt);
+    TTTOOLINFOW one = Tool(parent.hwnd, 1, const_cast<LPWSTR>(text.c_str()));
+    TTTOOLINFOW two = Tool(parent.hwnd, 2, LPSTR_TEXTCALLBACKW);
+    EXPECT_TRUE(ToolTips_AddTool(tt, &one));
+    EXPECT_TRUE(ToolTips_AddTool(tt, &two));
+    EXPECT_EQ(SendMessageW(tt, TTM_GETTOOLCOUNT, 0, 0), 2);
+
+    // The queries fill the caller's buffer and leave lpszText designating it.
+    WCHAR mine[256];
+    TTTOOLINFOW got = Tool(parent.hwnd, 1, mine);
+    got.lParam = 0;
+    ASSERT_TRUE(ToolTips_GetToolInfo(tt, &got));
+    EXPECT_EQ(std::tuple(std::wstring(mine), got.lpszText, got.lParam, got.rect.right),
+        std::tuple(text, LPWSTR(mine), LPARAM(101), 20L));
+    TTTOOLINFOW e = Tool(nullptr, 0, mine);
+    ASSERT_TRUE(ToolTips_EnumTools(tt, 1, &e));
+    EXPECT_EQ(std::tuple(e.uId, e.lpszText, e.lParam),
+        std::tuple(UINT_PTR(2), LPSTR_TEXTCALLBACKW, LPARAM(102)));
+    EXPECT_FALSE(ToolTips_EnumTools(tt, 2, &e));
+    TTHITTESTINFOW hit = { parent.hwnd, { 15, 5 } };
+    hit.ti = Tool(nullptr, 0, mine);
+    mine[0] = 0;
+    ASSERT_TRUE(ToolTips_HitTest(tt, &hit));
+    EXPECT_EQ(std::tuple(hit.ti.uId, std::wstring(mine)), std::tuple(UINT_PTR(1), text));
+    hit.pt = { 95, 5 };
+    EXPECT_FALSE(ToolTips_HitTest(tt, &hit));
+    EXPECT_FALSE(ToolTips_GetCurrentTool(tt, nullptr));
+    EXPECT_FALSE(ToolTips_GetCurrentTool(tt, &e));
+
+    // Changes of text and place, then removal by window and id alone.
+    const std::wstring changed = L"Neu " + NonAsciiText();
+    one.lpszText = const_cast<LPWSTR>(changed.c_str());
+    ToolTips_UpdateTipText(tt, &one);
+    ASSERT_TRUE(ToolTips_GetToolInfo(tt, &got));
+    EXPECT_EQ(std::wstring(mine), changed);
+    one.rect = { 50, 0, 60, 10 };
+    ToolTips_NewToolRect(tt, &one);
+    one.uFlags = TTF_CENTERTIP;
+    ToolTips_SetToolInfo(tt, &one);
+    ASSERT_TRUE(ToolTips_GetToolInfo(tt, &got));
+    EXPECT_EQ(std::tuple(got.rect.left, got.uFlags, std::wstring(mine)),
+        std::tuple(50L, UINT(TTF_CENTERTIP), changed));
+    TTTOOLINFOW del = Tool(parent.hwnd, 2, nullptr, TTTOOLINFOW_V1_SIZE);
+    ToolTips_DelTool(tt, &del);
+    EXPECT_EQ(SendMessageW(tt, TTM_GETTOOLCOUNT, 0, 0), 1);
+}
+
+// A wide parent answers a tool's request for text; the tooltip then holds that text.
+std::wstring tipAnswer;
+LRESULT CALLBACK OnTipNotify(HWND, int, NMHDR* nm)
+{
+    if (nm->code == TTN_NEEDTEXTW)
+        lstrcpynW(reinterpret_cast<NMTTDISPINFOW*>(nm)->szText, tipAnswer.c_str(), 80);
+    return 0;
+}
+LRESULT CALLBACK TipParent(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
+{
+    if (msg == WM_NOTIFY)
+        return AtHANDLE_WM_NOTIFYW(hwnd, wParam, lParam, OnTipNotify);
+    return DefWindowProcW(hwnd, msg, wParam, lParam);
+}
+
+TEST_F(BarsTest, TooltipAsksAWideParent)
+{
+    tipAnswer = L"Tipp " + NonAsciiText();
+    SetWindowLongW(parent.hwnd, GWL_WNDPROC, LONG(TipParent));
+    HWND tt = Control(parent.hwnd, TOOLTIPS_CLASSW, 0);
+    TTTOOLINFOW ti = Tool(parent.hwnd, 3, LPSTR_TEXTCALLBACKW);
+    ti.uFlags = TTF_IDISHWND;
+    ti.uId = UINT_PTR(parent.hwnd);
+    ASSERT_TRUE(ToolTips_AddTool(tt, &ti));
+    std::wstring shown;
+    if (AnsiPath()) {
+        char bufA[80] = "";
+        TTTOOLINFOA tiA = { TTTOOLINFOA_V2_SIZE, ti.uFlags, ti.hwnd, ti.uId };
+        tiA.lpszText = bufA;
+        SendMessageA(tt, TTM_GETTEXTA, 80, LPARAM(&tiA));
+        shown = harness::FromAnsi(bufA);
+    } else {
+        WCHAR bufW[80] = L"";
+        ti.lpszText = bufW;
+        SendMessageW(tt, TTM_GETTEXTW, 80, LPARAM(&ti));
+        shown = bufW;
+    }
+    EXPECT_EQ(shown, tipAnswer);
+}
+
+// Parts set and read; an empty part answers its length word and leaves the buffer alone.
+TEST_F(BarsTest, StatusBar)
+{
+    HWND sb = CreateStatusWindowW(WS_CHILD, text.c_str(), parent.hwnd, 5);
+    ASSERT_TRUE(sb);
+    EXPECT_EQ(GetDlgCtrlID(sb), 5);
+    int parts[] = { 100, 200, -1 };
+    SendMessageW(sb, SB_SETPARTS, 3, LPARAM(parts));
+    EXPECT_TRUE(AtStatusBar_SetTextW(sb, 1 | SBT_POPOUT, text.c_str()));
+    const int length = AnsiPath() ? int(ToAnsi(text).size()) : int(text.size());
+    EXPECT_EQ(AtStatusBar_GetTextW(sb, 1, buf), DWORD(MAKELONG(length, SBT_POPOUT)));
+    EXPECT_EQ(std::wstring(buf), text);
+    EXPECT_EQ(LOWORD(AtStatusBar_GetTextW(sb, 0, buf)), length) << "the window's text";
+    lstrcpyW(buf, L"unberührt");
+    EXPECT_EQ(AtStatusBar_GetTextW(sb, 2, buf), 0u);
+    EXPECT_EQ(std::wstring(buf), L"unberührt");
+    EXPECT_TRUE(AtStatusBar_SetTextW(sb, 2 | SBT_OWNERDRAW, LPCWSTR(0x1234)));
+
+    HDC dc = CreateCompatibleDC(nullptr);
+    RECT r = { 0, 0, 100, 20 };
+    DrawStatusTextW(dc, &r, text.c_str(), 0);
+    DeleteDC(dc);
+}
+
+TEST_F(BarsTest, AnimationAndImageList)
+{
+    InitControls();
+    HWND anim = AtAnimate_CreateW(parent.hwnd, 7, WS_CHILD, GetModuleHandleW(nullptr));
+    ASSERT_TRUE(anim);
+    RECT r;
+    GetWindowRect(anim, &r);
+    WCHAR cls[32];
+    GetClassNameW(anim, cls, 32);
+    EXPECT_EQ(std::tuple(std::wstring(cls), GetDlgCtrlID(anim), r.right - r.left),
+        std::tuple(std::wstring(L"SysAnimate32"), 7, 0L));
+    std::vector<std::pair<UINT, std::string>> sent;
+    const std::wstring name = L"fehlt " + NonAsciiText() + L".avi";
+    if (AnsiPath()) {
+        TW_HOOK(sendA, SendMessageA, [&](HWND h, UINT m, WPARAM w, LPARAM l) {
+            sent.push_back({ m, l ? LPCSTR(l) : "" });
+            return sendA.real(h, m, w, l);
+        });
+        EXPECT_FALSE(AtAnimate_OpenW(anim, name.c_str()));
+        EXPECT_EQ(sent, (std::vector<std::pair<UINT, std::string>> { { 0x464, ToAnsi(name) } }));
+    } else {
+        EXPECT_FALSE(AtAnimate_OpenW(anim, name.c_str()));
+    }
+
+    auto destroy = reinterpret_cast<BOOL(WINAPI*)(HIMAGELIST)>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleA("comctl32.dll"), "ImageList_Destroy")));
+    HIMAGELIST list = ImageList_LoadImageW(
+        nullptr, MAKEINTRESOURCEW(32760) /* OBM_CHECK */, 13, 0, CLR_NONE, IMAGE_BITMAP, 0);
+    EXPECT_TRUE(list);
+    destroy(list);
+    SetLastError(0);
+    EXPECT_FALSE(ImageList_LoadImageW(
+        nullptr, name.c_str(), 16, 0, CLR_NONE, IMAGE_BITMAP, LR_LOADFROMFILE));
+}
+
+// What the ANSI controls receive: 44-byte tool records, the callback marker as it is,
+// string lists and identifiers, buttons unconverted, ACM_OPENA with an ANSI name.
+TEST_F(BarsTest, WhatTheAnsiControlsReceive)
+{
+    if (!AnsiPath())
+        GTEST_SKIP() << "the W path sends the caller's records";
+    HWND tt = Control(parent.hwnd, TOOLTIPS_CLASSW, 0);
+    HWND tb = Control(parent.hwnd, TOOLBARCLASSNAMEW);
+    SendMessageW(tb, TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON), 0);
+    struct Sent {
+        UINT msg;
+        LPARAM lParam;
+        TTTOOLINFOA ti;
+        std::string text;
+    };
+    std::vector<Sent> sent;
+    TW_HOOK(sendA, SendMessageA, [&](HWND h, UINT m, WPARAM w, LPARAM l) {
+        Sent s = { m, l, {}, "" };
+        if (m >= TTM_ADDTOOLA && m <= TTM_GETCURRENTTOOLA && l) {
+            s.ti = *reinterpret_cast<TTTOOLINFOA*>(l);
+            if (IS_INTRESOURCE(s.ti.lpszText) || s.ti.lpszText == LPSTR_TEXTCALLBACKA)
+                s.text = "#" + std::to_string(UINT_PTR(s.ti.lpszText));
+            else
+                s.text = std::string(s.ti.lpszText);
+        } else if (m == TB_ADDSTRINGA && !IS_INTRESOURCE(l)) {
+            s.text.assign(
+                LPCSTR(l), strlen(LPCSTR(l)) + 1 + strlen(LPCSTR(l) + strlen(LPCSTR(l)) + 1) + 1);
+        }
+        sent.push_back(s);
+        return sendA.real(h, m, w, l);
+    });
+    TTTOOLINFOW ti = Tool(parent.hwnd, 1, const_cast<LPWSTR>(text.c_str()), TTTOOLINFOW_V1_SIZE);
+    ToolTips_AddTool(tt, &ti);
+    EXPECT_EQ(std::tuple(sent.back().ti.cbSize, sent.back().ti.lParam, sent.back().text),
+        std::tuple(44u, LPARAM(0), ToAnsi(text)));
+    ti = Tool(parent.hwnd, 2, LPSTR_TEXTCALLBACKW);
+    ToolTips_AddTool(tt, &ti);
+    EXPECT_EQ(std::tuple(sent.back().ti.cbSize, sent.back().ti.lParam, sent.back().text),
+        std::tuple(44u, LPARAM(102), "#" + std::to_string(UINT_PTR(-1))));
+    ti.hinst = GetModuleHandleW(nullptr);
+    ti.lpszText = MAKEINTRESOURCEW(17);
+    ToolTips_SetToolInfo(tt, &ti);
+    EXPECT_EQ(std::tuple(sent.back().msg, sent.back().text),
+        std::tuple(UINT(TTM_SETTOOLINFOA), std::string("#17")));
+    TTTOOLINFOW del = Tool(parent.hwnd, 2, const_cast<LPWSTR>(L"x"), 40);
+    ToolTips_DelTool(tt, &del);
+    EXPECT_EQ(std::tuple(sent.back().msg, sent.back().ti.cbSize, sent.back().ti.uId,
+                  sent.back().ti.rect.right, sent.back().text),
+        std::tuple(UINT(TTM_DELTOOLA), 44u, UINT_PTR(2), 0L, std::string("#0")));
+
+    EXPECT_EQ(ToolBar_AddString(tb, nullptr, L"a\0b\0"), 0);
+    EXPECT_EQ(sent.back().text, std::string("a\0b\0", 4));
+    ToolBar_AddString(tb, GetModuleHandleW(nullptr), MAKEINTRESOURCEW(33));
+    EXPECT_EQ(sent.back().lParam, 33);
+    TBBUTTON button = { 0, 10, TBSTATE_ENABLED, BTNS_BUTTON, {}, 0, INT_PTR(L"wide") };
+    ToolBar_AddButtons(tb, 1, &button);
+    EXPECT_EQ(std::tuple(sent.back().msg, sent.back().lParam),
+        std::tuple(UINT(TB_ADDBUTTONSA), LPARAM(&button)));
+}
+
+// A failed allocation answers each helper's failure value, 14 as last error for the
+// messages, and frees what was made.
+TEST_F(BarsTest, AllocationFailures)
+{
+    if (!AnsiPath())
+        GTEST_SKIP() << "the W path allocates nothing";
+    HWND tt = Control(parent.hwnd, TOOLTIPS_CLASSW, 0);
+    HWND tb = Control(parent.hwnd, TOOLBARCLASSNAMEW);
+    SendMessageW(tb, TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON), 0);
+    ToolBar_AddString(tb, nullptr, L"Eins\0");
+    TBBUTTON button = { 0, 10, TBSTATE_ENABLED, BTNS_BUTTON, {}, 0, 0 };
+    ToolBar_AddButtons(tb, 1, &button);
+    HWND sb = CreateStatusWindowW(WS_CHILD, text.c_str(), parent.hwnd, 5);
+    WCHAR mine[256];
+    TTTOOLINFOW ti = Tool(parent.hwnd, 1, const_cast<LPWSTR>(text.c_str()));
+    ToolTips_AddTool(tt, &ti);
+    TTTOOLINFOW got = Tool(parent.hwnd, 1, mine);
+    TTHITTESTINFOW hit = { parent.hwnd, { 15, 5 } };
+    hit.ti = Tool(nullptr, 0, mine);
+    const struct {
+        const char* name;
+        std::function<LRESULT()> call;
+        LRESULT failure;
+        DWORD error;
+    } cases[] = {
+        { "ToolBar_AddString", [&] { return ToolBar_AddString(tb, nullptr, L"Zwei\0"); }, -1, 14 },
+        { "ToolBar_GetButtonText", [&] { return ToolBar_GetButtonText(tb, 10, buf, 256); }, -1,
+            14 },
+        { "ToolTips_AddTool", [&] { return ToolTips_AddTool(tt, &ti); }, 0, 14 },
+        { "ToolTips_GetToolInfo", [&] { return ToolTips_GetToolInfo(tt, &got); }, 0, 14 },
+        { "ToolTips_EnumTools", [&] { return ToolTips_EnumTools(tt, 0, &got); }, 0, 14 },
+        { "ToolTips_HitTest", [&] { return ToolTips_HitTest(tt, &hit); }, 0, 14 },
+        { "AtStatusBar_SetTextW", [&] { return AtStatusBar_SetTextW(sb, 0, text.c_str()); }, 0,
+            14 },
+        { "AtStatusBar_GetTextW", [&] { return LRESULT(AtStatusBar_GetTextW(sb, 0, buf)); }, 0,
+            14 },
+        { "CreateStatusWindowW",
+            [&] {
+                HWND h = CreateStatusWindowW(WS_CHILD, text.c_str(), parent.hwnd, 6);
+                return LRESULT(h);
+            },
+            0, 0 },
+        { "ImageList_LoadImageW",
+            [&] {
+                return LRESULT(ImageList_LoadImageW(
+                    nullptr, L"x.bmp", 16, 0, CLR_NONE, IMAGE_BITMAP, LR_LOADFROMFILE));
+            },
+            0, 0 },
+    };
+    for (const auto& c : cases) {
+        EXPECT_GE(harness::SweepAllocationFailures([&](int k) {
+            SetLastError(1234);
+            LRESULT r = c.call();
+            if (harness::HeapAllocCalls() >= k) {
+                EXPECT_EQ(std::tuple(r, GetLastError()), std::tuple(c.failure, c.error)) << c.name;
+            }
+        }),
+            1)
+            << c.name;
+    }
+}
+
+} // namespace

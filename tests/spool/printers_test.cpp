@@ -1,0 +1,415 @@
+// Printers through torwen: the platform's own printers where it has any, and the
+// re-layout of the spooler's packed records through ANSI buffers the tests build.
+#include <cstring>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "harness/harness.h"
+
+#include <winspool.h>
+
+using namespace harness;
+using std::string;
+using std::wstring;
+
+namespace {
+
+// ---- the platform's printers, compared with what the ANSI functions report
+
+TEST(Printers, ThePlatformsPrintersAtEachLevel)
+{
+    DWORD needed = 0, count = 0;
+    EnumPrintersA(PRINTER_ENUM_LOCAL, nullptr, 1, nullptr, 0, &needed, &count);
+    std::vector<BYTE> ansi(needed + 1);
+    if (!needed || !EnumPrintersA(PRINTER_ENUM_LOCAL, nullptr, 1, ansi.data(), needed, &needed, &count) || !count)
+        GTEST_SKIP() << "the platform offers no printer; the re-layout is tested with built records";
+    const string name = reinterpret_cast<PRINTER_INFO_1A*>(ansi.data())->pName;
+    for (DWORD level : {1u, 2u, 5u}) {
+        DWORD wideCount = 0;
+        EnumPrintersW(PRINTER_ENUM_LOCAL, nullptr, level, nullptr, 0, &needed, &wideCount);
+        std::vector<BYTE> wide(needed);
+        ASSERT_TRUE(EnumPrintersW(PRINTER_ENUM_LOCAL, nullptr, level, wide.data(), needed, &needed, &wideCount)) << level;
+        EXPECT_EQ(wideCount, count) << level;
+    }
+    HANDLE printer = nullptr;
+    ASSERT_TRUE(OpenPrinterW(const_cast<LPWSTR>(FromAnsi(name).c_str()), &printer, nullptr));
+    for (DWORD level : {1u, 2u, 5u}) {
+        GetPrinterW(printer, level, nullptr, 0, &needed);
+        std::vector<BYTE> wide(needed);
+        ASSERT_TRUE(GetPrinterW(printer, level, wide.data(), needed, &needed)) << level;
+        LPWSTR printerName = level == 2 ? reinterpret_cast<PRINTER_INFO_2W*>(wide.data())->pPrinterName
+                           : level == 5 ? reinterpret_cast<PRINTER_INFO_5W*>(wide.data())->pPrinterName
+                                        : reinterpret_cast<PRINTER_INFO_1W*>(wide.data())->pName;
+        EXPECT_EQ(ToAnsi(printerName), name) << level;
+    }
+    ClosePrinter(printer);
+}
+
+// ---- records built by the test, answered by hooked A functions
+
+// Records packed the way the spooler packs them: the records first, then their
+// strings and device modes, each member pointing into the same buffer.
+class AnsiPack {
+public:
+    AnsiPack(DWORD recordSize, int count) : bytes(recordSize * count), recordSize(recordSize) {}
+
+    void value(int record, int member, DWORD v) { memcpy(&bytes[at(record, member)], &v, 4); }
+    void text(int record, int member, const string& s) { append(record, member, s.c_str(), s.size() + 1); }
+    void devMode(int record, int member, const DEVMODEA& dm, const std::vector<BYTE>& extra)
+    {
+        size_t start = bytes.size();
+        append(record, member, &dm, 148);
+        bytes.insert(bytes.end(), extra.begin(), extra.end());
+        reinterpret_cast<DEVMODEA*>(&bytes[start])->dmDriverExtra = WORD(extra.size());
+    }
+    DWORD size() const { return DWORD(bytes.size()); }
+
+    // Copies the pack into the spooler's buffer, pointing each member at its copy.
+    BOOL into(BYTE* buf, DWORD cb, DWORD* needed) const
+    {
+        *needed = size();
+        if (cb < size()) {
+            SetLastError(ERROR_INSUFFICIENT_BUFFER);
+            return FALSE;
+        }
+        memcpy(buf, bytes.data(), size());
+        for (auto [member, offset] : pointers) {
+            DWORD p = DWORD(UINT_PTR(buf + offset));
+            memcpy(buf + member, &p, 4);
+        }
+        return TRUE;
+    }
+
+private:
+    size_t at(int record, int member) const { return record * recordSize + member * 4; }
+    void append(int record, int member, const void* p, size_t n)
+    {
+        pointers.push_back({at(record, member), bytes.size()});
+        auto* b = static_cast<const BYTE*>(p);
+        bytes.insert(bytes.end(), b, b + n);
+    }
+
+    std::vector<BYTE> bytes;
+    DWORD recordSize;
+    std::vector<std::pair<size_t, size_t>> pointers;
+};
+
+// Binds the A functions, with calls the spooler refuses at once, so that the
+// harness can hook them.
+void BindSpooler()
+{
+    static bool bound = false;
+    if (bound)
+        return;
+    bound = true;
+    HANDLE h;
+    DWORD n, c;
+    OpenPrinterW(const_cast<LPWSTR>(L"no such printer"), &h, nullptr);
+    GetPrinterW(nullptr, 1, nullptr, 0, &n);
+    EnumPrintersW(PRINTER_ENUM_NAME, const_cast<LPWSTR>(L"none"), 1, nullptr, 0, &n, &c);
+    DocumentPropertiesW(nullptr, nullptr, nullptr, nullptr, nullptr, 0);
+    DeviceCapabilitiesW(nullptr, nullptr, DC_BINS, nullptr, nullptr);
+}
+
+class SpoolerAnsiTest : public TorwenTest {
+protected:
+    void SetUp() override
+    {
+        TorwenTest::SetUp();
+        if (!AnsiPath())
+            GTEST_SKIP() << "the W path hands the records through";
+        BindSpooler();
+    }
+};
+
+DEVMODEA SomeDevMode()
+{
+    DEVMODEA dm = {};
+    strcpy(reinterpret_cast<char*>(dm.dmDeviceName), ToAnsi(NonAsciiText()).c_str());
+    dm.dmSize = 148;
+    dm.dmFields = DM_ORIENTATION | DM_COPIES;
+    dm.dmOrientation = DMORIENT_LANDSCAPE;
+    dm.dmCopies = 3;
+    strcpy(reinterpret_cast<char*>(dm.dmFormName), "A4");
+    return dm;
+}
+
+// One level-2 record whose device mode carries private bytes: the strings after
+// the device mode start 212 bytes after it, over those bytes.
+TEST_F(SpoolerAnsiTest, ALevelTwoRecordIsRebuiltWithItsDeviceMode)
+{
+    const string n = ToAnsi(NonAsciiText());
+    AnsiPack pack(84, 1);
+    for (int m = 0; m < 7; ++m)
+        pack.text(0, m, n + char('0' + m));
+    pack.devMode(0, 7, SomeDevMode(), std::vector<BYTE>(40, 0xAB));
+    pack.text(0, 8, "sep");
+    for (int m = 9; m < 12; ++m)
+        pack.text(0, m, string(1, char('a' + m)));
+    for (int m = 12; m < 21; ++m)
+        pack.value(0, m, 1000 + m);
+    TW_HOOK(get, GetPrinterA, [&](HANDLE, DWORD, LPBYTE b, DWORD cb, LPDWORD needed) { return pack.into(b, cb, needed); });
+    std::vector<BYTE> buf(pack.size() * 2 + 4, 0xCD);
+    const DWORD cb = pack.size() * 2;
+    DWORD needed = 0;
+    ASSERT_TRUE(GetPrinterW(HANDLE(1), 2, buf.data(), cb, &needed));
+    EXPECT_EQ(needed, cb);
+    auto* info = reinterpret_cast<PRINTER_INFO_2W*>(buf.data());
+    EXPECT_EQ(LPBYTE(info->pServerName), buf.data() + 84);
+    EXPECT_EQ(info->pServerName, NonAsciiText() + L"0");
+    EXPECT_EQ(info->pLocation, NonAsciiText() + L"6");
+    EXPECT_EQ(LPBYTE(info->pDevMode), LPBYTE(info->pLocation) + 2 * (NonAsciiText().size() + 2));
+    EXPECT_EQ(info->pDevMode->dmSize, 212);
+    EXPECT_EQ(info->pDevMode->dmDriverExtra, 40);
+    EXPECT_EQ(info->pDevMode->dmDeviceName, NonAsciiText());
+    EXPECT_EQ(info->pDevMode->dmFormName, wstring(L"A4"));
+    EXPECT_EQ(info->pDevMode->dmCopies, 3);
+    EXPECT_EQ(LPBYTE(info->pSepFile), LPBYTE(info->pDevMode) + 212);
+    EXPECT_EQ(info->pSepFile, wstring(L"sep"));
+    EXPECT_EQ(info->pParameters, wstring(L"l"));
+    EXPECT_EQ(info->Attributes, 1013u);
+    EXPECT_EQ(info->AveragePPM, 1020u);
+    EXPECT_EQ(buf[cb], 0xCD) << "nothing written past the caller's size";
+}
+
+// Levels 1 and 5, one record and an array: strings packed record by record; the
+// array form keeps each level-1 Flags as the caller's buffer held it.
+TEST_F(SpoolerAnsiTest, RecordsAndArraysOfLevelsOneAndFive)
+{
+    const struct { DWORD level, size; int members; bool array; } cases[] = {
+        {1, 16, 4, false}, {1, 16, 4, true}, {5, 20, 5, false}, {5, 20, 5, true},
+    };
+    for (const auto& c : cases) {
+        const int count = c.array ? 2 : 1;
+        AnsiPack pack(c.size, count);
+        for (int r = 0; r < count; ++r) {
+            for (int m = 0; m < c.members; ++m) {
+                const bool text = c.level == 1 ? m > 0 : m < 2;
+                if (text)
+                    pack.text(r, m, ToAnsi(NonAsciiText()) + char('a' + r * 10 + m));
+                else
+                    pack.value(r, m, 100 * r + m + 1);
+            }
+        }
+        auto answer = [&](BYTE* b, DWORD cb, DWORD* needed) { return pack.into(b, cb, needed); };
+        TW_HOOK(get, GetPrinterA, [&](HANDLE, DWORD, LPBYTE b, DWORD cb, LPDWORD n) { return answer(b, cb, n); });
+        TW_HOOK(enumerate, EnumPrintersA, [&](DWORD, LPSTR, DWORD, LPBYTE b, DWORD cb, LPDWORD n, LPDWORD returned) {
+            *returned = count;
+            return answer(b, cb, n);
+        });
+        std::vector<DWORD> buf(pack.size() / 2, 0x77);
+        DWORD needed = 0, returned = 0;
+        const DWORD cb = DWORD(buf.size() * 4);
+        const BOOL r = c.array ? EnumPrintersW(PRINTER_ENUM_LOCAL, nullptr, c.level, LPBYTE(buf.data()), cb, &needed, &returned)
+                               : GetPrinterW(HANDLE(1), c.level, LPBYTE(buf.data()), cb, &needed);
+        ASSERT_TRUE(r) << c.level << c.array;
+        EXPECT_EQ(needed, cb);
+        EXPECT_EQ(returned, c.array ? 2u : 0u);
+        auto* p = reinterpret_cast<BYTE*>(buf.data()) + c.size * count;
+        for (int rec = 0; rec < count; ++rec) {
+            const DWORD* members = buf.data() + rec * c.members;
+            for (int m = 0; m < c.members; ++m) {
+                const bool text = c.level == 1 ? m > 0 : m < 2;
+                if (text) {
+                    const wstring expected = NonAsciiText() + wchar_t('a' + rec * 10 + m);
+                    EXPECT_EQ(members[m], DWORD(UINT_PTR(p))) << c.level << " record " << rec << " member " << m;
+                    EXPECT_EQ(reinterpret_cast<LPCWSTR>(members[m]), expected);
+                    p += 2 * (expected.size() + 1);
+                } else {
+                    const DWORD expected = c.level == 1 && c.array ? 0x77 : DWORD(100 * rec + m + 1);
+                    EXPECT_EQ(members[m], expected) << c.level << " record " << rec << " member " << m;
+                }
+            }
+        }
+    }
+}
+
+// Level 4 succeeds untouched; the spooler's failure comes with twice its need; and
+// wide records that would not fit where the ANSI ones did are answered as the W
+// function answers a buffer too small, without writing past it.
+TEST_F(SpoolerAnsiTest, SizesTheCallerIsTold)
+{
+    AnsiPack pack(16, 1);
+    pack.value(0, 0, 1);
+    for (int m = 1; m < 4; ++m)
+        pack.text(0, m, "printer name " + std::to_string(m));
+    TW_HOOK(get, GetPrinterA, [&](HANDLE, DWORD, LPBYTE b, DWORD cb, LPDWORD needed) { return pack.into(b, cb, needed); });
+    std::vector<BYTE> buf(400, 0xCD);
+    DWORD needed = 0;
+    EXPECT_TRUE(GetPrinterW(HANDLE(1), 4, buf.data(), 300, &needed));
+    EXPECT_EQ(needed, 300u);
+    EXPECT_EQ(buf[0], 0xCD);
+    SetLastError(0);
+    EXPECT_FALSE(GetPrinterW(HANDLE(1), 1, buf.data(), 10, &needed));
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_INSUFFICIENT_BUFFER));
+    EXPECT_EQ(needed, 2 * pack.size());
+    EXPECT_EQ(buf[0], 0xCD);
+    EXPECT_FALSE(GetPrinterW(HANDLE(1), 1, buf.data(), pack.size(), &needed));
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_INSUFFICIENT_BUFFER));
+    EXPECT_EQ(needed, 16 + 2 * (pack.size() - 16));
+    EXPECT_EQ(buf[0], 0xCD);
+    EXPECT_TRUE(GetPrinterW(HANDLE(1), 1, buf.data(), needed, &needed));
+    EXPECT_EQ(buf[needed], 0xCD);
+}
+
+TEST_F(SpoolerAnsiTest, OpenPrinterHandsOnTheDefaultsWithoutPrivateBytes)
+{
+    std::vector<BYTE> dmBytes(212 + 32, 0xEE);
+    auto* dm = reinterpret_cast<DEVMODEW*>(dmBytes.data());
+    memset(dm, 0, 212);
+    wcscpy(dm->dmDeviceName, NonAsciiText().c_str());
+    dm->dmSize = 212;
+    dm->dmDriverExtra = 32;
+    dm->dmCopies = 2;
+    PRINTER_DEFAULTSW defaults = {const_cast<LPWSTR>(L"RAW"), dm, PRINTER_ACCESS_USE};
+    string nameSeen, datatypeSeen;
+    DEVMODEA dmSeen = {};
+    DWORD accessSeen = 0;
+    TW_HOOK(open, OpenPrinterA, [&](LPSTR name, LPHANDLE h, LPPRINTER_DEFAULTSA d) {
+        nameSeen = name;
+        datatypeSeen = d->pDatatype;
+        dmSeen = *d->pDevMode;
+        accessSeen = d->DesiredAccess;
+        *h = HANDLE(5);
+        SetLastError(77);
+        return TRUE;
+    });
+    HANDLE h = nullptr;
+    EXPECT_TRUE(OpenPrinterW(const_cast<LPWSTR>(NonAsciiText().c_str()), &h, &defaults));
+    EXPECT_EQ(GetLastError(), 77u);
+    EXPECT_EQ(h, HANDLE(5));
+    EXPECT_EQ(nameSeen, ToAnsi(NonAsciiText()));
+    EXPECT_EQ(datatypeSeen, "RAW");
+    EXPECT_EQ(accessSeen, DWORD(PRINTER_ACCESS_USE));
+    EXPECT_EQ(dmSeen.dmSize, 148);
+    EXPECT_EQ(dmSeen.dmDriverExtra, 0);
+    EXPECT_EQ(dmSeen.dmCopies, 2);
+    EXPECT_EQ(reinterpret_cast<char*>(dmSeen.dmDeviceName), ToAnsi(NonAsciiText()));
+}
+
+TEST_F(SpoolerAnsiTest, DocumentProperties)
+{
+    LONG sizeA = 148 + 20;
+    const DEVMODEA* outSeen = nullptr;
+    TW_HOOK(props, DocumentPropertiesA, [&](HWND, HANDLE, LPSTR, PDEVMODEA out, PDEVMODEA in, DWORD mode) -> LONG {
+        if (!mode)
+            return sizeA;
+        EXPECT_EQ(in, nullptr);
+        outSeen = out;
+        EXPECT_EQ(out->dmCopies, 4);
+        out->dmCopies = 9;
+        out->dmDriverExtra = 20;
+        return IDOK;
+    });
+    wchar_t name[] = L"printer";
+    EXPECT_EQ(DocumentPropertiesW(nullptr, HANDLE(1), name, nullptr, nullptr, 0), 2 * sizeA);
+    std::vector<BYTE> outBytes(2 * sizeA, 0);
+    auto* out = reinterpret_cast<DEVMODEW*>(outBytes.data());
+    out->dmCopies = 4;
+    out->dmDriverExtra = 0xFFFF;  // an out record not yet filled: believed only as far as its size
+    HeapLog log;
+    EXPECT_EQ(DocumentPropertiesW(nullptr, HANDLE(1), name, out, nullptr, DM_OUT_BUFFER), IDOK);
+    EXPECT_EQ(log.allocationSizes(), (std::vector<SIZE_T>{8, 0xFFFF + SIZE_T(sizeA)}));
+    EXPECT_EQ(out->dmCopies, 9);
+    EXPECT_EQ(out->dmSize, 212);
+    EXPECT_EQ(out->dmDriverExtra, 20);
+    sizeA = -1;
+    EXPECT_EQ(DocumentPropertiesW(nullptr, HANDLE(1), name, out, nullptr, DM_OUT_BUFFER), -2);
+}
+
+TEST_F(SpoolerAnsiTest, DeviceCapabilities)
+{
+    int bins = 2, papers = 3;
+    TW_HOOK(caps, DeviceCapabilitiesA, [&](LPCSTR, LPCSTR, WORD cap, LPSTR out, const DEVMODEA* dm) -> int {
+        EXPECT_EQ(dm, nullptr);
+        switch (cap) {
+        case DC_BINS:
+            if (out)
+                reinterpret_cast<WORD*>(out)[0] = 7, reinterpret_cast<WORD*>(out)[1] = 8;
+            return bins;
+        case DC_BINNAMES:
+            if (out) {
+                memcpy(out, "exactly twenty-four char", 24);  // no terminator
+                strcpy(out + 24, ToAnsi(NonAsciiText()).c_str());
+            }
+            return bins;
+        case DC_PAPERS:
+            if (out)
+                for (int i = 0; i < papers; ++i)
+                    reinterpret_cast<WORD*>(out)[i] = WORD(i + 1);
+            return papers;
+        case DC_PAPERNAMES:
+            if (out)
+                for (int i = 0; i < papers; ++i)
+                    strcpy(out + 64 * i, "Letter");
+            return papers;
+        }
+        return -1;
+    });
+    wchar_t names[2 * 24 + 1];
+    names[48] = L'#';
+    EXPECT_EQ(DeviceCapabilitiesW(L"d", L"p", DC_BINNAMES, names, nullptr), 2);
+    EXPECT_EQ(wstring(names, 24), L"exactly twenty-four char");
+    EXPECT_EQ(wstring(names + 24), NonAsciiText());
+    EXPECT_EQ(names[48], L'#');
+    WORD words[4] = {0, 0, 0, 0xCDCD};
+    EXPECT_EQ(DeviceCapabilitiesW(L"d", L"p", DC_BINS, LPWSTR(words), nullptr), 2);
+    EXPECT_EQ(words[1], 8);
+    EXPECT_EQ(DeviceCapabilitiesW(L"d", L"p", DC_PAPERS, LPWSTR(words), nullptr), 3);
+    EXPECT_EQ(words[2], 3);
+    EXPECT_EQ(words[3], 0xCDCD);
+    EXPECT_EQ(DeviceCapabilitiesW(L"d", L"p", DC_PAPERNAMES, nullptr, nullptr), 3);
+    wchar_t paperNames[3 * 64];
+    EXPECT_EQ(DeviceCapabilitiesW(L"d", L"p", DC_PAPERNAMES, paperNames, nullptr), 0) << "more papers than bins";
+    papers = 2;
+    EXPECT_EQ(DeviceCapabilitiesW(L"d", L"p", DC_PAPERNAMES, paperNames, nullptr), 2);
+    EXPECT_EQ(wstring(paperNames), L"Letter");
+    bins = 0;
+    EXPECT_EQ(DeviceCapabilitiesW(L"d", L"p", DC_BINNAMES, names, nullptr), 0);
+}
+
+TEST_F(SpoolerAnsiTest, EachAllocationFailureAnswersTheFailureValue)
+{
+    TW_HOOK(get, GetPrinterA, [](HANDLE, DWORD, LPBYTE b, DWORD, LPDWORD n) {
+        memset(b, 0, *n = 16);  // a level-1 record without strings
+        return TRUE;
+    });
+    TW_HOOK(enumerate, EnumPrintersA, [](DWORD, LPSTR, DWORD, LPBYTE, DWORD, LPDWORD n, LPDWORD c) { *n = *c = 0; return TRUE; });
+    TW_HOOK(open, OpenPrinterA, [](LPSTR, LPHANDLE, LPPRINTER_DEFAULTSA) { return TRUE; });
+    TW_HOOK(props, DocumentPropertiesA, [](HWND, HANDLE, LPSTR, PDEVMODEA, PDEVMODEA, DWORD mode) {
+        SetLastError(55);
+        return mode ? IDOK : 200L;
+    });
+    TW_HOOK(caps, DeviceCapabilitiesA, [](LPCSTR, LPCSTR, WORD, LPSTR, const DEVMODEA*) {
+        SetLastError(55);
+        return 1;
+    });
+    BYTE buf[100];
+    DWORD n, c;
+    HANDLE h;
+    DEVMODEW dm[2] = {};
+    wchar_t names[24];
+    PRINTER_DEFAULTSW defaults = {const_cast<LPWSTR>(L"RAW"), nullptr, 0};
+    LPWSTR name = const_cast<LPWSTR>(L"p");
+    // A failure before the first A call leaves error 0; after it, the A call's error.
+    const struct { const char* name; int allocations, afterA; LONG failure; std::function<LONG()> call; } cases[] = {
+        {"OpenPrinterW", 2, 3, 0, [&] { return LONG(OpenPrinterW(name, &h, &defaults)); }},
+        {"GetPrinterW", 1, 2, 0, [&] { return LONG(GetPrinterW(HANDLE(1), 1, buf, 100, &n)); }},
+        {"EnumPrintersW", 2, 3, 0, [&] { return LONG(EnumPrintersW(PRINTER_ENUM_NAME, name, 1, buf, 100, &n, &c)); }},
+        {"DocumentPropertiesW", 3, 2, -1, [&] { return DocumentPropertiesW(nullptr, nullptr, name, dm, dm, DM_OUT_BUFFER | DM_IN_BUFFER); }},
+        {"DeviceCapabilitiesW", 3, 3, 0, [&] { return LONG(DeviceCapabilitiesW(name, name, DC_BINNAMES, names, nullptr)); }},
+    };
+    for (const auto& c : cases) {
+        int runs = SweepAllocationFailures([&](int k) {
+            SetLastError(1234);
+            const LONG r = c.call();
+            const DWORD error = GetLastError();
+            EXPECT_TRUE(HeapAllocCalls() < k || (r == c.failure && error == (k < c.afterA ? 0u : 55u)))
+                << c.name << ", allocation " << k << ": " << r << ", error " << error;
+        });
+        EXPECT_EQ(runs, c.allocations) << c.name;
+    }
+}
+
+}  // namespace
