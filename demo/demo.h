@@ -15,6 +15,7 @@ void DemoGdi(void);
 void DemoCommonControls(void);
 void DemoControls(void);
 void DemoOpenDialog(void);
+void DemoServices(void);
 
 /* Prints a wide string as UTF-8. */
 void DemoPrint(const char *label, const WCHAR *text);

@@ -25,5 +25,6 @@ int main(void)
     DemoCommonControls();
     DemoControls();
     DemoOpenDialog();
+    DemoServices();
     return 0;
 }

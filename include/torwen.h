@@ -548,6 +548,30 @@ TORWEN_API void WINAPI AtPropSheet_SetTitleW(HWND hDlg, DWORD dwStyle, LPCWSTR l
  * and Me. */
 TORWEN_API void WINAPI AtPropSheet_SetFinishTextW(HWND hDlg, LPCWSTR lpszText);
 
+/*
+ * System services: sound and media control.
+ *
+ * On Windows 95, 98 and Me mciSendCommandW converts the records of these commands
+ * only: MCI_OPEN (device type, element and alias names in, unless given as
+ * identifiers; the device identifier out; the window style and parent or the wave
+ * buffer's seconds that follow the record are passed when the flags announce
+ * them), MCI_INFO and MCI_SYSINFO (the text, or with MCI_SYSINFO_QUANTITY the
+ * number, out), MCI_LOAD and MCI_SAVE (the file name in, and the rectangle that
+ * follows when the flags announce it). Without their record these commands answer
+ * MCIERR_NULL_PARAMETER_BLOCK. Every other command reaches mciSendCommandA
+ * unchanged, so its record must hold no text. A failure inside torwen answers
+ * MCIERR_OUT_OF_MEMORY.
+ */
+
+/*
+ * System services: OLE user-interface dialogs.
+ *
+ * On Windows 95, 98 and Me each OleUI...W dialog runs as its A dialog on a
+ * converted copy of the caller's record (whose cbStruct must be the wide size):
+ * a hook procedure receives the ANSI messages, and WM_INITDIALOG brings it the
+ * ANSI record. The dialog's choices are copied back into the caller's record. A
+ * failure inside torwen answers OLEUI_ERR_GLOBALMEMALLOC.
+ */
 #ifdef __cplusplus
 }
 #endif
