@@ -14,9 +14,14 @@ static UINT_PTR CALLBACK CloseWithAName(HWND child, UINT msg, WPARAM wParam, LPA
     HWND dialog = GetParent(child);
     (void)wParam;
     if (msg == WM_NOTIFY && ((NMHDR *)lParam)->code == CDN_INITDONE) {
-        AtCommDlg_OpenSave_SetControlTextW(dialog, edt1, L"caf\x00e9 \x65e5\x672c.txt");
-        AtCommDlg_OpenSave_SetControlTextW(dialog, cmb13, L"caf\x00e9 \x65e5\x672c.txt");
+        /* A name the ANSI code page can hold: a character it lacks would arrive
+         * as '?', which the dialog takes for a wildcard and filters by. */
+        const WCHAR *name = GetACP() == 932 ? L"\x65e5\x672c \x30e1\x30e2.txt" : L"caf\x00e9 na\x00efve.txt";
+        AtCommDlg_OpenSave_SetControlTextW(dialog, edt1, name);
+        AtCommDlg_OpenSave_SetControlTextW(dialog, cmb13, name);
         PostMessageW(dialog, WM_COMMAND, IDOK, 0);
+        /* Should Open not end the dialog, this does, so the demo never waits. */
+        PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
     }
     return 0;
 }
