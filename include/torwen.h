@@ -486,6 +486,18 @@ TORWEN_API void WINAPI AtPropSheet_SetTitleW(HWND hDlg, DWORD dwStyle, LPCWSTR l
  * and Me. */
 TORWEN_API void WINAPI AtPropSheet_SetFinishTextW(HWND hDlg, LPCWSTR lpszText);
 
+/*
+ * Kernel functions beyond the families above. They keep the W functions'
+ * conventions on both paths: counts in wide characters, the W function's
+ * terminator rules, a buffer too small told the wide size it needs.
+ *   GetCPInfoExW         a null record answers FALSE, ERROR_INVALID_PARAMETER
+ *                        (memory safety: the A function may write through it).
+ *   LCMapStringW, GetNumberFormatW  a null buffer with a count above 0 answers 0,
+ *                        ERROR_INVALID_PARAMETER (memory safety).
+ *   GetStartupInfoW      the desktop and title point into storage that lives as
+ *                        long as the process, up to 1,023 characters each.
+ */
+
 #ifdef __cplusplus
 }
 #endif
