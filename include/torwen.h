@@ -47,6 +47,7 @@
 
 #include <windows.h>
 #include <commctrl.h>
+#include <tlhelp32.h> /* Process32FirstW, Process32NextW */
 
 #ifdef __cplusplus
 extern "C" {
