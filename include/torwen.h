@@ -499,6 +499,17 @@ TORWEN_API void WINAPI AtPropSheet_SetFinishTextW(HWND hDlg, LPCWSTR lpszText);
  *                        long as the process, up to 1,023 characters each.
  */
 
+/*
+ * Window-manager functions beyond the families above, on Windows 95, 98 and Me:
+ *   wsprintfW, wvsprintfW  torwen formats itself (the system has no wide
+ *                        formatter); an output that reaches the 1,024-character
+ *                        limit ends with a NUL at 1,023 and answers 1,024.
+ *   wsprintfW            the W path too goes through torwen's wvsprintfW.
+ *   CharLowerW, CharUpperW  a character the code page lacks stays as it is.
+ *   MessageBoxIndirectW, EnumDisplaySettingsExW, EnumDisplayDevicesW  a null record
+ *                        answers 0, ERROR_INVALID_PARAMETER (memory safety).
+ */
+
 #ifdef __cplusplus
 }
 #endif
