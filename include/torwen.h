@@ -510,6 +510,14 @@ TORWEN_API void WINAPI AtPropSheet_SetFinishTextW(HWND hDlg, LPCWSTR lpszText);
  *                        answers 0, ERROR_INVALID_PARAMETER (memory safety).
  */
 
+/*
+ * Shell functions beyond the families above, on Windows 95, 98 and Me:
+ *   SHFileOperationW     a list that lacks its final empty name and ends where
+ *                        readable memory ends is taken to end there (memory safety).
+ *                        Mapping handles hold the A function's ANSI names.
+ *   Shell_NotifyIconW    a text that does not fit its ANSI field is sent empty.
+ */
+
 #ifdef __cplusplus
 }
 #endif
