@@ -11,6 +11,7 @@ void DemoProcess(void);
 void DemoProfile(void);
 void DemoFormat(void);
 void DemoWindow(void);
+void DemoBeyond(void);
 
 /* Prints a wide string as UTF-8. */
 void DemoPrint(const char *label, const WCHAR *text);

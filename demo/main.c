@@ -21,5 +21,6 @@ int main(void)
     DemoProfile();
     DemoFormat();
     DemoWindow();
+    DemoBeyond();
     return 0;
 }
