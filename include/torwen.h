@@ -518,6 +518,18 @@ TORWEN_API void WINAPI AtPropSheet_SetFinishTextW(HWND hDlg, LPCWSTR lpszText);
  *   Shell_NotifyIconW    a text that does not fit its ANSI field is sent empty.
  */
 
+/*
+ * FindTextW and ReplaceTextW on Windows 95, 98 and Me: the dialog gets an A record
+ * and text buffers in a block of torwen's that lives while the dialog does (freed
+ * when its Cancel button closes it, or when it is destroyed otherwise), and a hook
+ * of torwen's that answers the Find Next, Replace, Replace All and Cancel buttons:
+ * it copies the texts and options into the caller's FINDREPLACEW and sends the
+ * owner FINDMSGSTRING with that record, as on the NT family. The caller keeps its
+ * record and buffers alive while the dialog lives; its own hook, with
+ * FR_ENABLEHOOK, sees every message first and receives its record in
+ * WM_INITDIALOG.
+ */
+
 #ifdef __cplusplus
 }
 #endif
