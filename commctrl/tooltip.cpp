@@ -1,4 +1,6 @@
 // Tooltips: tools added, changed, removed and read back.
+#include <algorithm>
+
 #include "commctrl/commctrl.h"
 
 namespace
@@ -60,8 +62,13 @@ LRESULT SendTool(HWND hwnd, UINT msgA, WPARAM wParam, const TTTOOLINFOW* ti)
     return Sys::SendMessageA(hwnd, msgA, wParam, AtParam(&a));
 }
 
+// An ANSI tooltip copies up to this many bytes of a tool's text into a query's
+// buffer, whatever the buffer's size.
+constexpr UINT controlsTextBytes = 1024;
+
 // The text queries: the control writes the tool's text into a buffer of 255
-// characters, and the answer comes back into the caller's record. The caller's
+// characters (or as many bytes as the control may write, if that is more), and the
+// answer, at most 255 characters, comes back into the caller's record. The caller's
 // lpszText keeps designating the caller's own buffer, which receives the text;
 // a tool that asks its parent for its text, or has a string resource, answers
 // LPSTR_TEXTCALLBACKW or the identifier there instead.
@@ -70,7 +77,7 @@ LRESULT QueryTool(
     HWND hwnd, UINT msgA, WPARAM wParam, TTTOOLINFOW* ti, TTTOOLINFOA& a, void* record, Build build)
 {
     AtStringSlot buf;
-    AtAllocEmptyAnsiOut(buf, 255);
+    AtAllocEmptyAnsiOut(buf, std::max<UINT>(255, controlsTextBytes / AtMaxCharSize));
     build();
     a.lpszText = buf;
     LRESULT r = Sys::SendMessageA(hwnd, msgA, wParam, AtParam(record));

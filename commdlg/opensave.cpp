@@ -101,8 +101,9 @@ private:
         // Read no further than the caller's buffer, and keep the dialog's copy
         // terminated even when the caller's name fills that buffer.
         int length = int(wcsnlen(w->lpstrFile, w->nMaxFile));
-        int written = WideCharToMultiByte(CP_ACP, 0, w->lpstrFile, length, file, a.nMaxFile - 1,
-                                          nullptr, nullptr);
+        int written = length ? WideCharToMultiByte(CP_ACP, 0, w->lpstrFile, length, file,
+                                                   a.nMaxFile - 1, nullptr, nullptr)
+                             : 0;
         static_cast<char*>(file)[written] = '\0';
     }
 

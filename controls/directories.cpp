@@ -126,13 +126,28 @@ bool Listed(const WIN32_FIND_DATAA& found, UINT attrs)
         || (attrs & FileAttributesListed) == (found.dwFileAttributes & FileAttributesListed);
 }
 
+// A search closed however the listing ends, also when a failed allocation unwinds it.
+class Search {
+public:
+    Search(LPCSTR spec, WIN32_FIND_DATAA& found) : handle(FindFirstFileA(spec, &found)) {}
+    ~Search()
+    {
+        if (handle != INVALID_HANDLE_VALUE)
+            FindClose(handle);
+    }
+    Search(const Search&) = delete;
+    Search& operator=(const Search&) = delete;
+
+    HANDLE handle;
+};
+
 LRESULT ListDirectory(HWND hwnd, const ListMessages& msg, UINT attrs, LPCSTR spec)
 {
     Listing list(hwnd, msg);
     if (attrs != (DDL_DRIVES | DDL_EXCLUSIVE)) {
         WIN32_FIND_DATAA found;
-        HANDLE find = FindFirstFileA(spec, &found);
-        if (find == INVALID_HANDLE_VALUE) {
+        Search search(spec, found);
+        if (search.handle == INVALID_HANDLE_VALUE) {
             DWORD error = GetLastError();
             if (error != ERROR_FILE_NOT_FOUND && error != ERROR_NO_MORE_FILES)
                 return LB_ERR;
@@ -147,8 +162,7 @@ LRESULT ListDirectory(HWND hwnd, const ListMessages& msg, UINT attrs, LPCSTR spe
                 lstrcatA(entry, found.cFileName);
                 lstrcatA(entry, directory ? "]" : "");
                 room = list.add(entry);
-            } while (room && FindNextFileA(find, &found));
-            FindClose(find);
+            } while (room && FindNextFileA(search.handle, &found));
             if (!room)
                 return list.result;
         }
@@ -244,9 +258,9 @@ int WINAPI DlgDirListW(HWND dialog, LPWSTR pathSpec, int listId, int staticId, U
             AtStringSlot specA, pattern;
             AtAllocBuffer(specA, MAX_PATH);
             AtAllocBuffer(pattern, MAX_PATH);
-            if (!WideCharToMultiByte(CP_ACP, 0, pathSpec, -1, specA, MAX_PATH, nullptr, nullptr))
-                static_cast<char*>(specA)[0] = '\0';
-            if (!EnterDirectory(specA, pattern))
+            // A specification longer than a path names no directory.
+            if (!WideCharToMultiByte(CP_ACP, 0, pathSpec, -1, specA, MAX_PATH, nullptr, nullptr) ||
+                !EnterDirectory(specA, pattern))
                 return 0;
             // The drives alone are listed alone.
             const UINT listed = attrs == DDL_DRIVES ? DDL_DRIVES | DDL_EXCLUSIVE : attrs;

@@ -167,7 +167,7 @@ void* __cxa_allocate_exception(std::size_t size) noexcept
                 return exceptionBlocks[i].bytes + HeaderRoom;
             }
         }
-        Sleep(0);  // every block in flight on another thread: each is freed shortly
+        Sleep(1);  // every block in flight on another thread: each is freed shortly
     }
 }
 
@@ -190,7 +190,7 @@ ThreadExceptions* __cxa_get_globals() noexcept
                                             __ATOMIC_ACQ_REL, __ATOMIC_RELAXED))
                 return &entry.record;  // an entry is idle, all zero, when it is freed
         }
-        Sleep(0);  // every entry in use by a thread between a throw and its catch
+        Sleep(1);  // every entry in use by a thread between a throw and its catch
     }
 }
 
@@ -208,6 +208,39 @@ void __wrap___cxa_end_catch()
     ThreadEntry* own = OwnEntry(GetCurrentThreadId());
     if (own && !own->record.caughtExceptions && !own->record.uncaughtExceptions)
         Release(*own);
+}
+
+// A function-local static is initialized once, under the 64-bit guard the compiler
+// gives it: its first byte says the object is made (the compiler tests it inline),
+// the second that a thread is making it. (The runtime's version takes a mutex made
+// of a semaphore per load, and brings thread-local storage functions along.)
+int __cxa_guard_acquire(long long* guard) noexcept
+{
+    auto* flags = reinterpret_cast<unsigned char*>(guard);
+    for (;;) {
+        if (__atomic_load_n(&flags[0], __ATOMIC_ACQUIRE))
+            return 0;
+        if (!__atomic_exchange_n(&flags[1], 1, __ATOMIC_ACQUIRE)) {
+            if (!__atomic_load_n(&flags[0], __ATOMIC_ACQUIRE))
+                return 1;  // this thread makes the object
+            __atomic_store_n(&flags[1], 0, __ATOMIC_RELEASE);
+            return 0;
+        }
+        Sleep(1);  // another thread is making it
+    }
+}
+
+void __cxa_guard_release(long long* guard) noexcept
+{
+    auto* flags = reinterpret_cast<unsigned char*>(guard);
+    __atomic_store_n(&flags[0], 1, __ATOMIC_RELEASE);
+    __atomic_store_n(&flags[1], 0, __ATOMIC_RELEASE);
+}
+
+// The initializer threw: the next use tries again.
+void __cxa_guard_abort(long long* guard) noexcept
+{
+    __atomic_store_n(&reinterpret_cast<unsigned char*>(guard)[1], 0, __ATOMIC_RELEASE);
 }
 
 }  // extern "C"

@@ -11,6 +11,11 @@ void DemoProcess(void);
 void DemoProfile(void);
 void DemoFormat(void);
 void DemoWindow(void);
+void DemoGdi(void);
+void DemoCommonControls(void);
+void DemoControls(void);
+void DemoOpenDialog(void);
+void DemoServices(void);
 void DemoBeyond(void);
 
 /* Prints a wide string as UTF-8. */

@@ -21,6 +21,11 @@ int main(void)
     DemoProfile();
     DemoFormat();
     DemoWindow();
+    DemoGdi();
+    DemoCommonControls();
+    DemoControls();
+    DemoOpenDialog();
+    DemoServices();
     DemoBeyond();
     return 0;
 }

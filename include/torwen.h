@@ -219,7 +219,13 @@ TORWEN_API void WINAPI AtCommDlg_OpenSave_SetDefExtW(HWND dialog, LPCWSTR ext);
  * at most 80 bytes, and one that answers with a resource identifier has the
  * identifier stored in the caller's lpszText. A wide handler may answer with a
  * resource identifier and its hinst (any module), a string of its own in lpszText,
- * or text in szText.
+ * or text in szText; a text longer than szText ends within it.
+ *
+ * Header tracking (HDN_BEGINTRACK, HDN_TRACK, HDN_ENDTRACK) is handled like
+ * HDN_ITEMCHANGING: the handler sees a wide copy of the item (or a null pitem when
+ * the control sends none), and its changes to it are not copied back. A text
+ * pointer that is LPSTR_TEXTCALLBACK or a resource identifier travels as it is and
+ * is never read as a string.
  *
  * On the ANSI platforms a failed allocation answers 0 without calling fn (last
  * error 14).
@@ -295,6 +301,9 @@ TORWEN_API int WINAPI AtTabCtrl_InsertItemW(HWND hwnd, int i, const TCITEMW *ite
  * DlgDirListComboBoxW gives the A function a path buffer of at least MAX_PATH bytes.
  * EnumDisplaySettingsW writes no more of the DEVMODEW than its dmSize declares (and
  * dmSize then reads that size).
+ * GetMenuStringW, GetMenuItemInfoW, GetKeyNameTextW, LoadStringW and the
+ * DlgDirSelect functions read a text that the A function left without its NUL (a
+ * text filling the whole buffer) only to the buffer's end, cut one byte short.
  * SystemParametersInfoW with SPI_GETICONTITLELOGFONT or SPI_SETICONTITLELOGFONT
  * writes or reads no more of the LOGFONTW than uiParam bytes; with
  * SPI_GETSERIALKEYS the port name's copy has room for MAX_PATH bytes.
@@ -367,6 +376,49 @@ TORWEN_API int WINAPI AtComboBox_GetLBTextW(HWND hwnd, int index, LPWSTR lpszBuf
 TORWEN_API int WINAPI AtComboBox_GetLBTextLenW(HWND hwnd, int index);
 
 /*
+ * Graphics: fonts and text, device contexts, documents, metafiles, colour profiles.
+ *
+ * Two exports keep the names they have always had: GetKerningParisW (the kerning
+ * pairs, GetKerningPairsW) and CreateScalableFontResource (the wide function,
+ * without its final W; the platform header's macro of that name is withdrawn here).
+ *
+ * The enumeration adapters turn the system's ANSI callbacks into a wide callback.
+ * Their lParam is the address of two words: the wide callback, then the caller's
+ * lParam, which the wide callback receives. EnumFontFamiliesW, EnumFontFamiliesExW
+ * and EnumICMProfilesW use them on Windows 95, 98 and Me. The font adapter always
+ * reads the extended records (ENUMLOGFONTEXA, NEWTEXTMETRICEXA) and hands the wide
+ * callback an ENUMLOGFONTEXW and a NEWTEXTMETRICEXW. The colour-profile adapter
+ * answers 0, ending the enumeration, when it cannot copy the name.
+ *
+ * On Windows 95, 98 and Me:
+ * - GetTextExtentExPointW measures its string up to the NUL, whatever the count:
+ *   the string must be NUL-terminated. A null fit or extents pointer is not written.
+ * - PolyTextOutW hands each string on one byte short. It does not catch a failed
+ *   allocation: the call ends with ERROR_OUTOFMEMORY set and torwen's exception
+ *   unhandled, which ends the process. It reads no character beyond each string's n,
+ *   and on double-byte code pages gives each string room for two bytes a character.
+ * - GetCharABCWidthsW, GetCharABCWidthsFloatW, GetCharWidth32W and GetCharWidthFloatW
+ *   ask for the ANSI range between the two converted characters; where that range
+ *   holds more entries than the wide one they ask character by character, so the
+ *   caller's array is never written past; a backwards range answers
+ *   ERROR_INVALID_PARAMETER.
+ * - A null record is handed on as null where the W function takes one
+ *   (CreateFontIndirectW, EnumFontFamiliesExW, GetTextMetricsW, ResetDCW, StartDocW).
+ * - StartDocW reads lpszDatatype and fwType only when cbSize covers them.
+ * - CreateEnhMetaFileW records the description's application name only, with an
+ *   empty title (a byte of its own after the name, so nothing beyond is read).
+ * - A LOGFONTW whose face name fills all 32 characters is read only within the
+ *   record: the ANSI face name keeps the first 31.
+ */
+#undef CreateScalableFontResource
+TORWEN_API BOOL WINAPI CreateScalableFontResource(DWORD fdwHidden, LPCWSTR lpszFont, LPCWSTR lpszFile,
+                                                  LPCWSTR lpszPath);
+TORWEN_API DWORD WINAPI GetKerningParisW(HDC hdc, DWORD nPairs, LPKERNINGPAIR lpKernPair);
+TORWEN_API int CALLBACK AtEnumFontProcFromAToW(const LOGFONTA *lplf, const TEXTMETRICA *lptm, DWORD dwType,
+                                               LPARAM lpData);
+TORWEN_API int CALLBACK AtICMEnumFuncFromAToW(LPSTR lpszFileName, LPARAM lpData);
+
+/*
  * System services: the shell.
  *
  * ShellExecuteExW, SHBrowseForFolderW and SHGetPathFromIDListW convert to the ANSI
@@ -404,6 +456,13 @@ TORWEN_API int CALLBACK AtfnEnumRegisterWordProcA(LPCSTR lpszReading, DWORD dwSt
  * sizes, resolutions...) straight to the caller's buffer, and answers 0 without
  * fetching a list of names longer or shorter than the bins. */
 
+/* Colour, font, print and page-setup dialogs, on Windows 95, 98 and Me.
+ * ChooseFontW gives a style shorter than LF_FACESIZE characters back in at most
+ * LF_FACESIZE characters, the least buffer the dialog asks for. PrintDlgW and
+ * PageSetupDlgW read a device mode or device names no further than their global
+ * object reaches, and put the dialog's results into a new object where the
+ * caller's is too small for them (the old one is freed). */
+
 /*
  * Common controls: toolbars, tooltips, status bars, animation controls and image
  * lists. The helpers send one control message each (the W message with the
@@ -435,7 +494,9 @@ TORWEN_API BOOL WINAPI ToolBar_InsertButton(HWND hwnd, int i, LPTBBUTTON button)
  * The queries (GetToolInfo, HitTest, EnumTools, GetCurrentTool) copy the tool's
  * fields back into the caller's record and its text into the buffer that the
  * caller's lpszText designates, which keeps designating it: provide a buffer of
- * 255 characters there (or null for no text). A tool whose text comes from its
+ * 255 characters there (or null for no text); a longer text does not come back.
+ * torwen's own ANSI buffer holds 1024 bytes if 255 characters take fewer, as much
+ * as an ANSI tooltip may copy into it. A tool whose text comes from its
  * parent or from a resource answers LPSTR_TEXTCALLBACKW or the identifier in
  * lpszText instead. GetCurrentTool reads back like the others; with a null record
  * it only answers whether there is a current tool. */
@@ -478,7 +539,8 @@ TORWEN_API BOOL WINAPI AtAnimate_OpenW(HWND hwnd, LPCWSTR lpszName);
  * lParam). The pair lives as long as the page, also after the export returned
  * (a modeless sheet, a page made by CreatePropertySheetPageW), and is freed when
  * the system releases the page. The strings converted for the pages are released
- * when PropertySheetW and CreatePropertySheetPageW return.
+ * when PropertySheetW and CreatePropertySheetPageW return. A page with
+ * PSP_USECALLBACK but no callback keeps its own (null) callback and lParam.
  */
 TORWEN_API UINT CALLBACK fnAtPropertySheetA(HWND hwnd, UINT uMsg, LPPROPSHEETPAGEA ppsp);
 /* PSM_SETTITLEA with the ANSI title on Windows 95, 98 and Me. */
@@ -486,6 +548,31 @@ TORWEN_API void WINAPI AtPropSheet_SetTitleW(HWND hDlg, DWORD dwStyle, LPCWSTR l
 /* PSM_SETFINISHTEXTW (0x479) on both platforms, with the ANSI text on Windows 95, 98
  * and Me. */
 TORWEN_API void WINAPI AtPropSheet_SetFinishTextW(HWND hDlg, LPCWSTR lpszText);
+
+/*
+ * System services: sound and media control.
+ *
+ * On Windows 95, 98 and Me mciSendCommandW converts the records of these commands
+ * only: MCI_OPEN (device type, element and alias names in, unless given as
+ * identifiers; the device identifier out; the window style and parent or the wave
+ * buffer's seconds that follow the record are passed when the flags announce
+ * them), MCI_INFO and MCI_SYSINFO (the text, or with MCI_SYSINFO_QUANTITY the
+ * number, out), MCI_LOAD and MCI_SAVE (the file name in, and the rectangle that
+ * follows when the flags announce it). Without their record these commands answer
+ * MCIERR_NULL_PARAMETER_BLOCK. Every other command reaches mciSendCommandA
+ * unchanged, so its record must hold no text. A failure inside torwen answers
+ * MCIERR_OUT_OF_MEMORY.
+ */
+
+/*
+ * System services: OLE user-interface dialogs.
+ *
+ * On Windows 95, 98 and Me each OleUI...W dialog runs as its A dialog on a
+ * converted copy of the caller's record (whose cbStruct must be the wide size):
+ * a hook procedure receives the ANSI messages, and WM_INITDIALOG brings it the
+ * ANSI record. The dialog's choices are copied back into the caller's record. A
+ * failure inside torwen answers OLEUI_ERR_GLOBALMEMALLOC.
+ */
 
 /*
  * Kernel functions beyond the families above. They keep the W functions'

@@ -225,12 +225,14 @@ TEST_F(BarsTest, WhatTheAnsiControlsReceive)
         LPARAM lParam;
         TTTOOLINFOA ti;
         std::string text;
+        SIZE_T heapSize;
     };
     std::vector<Sent> sent;
     TW_HOOK(sendA, SendMessageA, [&](HWND h, UINT m, WPARAM w, LPARAM l) {
-        Sent s = { m, l, {}, "" };
+        Sent s = { m, l, {}, "", 0 };
         if (m >= TTM_ADDTOOLA && m <= TTM_GETCURRENTTOOLA && l) {
             s.ti = *reinterpret_cast<TTTOOLINFOA*>(l);
+            s.heapSize = HeapSizeOf(s.ti.lpszText);
             if (IS_INTRESOURCE(s.ti.lpszText) || s.ti.lpszText == LPSTR_TEXTCALLBACKA)
                 s.text = "#" + std::to_string(UINT_PTR(s.ti.lpszText));
             else
@@ -255,6 +257,12 @@ TEST_F(BarsTest, WhatTheAnsiControlsReceive)
     ToolTips_SetToolInfo(tt, &ti);
     EXPECT_EQ(std::tuple(sent.back().msg, sent.back().text),
         std::tuple(UINT(TTM_SETTOOLINFOA), std::string("#17")));
+    // A query's buffer holds as much as an ANSI tooltip may copy into it.
+    WCHAR mine[256];
+    TTTOOLINFOW got = Tool(parent.hwnd, 1, mine);
+    ToolTips_GetToolInfo(tt, &got);
+    EXPECT_EQ(sent.back().msg, UINT(TTM_GETTOOLINFOA));
+    EXPECT_GE(sent.back().heapSize, 1024u);
     TTTOOLINFOW del = Tool(parent.hwnd, 2, const_cast<LPWSTR>(L"x"), 40);
     ToolTips_DelTool(tt, &del);
     EXPECT_EQ(std::tuple(sent.back().msg, sent.back().ti.cbSize, sent.back().ti.uId,

@@ -148,7 +148,20 @@ TEST_F(PropSheetTest, WhatTheAnsiSystemReceives)
         }
         return INT_PTR(0);
     });
-    EXPECT_EQ(PropertySheetW(&header), 0);
+    std::vector<SIZE_T> sizes;
+    std::vector<harness::HeapEvent> events;
+    {
+        harness::HeapLog log;
+        EXPECT_EQ(PropertySheetW(&header), 0);
+        sizes = log.allocationSizes();
+        events = log.events();
+    }
+    // The page array (the caption is an identifier), then each page's title and the
+    // first page's pair; the titles are freed before the array, which goes last.
+    sizes.resize(4);
+    EXPECT_EQ(sizes, (std::vector<SIZE_T> { 136, harness::ToAnsi(titles[0]).size() + 1, 8, 5 }));
+    EXPECT_EQ(events.back().kind, harness::HeapEvent::Free);
+    EXPECT_EQ(events.back().block, events.front().block);
     EXPECT_EQ(std::tuple(seen.dwSize, seen.pszCaption, seen.hIcon, seen.nPages),
         std::tuple(DWORD(52), MAKEINTRESOURCEA(7), HICON(nullptr), 2u));
     ASSERT_EQ(seenPages.size(), 2u);

@@ -9,6 +9,7 @@
 #include "torwen.h"
 
 #include <dlgs.h>
+#include <vfw.h>
 
 using namespace harness;
 using std::wstring;
@@ -227,6 +228,8 @@ void BindAnsiDialogs()
     ofn.lpTemplateName = L"no such template";
     GetOpenFileNameW(&ofn);
     GetSaveFileNameW(&ofn);
+    GetOpenFileNamePreviewW(&ofn);
+    GetSaveFileNamePreviewW(&ofn);
 }
 
 class OpenSaveAnsiTest : public TorwenTest {
@@ -295,7 +298,8 @@ TEST_F(OpenSaveAnsiTest, TheDialogGetsAnAnsiRecordOfHeapSizedBuffers)
 }
 
 // A dialog answering a multiple selection in bytes: the caller gets the whole list
-// and offsets in characters; the title and flags come back too.
+// and offsets in characters; the title and flags come back too. The dialogs copy
+// back on a result of exactly 1, their preview forms on any other than 0.
 TEST_F(OpenSaveAnsiTest, ResultsComeBackInCharacters)
 {
     const wstring folder = L"C:\\" + NonAsciiText();
@@ -305,6 +309,8 @@ TEST_F(OpenSaveAnsiTest, ResultsComeBackInCharacters)
         {"open", GetOpenFileNameW, TRUE, true},
         {"save", GetSaveFileNameW, TRUE, true},
         {"open, result 2", GetOpenFileNameW, 2, false},
+        {"open with preview", GetOpenFileNamePreviewW, TRUE, true},
+        {"save with preview, result 2", GetSaveFileNamePreviewW, 2, true},
     };
     for (const auto& c : cases) {
         auto answer = [&](LPOPENFILENAMEA a) {
@@ -318,6 +324,8 @@ TEST_F(OpenSaveAnsiTest, ResultsComeBackInCharacters)
         };
         TW_HOOK(open, GetOpenFileNameA, answer);
         TW_HOOK(save, GetSaveFileNameA, answer);
+        TW_HOOK(openPreview, GetOpenFileNamePreviewA, answer);
+        TW_HOOK(savePreview, GetSaveFileNamePreviewA, answer);
         wchar_t file[60], fileTitle[30] = L"";
         std::fill(std::begin(file), std::end(file), L'#');
         file[0] = 0;

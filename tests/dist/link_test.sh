@@ -71,6 +71,11 @@ for cut in 64 128 256 512 1024 $((size / 2)) $((size - 16)); do
   head -c "$cut" probe-gnu.exe >"cut-$cut.exe"
 done
 printf 'MZ' >mz-only.exe
+# The import directory pointed far outside the image.
+lfanew=$(od -An -tu4 -j60 -N4 probe-gnu.exe | tr -d ' ')
+cp probe-gnu.exe bad-rva.exe
+printf '\x00\xff\xff\x7f' | dd of=bad-rva.exe bs=1 seek=$((lfanew + 128)) conv=notrunc status=none
+
 for linker in msvc gnu; do
   run 0 wine "probe-$linker.exe"
   printed "GetVersionExW from torwen; RegisterWindowMessageW from torwen"
@@ -92,9 +97,11 @@ printed "KERNEL32.dll!RemoveDirectoryW: torwen has no replacement" \
   "Link torwen's import library ahead" "Where torwen has no replacement, call the A function"
 # Every file refused with its reason; a file cut anywhere is refused or read,
 # never a crash; the worst status wins.
-run 2 imports probe64.exe text.exe headers-cut.exe mz-only.exe missing.exe cut-*.exe probe-gnu.exe
+run 2 imports probe64.exe text.exe headers-cut.exe mz-only.exe bad-rva.exe missing.exe cut-*.exe \
+  probe-gnu.exe
 printed "probe64.exe: a 64-bit image" "text.exe: not a Windows program or DLL (no MZ header)" \
   "headers-cut.exe: truncated" "mz-only.exe: truncated" "missing.exe: cannot read the file" \
+  "bad-rva.exe: damaged: the import table points outside every section" \
   "probe-gnu.exe: no wide function"
 run 2 imports
 printed "usage: torwen-imports"

@@ -1,13 +1,12 @@
 // torwen.dll as a plug-in host uses it: loaded, called and unloaded many times. And
 // its failure path where a process has nothing left to give: no TLS index, no
-// memory, a thread the DLL has never seen. A failure must answer the export's
+// heap, a thread the DLL has never seen. A failure must answer the export's
 // failure value there, as anywhere.
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <string>
 #include <tuple>
-#include <utility>
 #include <vector>
 
 #include "harness/harness.h"
@@ -133,15 +132,26 @@ TEST(UnloadTest, LoadCyclesLeaveNoTrace)
     EXPECT_EQ(Count(), before) << "heap blocks, committed bytes, handles, free TLS indexes";
 }
 
-// Threads torwen has never seen fail allocations all at once, many times each:
-// every one answers for itself (a record of exceptions shared between threads
-// would end the process or answer wrongly).
-DWORD WINAPI FailRepeatedly(LPVOID getDir)
+// Many threads torwen has never seen fail allocations at once, each many times,
+// and each answers for itself. They stay alive until all have failed: a record of
+// a thread's exceptions that outlived its catch would leave later threads waiting
+// for one.
+struct Crowd {
+    GetCurrentDirectoryFn getDir;
+    LONG failed = 0, wrong = 0;
+    HANDLE goHome = CreateEventA(nullptr, TRUE, FALSE, nullptr);
+};
+
+DWORD WINAPI FailRepeatedly(LPVOID p)
 {
-    int wrong = 0;
-    for (int i = 0; i < 300; ++i)
-        wrong += AnswersFailure(reinterpret_cast<GetCurrentDirectoryFn>(getDir)) ? 0 : 1;
-    return wrong;
+    auto* crowd = static_cast<Crowd*>(p);
+    for (int i = 0; i < 50; ++i) {
+        if (!AnswersFailure(crowd->getDir))
+            InterlockedIncrement(&crowd->wrong);
+    }
+    InterlockedIncrement(&crowd->failed);
+    WaitForSingleObject(crowd->goHome, INFINITE);
+    return 0;
 }
 
 TEST(UnloadTest, AnswersOnManyNewThreadsAtOnce)
@@ -150,124 +160,62 @@ TEST(UnloadTest, AnswersOnManyNewThreadsAtOnce)
     ASSERT_TRUE(copy.ok);
     HMODULE module = LoadLibraryW(copy.wide.c_str());
     ASSERT_NE(module, nullptr);
-    auto getDir = Export<GetCurrentDirectoryFn>(module, "_GetCurrentDirectoryW@8");
-    HANDLE threads[8];
+    Crowd crowd;
+    crowd.getDir = Export<GetCurrentDirectoryFn>(module, "_GetCurrentDirectoryW@8");
+    HANDLE threads[48];
     for (HANDLE& t : threads) {
-        t = CreateThread(nullptr, 0, FailRepeatedly, reinterpret_cast<void*>(getDir), 0, nullptr);
+        t = CreateThread(nullptr, 0, FailRepeatedly, &crowd, 0, nullptr);
         ASSERT_NE(t, nullptr);
     }
-    EXPECT_EQ(WaitForMultipleObjects(8, threads, TRUE, 60000), WAIT_OBJECT_0);
-    for (HANDLE t : threads) {
-        DWORD wrong = 1;
-        EXPECT_TRUE(GetExitCodeThread(t, &wrong) && wrong == 0) << wrong << " wrong answers";
+    for (int waited = 0; crowd.failed < 48 && waited < 30000; waited += 10)
+        Sleep(10);
+    ASSERT_EQ(crowd.failed, 48) << "threads still waiting after 30 s";
+    SetEvent(crowd.goHome);
+    EXPECT_EQ(WaitForMultipleObjects(48, threads, TRUE, 30000), WAIT_OBJECT_0);
+    EXPECT_EQ(crowd.wrong, 0);
+    for (HANDLE t : threads)
         CloseHandle(t);
-    }
+    CloseHandle(crowd.goHome);
     EXPECT_TRUE(FreeLibrary(module));
 }
 
 // ---- failures where the runtime as shipped had nothing left to throw with
 
-class FailureTest : public harness::TorwenTest {
-protected:
-    // Sweeps allocation failures over members of each frame: with a saved error
-    // (none yet when the allocation fails) and with the failing helper's error.
-    static void SweepFailingCalls()
-    {
-        static WCHAR buf[MAX_PATH];
-        static const std::wstring path = L"C:\\windows\\" + harness::NonAsciiText() + L".txt";
-        const struct {
-            const char* name;
-            DWORD failure, error;
-            std::function<DWORD()> call;
-        } cases[] = {
-            {"GetShortPathNameW", 0, 0,
-             [] { return GetShortPathNameW(path.c_str(), buf, MAX_PATH); }},
-            {"GetCurrentDirectoryW", 0, 0, [] { return GetCurrentDirectoryW(MAX_PATH, buf); }},
-            {"GetEnvironmentVariableW", 0, ERROR_OUTOFMEMORY,
-             [] { return GetEnvironmentVariableW(L"PATH", buf, MAX_PATH); }},
-            {"GetDriveTypeW", DRIVE_UNKNOWN, ERROR_OUTOFMEMORY,
-             [] { return GetDriveTypeW(L"C:\\"); }},
-        };
-        for (const auto& c : cases) {
-            int runs = harness::SweepAllocationFailures([&](int k) {
-                SetLastError(0xBAD);
-                const DWORD r = c.call(), error = GetLastError();
-                EXPECT_TRUE(harness::HeapAllocCalls() < k || (r == c.failure && error == c.error))
-                    << c.name << ", allocation " << k << ": " << r << ", error " << error;
-            });
-            EXPECT_EQ(runs > 0, harness::AnsiPath()) << c.name;
-        }
-    }
-};
+class FailureTest : public harness::TorwenTest {};
 
 // The first exception of a loaded copy took a TLS index: with none left, abort().
+// Members of each frame: with a saved error (none yet when the allocation fails)
+// and with the failing helper's error.
 TEST_F(FailureTest, AnswersWithEveryTlsIndexTaken)
 {
     TorwenCopy copy;
     ASSERT_TRUE(copy.ok);
     AllTlsIndexesTaken taken;
     ASSERT_EQ(TlsAlloc(), TLS_OUT_OF_INDEXES);
-    SweepFailingCalls();
-    LoadCallUnload(copy);
-}
 
-// The import slot of a C runtime function in a module.
-void** CRuntimeSlot(HMODULE module, const char* name)
-{
-    auto at = [module](DWORD rva) { return reinterpret_cast<BYTE*>(module) + rva; };
-    auto* nt = reinterpret_cast<IMAGE_NT_HEADERS*>(
-        at(reinterpret_cast<IMAGE_DOS_HEADER*>(module)->e_lfanew));
-    auto* d = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(
-        at(nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress));
-    for (; d->Name; ++d) {
-        if (lstrcmpiA(reinterpret_cast<char*>(at(d->Name)), "msvcrt.dll") != 0)
-            continue;
-        auto* names = reinterpret_cast<IMAGE_THUNK_DATA*>(at(d->OriginalFirstThunk));
-        auto* slot = reinterpret_cast<void**>(at(d->FirstThunk));
-        for (; names->u1.AddressOfData; ++names, ++slot) {
-            auto* import = reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(at(names->u1.AddressOfData));
-            if (!lstrcmpA(import->Name, name))
-                return slot;
-        }
-    }
-    return nullptr;
-}
-
-// Runs `call` with the module's malloc, calloc and realloc failing.
-void WithoutCRuntimeMemory(HMODULE module, const std::function<void()>& call)
-{
-    const std::pair<const char*, void*> failing[] = {
-        {"malloc", reinterpret_cast<void*>(+[](size_t) -> void* { return nullptr; })},
-        {"calloc", reinterpret_cast<void*>(+[](size_t, size_t) -> void* { return nullptr; })},
-        {"realloc", reinterpret_cast<void*>(+[](void*, size_t) -> void* { return nullptr; })},
+    static WCHAR buf[MAX_PATH];
+    static const std::wstring path = L"C:\\windows\\" + harness::NonAsciiText() + L".txt";
+    const struct {
+        const char* name;
+        DWORD failure, error;
+        std::function<DWORD()> call;
+    } cases[] = {
+        {"GetShortPathNameW", 0, 0, [] { return GetShortPathNameW(path.c_str(), buf, MAX_PATH); }},
+        {"GetCurrentDirectoryW", 0, 0, [] { return GetCurrentDirectoryW(MAX_PATH, buf); }},
+        {"GetEnvironmentVariableW", 0, ERROR_OUTOFMEMORY,
+         [] { return GetEnvironmentVariableW(L"PATH", buf, MAX_PATH); }},
+        {"GetDriveTypeW", DRIVE_UNKNOWN, ERROR_OUTOFMEMORY, [] { return GetDriveTypeW(L"C:\\"); }},
     };
-    std::vector<std::pair<void**, void*>> saved;
-    for (auto [name, fn] : failing) {
-        if (void** slot = CRuntimeSlot(module, name)) {
-            DWORD old;
-            VirtualProtect(slot, sizeof *slot, PAGE_READWRITE, &old);
-            saved.push_back({slot, std::exchange(*slot, fn)});
-        }
+    for (const auto& c : cases) {
+        int runs = harness::SweepAllocationFailures([&](int k) {
+            SetLastError(0xBAD);
+            const DWORD r = c.call(), error = GetLastError();
+            EXPECT_TRUE(harness::HeapAllocCalls() < k || (r == c.failure && error == c.error))
+                << c.name << ", allocation " << k << ": " << r << ", error " << error;
+        });
+        EXPECT_EQ(runs > 0, harness::AnsiPath()) << c.name;
     }
-    EXPECT_FALSE(saved.empty());
-    call();
-    for (auto [slot, previous] : saved)
-        *slot = previous;
-}
-
-// No memory is left to throw with: a failure still reaches the export's frame,
-// also the first one of a loaded copy (whose unwinder sorts its tables on the
-// heap then).
-TEST_F(FailureTest, AnswersWithNoMemoryLeft)
-{
-    WithoutCRuntimeMemory(harness::Torwen(), [] { SweepFailingCalls(); });
-    TorwenCopy copy;
-    ASSERT_TRUE(copy.ok);
-    HMODULE module = LoadLibraryW(copy.wide.c_str());
-    ASSERT_NE(module, nullptr);
-    auto getDir = Export<GetCurrentDirectoryFn>(module, "_GetCurrentDirectoryW@8");
-    WithoutCRuntimeMemory(module, [&] { EXPECT_TRUE(AnswersFailure(getDir)); });
-    EXPECT_TRUE(FreeLibrary(module));
+    LoadCallUnload(copy);
 }
 
 }  // namespace

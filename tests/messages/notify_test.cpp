@@ -108,6 +108,15 @@ TEST_F(NotifyTest, RealControlsNotifyAWideParent)
     EXPECT_EQ(seen.codes, (std::vector<UINT> { TVN_SELCHANGINGW, TVN_SELCHANGEDW }));
     EXPECT_EQ(seen.text, L"42") << "old and new item's lParam";
 
+    // Codes without text reach the handler as they are.
+    HWND tb = Control(parent.hwnd, TOOLBARCLASSNAMEW, TBSTYLE_FLAT);
+    SendMessageW(tb, TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON), 0);
+    TBBUTTON button = { 0, 10, TBSTATE_ENABLED, BTNS_BUTTON, {}, 0, 0 };
+    ToolBar_AddButtons(tb, 1, &button);
+    seen.codes.clear();
+    SendMessageW(tb, TB_SETHOTITEM, 0, 0);
+    EXPECT_EQ(seen.codes, std::vector<UINT> { UINT(TBN_HOTITEMCHANGE) });
+
     HWND hd = Control(parent.hwnd, WC_HEADERW);
     HDITEMW hi = {};
     hi.mask = HDI_TEXT;

@@ -6,82 +6,50 @@
 #include "torwen.h"
 #include "user/test_window.h"
 
-namespace
-{
+namespace {
 
 const HMONITOR Primary = reinterpret_cast<HMONITOR>(0x12340042);
 
-class MonitorsMissingTest : public harness::TorwenTest
-{
+class MonitorsMissingTest : public harness::TorwenTest {
 protected:
     static void SetUpTestSuite() { harness::MakeMissing("MonitorFromPoint"); }
 
     const int width = GetSystemMetrics(SM_CXSCREEN), height = GetSystemMetrics(SM_CYSCREEN);
 };
 
-// A failed look-up is not tried again.
+// The look-ups stop at the first missing function, and are not tried again.
 TEST_F(MonitorsMissingTest, LooksUpOnce)
 {
     int lookups = 0;
     TW_HOOK(hook, GetProcAddress, [&](HMODULE m, LPCSTR name) {
-        if (!IS_INTRESOURCE(name) && strstr(name, "Monitor"))
-            ++lookups;
+        lookups += !IS_INTRESOURCE(name) && strstr(name, "Monitor");
         return hook.real(m, name);
     });
     EXPECT_EQ(xGetSystemMetrics(SM_CMONITORS), 1);
     EXPECT_EQ(lookups, 3) << "MonitorFromWindow, MonitorFromRect, then the missing one";
-    xGetSystemMetrics(SM_CMONITORS);
-    xMonitorFromPoint({ 0, 0 }, 0);
+    xMonitorFromPoint({0, 0}, 0);
     EXPECT_EQ(lookups, 3);
 }
 
-TEST_F(MonitorsMissingTest, MetricsPointsAndRectangles)
+TEST_F(MonitorsMissingTest, MetricsPointsRectanglesAndWindows)
 {
-    const struct {
-        int index, value;
-    } metrics[] = {
-        { SM_XVIRTUALSCREEN, 0 },
-        { SM_YVIRTUALSCREEN, 0 },
-        { SM_CXVIRTUALSCREEN, width },
-        { SM_CYVIRTUALSCREEN, height },
-        { SM_CMONITORS, 1 },
-        { SM_SAMEDISPLAYFORMAT, 1 },
-        { SM_CXSCREEN, width },
-    };
+    const int metrics[][2] = {{SM_XVIRTUALSCREEN, 0}, {SM_YVIRTUALSCREEN, 0},
+                              {SM_CXVIRTUALSCREEN, width}, {SM_CYVIRTUALSCREEN, height},
+                              {SM_CMONITORS, 1}, {SM_SAMEDISPLAYFORMAT, 1}, {SM_CXSCREEN, width}};
     for (const auto& m : metrics)
-        EXPECT_EQ(xGetSystemMetrics(m.index), m.value) << m.index;
-
-    const struct {
-        POINT pt;
-        DWORD flags;
-        HMONITOR expected;
-    } points[] = {
-        { { 0, 0 }, 0, Primary },
-        { { -1, 0 }, 0, nullptr },
-        { { -1, 0 }, MONITOR_DEFAULTTONEAREST, Primary },
-        { { -1, 0 }, MONITOR_DEFAULTTOPRIMARY, Primary },
-        { { width, 0 }, 0, nullptr },
-        { { 0, height }, 0, nullptr },
-        { { width - 1, height - 1 }, 0, Primary },
-    };
+        EXPECT_EQ(xGetSystemMetrics(m[0]), m[1]) << m[0];
+    const struct { POINT pt; DWORD flags; HMONITOR expected; } points[] = {
+        {{0, 0}, 0, Primary}, {{-1, 0}, 0, nullptr}, {{-1, 0}, MONITOR_DEFAULTTONEAREST, Primary},
+        {{-1, 0}, MONITOR_DEFAULTTOPRIMARY, Primary}, {{width, 0}, 0, nullptr},
+        {{0, height}, 0, nullptr}, {{width - 1, height - 1}, 0, Primary}};
     for (const auto& p : points)
         EXPECT_EQ(xMonitorFromPoint(p.pt, p.flags), p.expected) << p.pt.x << "," << p.pt.y;
-
-    const struct {
-        RECT rect;
-        DWORD flags;
-        HMONITOR expected;
-    } rects[] = {
-        { { 0, 0, 0, 0 }, 0, nullptr },
-        { { 0, 0, 0, 0 }, MONITOR_DEFAULTTONEAREST, Primary },
-        { { -10, -10, 1, 1 }, 0, Primary },
-        { { width, 0, width + 5, 5 }, 0, nullptr },
-        { { 0, height, 5, height + 5 }, 0, nullptr },
-        { { 5, 5, 10, 10 }, 0, Primary },
-    };
+    const struct { RECT rect; DWORD flags; HMONITOR expected; } rects[] = {
+        {{0, 0, 0, 0}, 0, nullptr}, {{0, 0, 0, 0}, MONITOR_DEFAULTTONEAREST, Primary},
+        {{-10, -10, 1, 1}, 0, Primary}, {{width, 0, width + 5, 5}, 0, nullptr},
+        {{0, height, 5, height + 5}, 0, nullptr}};
     for (const auto& r : rects)
         EXPECT_EQ(xMonitorFromRect(&r.rect, r.flags), r.expected) << r.rect.left;
-
     TestWindow window;
     EXPECT_EQ(xMonitorFromWindow(window.hwnd, 0), Primary);
     SetWindowPos(window.hwnd, nullptr, -500, -500, 10, 10, SWP_NOZORDER);
@@ -105,38 +73,33 @@ BOOL CALLBACK Record(HMONITOR monitor, HDC, LPRECT rect, LPARAM data)
     return 7;
 }
 
-// The one monitor is called back with the screen, unless the clip rectangle or the
-// device context's clip box leaves nothing of it.
+// The one monitor is called back with the screen, unless the clip rectangle leaves
+// nothing of it; the callback's answer is the answer.
 TEST_F(MonitorsMissingTest, Enumeration)
 {
     Seen seen;
     EXPECT_EQ(xEnumDisplayMonitors(nullptr, nullptr, Record, LPARAM(&seen)), 7);
-    EXPECT_EQ(seen.calls, 1);
-    EXPECT_EQ(seen.monitor, Primary);
-    RECT screen = { 0, 0, width, height };
-    EXPECT_TRUE(EqualRect(&seen.rect, &screen));
-    RECT outside = { -20, -20, -10, -10 };
+    const RECT screen = {0, 0, width, height};
+    EXPECT_TRUE(seen.calls == 1 && seen.monitor == Primary && EqualRect(&seen.rect, &screen));
+    const RECT outside = {-20, -20, -10, -10};
     EXPECT_EQ(xEnumDisplayMonitors(nullptr, &outside, Record, LPARAM(&seen)), TRUE);
-    EXPECT_EQ(seen.calls, 1);
     EXPECT_EQ(xEnumDisplayMonitors(nullptr, nullptr, nullptr, 0), FALSE);
     HDC dc = GetDC(nullptr);
     EXPECT_EQ(xEnumDisplayMonitors(dc, nullptr, Record, LPARAM(&seen)), 7);
-    EXPECT_EQ(seen.calls, 2);
     ReleaseDC(nullptr, dc);
+    EXPECT_EQ(seen.calls, 2);
 }
 
-// The primary display's record: the work area, and the device name as ANSI bytes
-// in a record of 72 bytes or more.
+// The primary display's record: the work area, and the device name as ANSI bytes in a
+// record of 72 bytes or more; other handles and short records fail.
 TEST_F(MonitorsMissingTest, MonitorInfo)
 {
     MONITORINFOEXW info = {};
     info.cbSize = 72;
     ASSERT_TRUE(xGetMonitorInfo(Primary, &info));
-    RECT work;
+    RECT work, screen = {0, 0, width, height};
     SystemParametersInfoA(SPI_GETWORKAREA, 0, &work, 0);
-    EXPECT_TRUE(EqualRect(&info.rcWork, &work));
-    RECT screen = { 0, 0, width, height };
-    EXPECT_TRUE(EqualRect(&info.rcMonitor, &screen));
+    EXPECT_TRUE(EqualRect(&info.rcWork, &work) && EqualRect(&info.rcMonitor, &screen));
     EXPECT_EQ(info.dwFlags, DWORD(MONITORINFOF_PRIMARY));
     EXPECT_STREQ(reinterpret_cast<const char*>(info.szDevice), "DISPLAY");
     MONITORINFOEXW plain = {};
@@ -145,9 +108,8 @@ TEST_F(MonitorsMissingTest, MonitorInfo)
     EXPECT_EQ(plain.szDevice[0], 0);
     plain.cbSize = 39;
     EXPECT_FALSE(xGetMonitorInfo(Primary, &plain));
-    info.cbSize = 72;
     EXPECT_FALSE(xGetMonitorInfo(reinterpret_cast<HMONITOR>(0x12340043), &info));
     EXPECT_FALSE(xGetMonitorInfo(Primary, nullptr));
 }
 
-} // namespace
+}  // namespace

@@ -41,8 +41,9 @@ const char* const systemDlls[] = {
     "version.dll",  "winmm.dll",    "winspool.drv",
 };
 
-// Files larger than this are not images a 32-bit loader maps.
-constexpr long maxImageSize = 0x7FFFFFFF;
+// The checker reads the whole file; a program or DLL of a 32-bit process is far
+// smaller than this.
+constexpr size_t maxImageSize = 256u << 20;
 
 struct BadImage {
     std::string why;
@@ -225,26 +226,41 @@ private:
     std::vector<Section> sections_;
 };
 
-bool ReadFile(const char* path, std::vector<unsigned char>& bytes)
+enum class Read { ok, unreadable, tooLarge };
+
+Read ReadFile(const char* path, std::vector<unsigned char>& bytes)
 {
     FILE* f = std::fopen(path, "rb");
     if (!f)
-        return false;
+        return Read::unreadable;
     unsigned char chunk[65536];
     size_t n;
-    while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0 && bytes.size() < maxImageSize)
+    Read result = Read::ok;
+    while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0) {
+        if (bytes.size() + n > maxImageSize) {
+            result = Read::tooLarge;
+            break;
+        }
         bytes.insert(bytes.end(), chunk, chunk + n);
-    bool ok = !std::ferror(f);
+    }
+    if (std::ferror(f))
+        result = Read::unreadable;
     std::fclose(f);
-    return ok;
+    return result;
 }
 
 int Check(const char* path)
 {
     std::vector<unsigned char> bytes;
-    if (!ReadFile(path, bytes)) {
+    switch (ReadFile(path, bytes)) {
+    case Read::unreadable:
         std::fprintf(stderr, "torwen-imports: %s: cannot read the file\n", path);
         return 2;
+    case Read::tooLarge:
+        std::fprintf(stderr, "torwen-imports: %s: larger than any 32-bit image\n", path);
+        return 2;
+    case Read::ok:
+        break;
     }
     std::vector<Import> imports;
     try {

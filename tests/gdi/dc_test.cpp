@@ -1,0 +1,264 @@
+// Device contexts, documents, metafiles and colour profiles through torwen.
+#include <cstring>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "harness/harness.h"
+#include "torwen.h"
+
+using namespace harness;
+using std::string;
+using std::wstring;
+
+namespace
+{
+
+class DcTest : public TorwenTest
+{
+};
+
+// A metafile recorded to a file keeps its description: both parts on the W path,
+// the application's name alone (and an empty title) on the ANSI path.
+TEST_F(DcTest, EnhancedMetafileKeepsItsDescription)
+{
+    char temp[MAX_PATH];
+    GetTempPathA(MAX_PATH, temp);
+    const wstring file = FromAnsi(temp) + L"tw-gdi.emf", app = L"tw " + NonAsciiText();
+    const wstring description = app + L'\0' + L"Picture" + L'\0' + L'\0';
+    HDC dc = CreateEnhMetaFileW(nullptr, file.c_str(), nullptr, description.c_str());
+    ASSERT_NE(dc, nullptr);
+    MoveToEx(dc, 0, 0, nullptr);
+    LineTo(dc, 50, 50);
+    DeleteEnhMetaFile(CloseEnhMetaFile(dc));
+    HENHMETAFILE emf = GetEnhMetaFileW(file.c_str());
+    ASSERT_NE(emf, nullptr);
+    // What the A function recorded, NULs and all, exactly as it counts it.
+    char bytes[64];
+    const UINT count = GetEnhMetaFileDescriptionA(emf, 64, bytes);
+    WCHAR converted[64];
+    const int length = MultiByteToWideChar(CP_ACP, 0, bytes, int(count), converted, 64);
+    const wstring recorded = AnsiPath() ? wstring(converted, length) : description;
+    if (AnsiPath()) {
+        EXPECT_EQ(recorded.substr(0, app.size() + 2), app + L'\0' + L'\0') << "an empty title";
+    }
+    WCHAR buf[64];
+    wmemset(buf, L'#', 64);
+    EXPECT_EQ(GetEnhMetaFileDescriptionW(emf, 64, buf), recorded.size());
+    EXPECT_EQ(wstring(buf, recorded.size()), recorded);
+    // Without a buffer the size counts ANSI bytes on the ANSI path.
+    EXPECT_EQ(GetEnhMetaFileDescriptionW(emf, 0, nullptr), AnsiPath() ? count : recorded.size());
+    HENHMETAFILE copy = CopyEnhMetaFileW(emf, nullptr);
+    EXPECT_NE(copy, nullptr);
+    DeleteEnhMetaFile(copy);
+    DeleteEnhMetaFile(emf);
+    DeleteFileW(file.c_str());
+    SetLastError(0);
+    EXPECT_EQ(GetEnhMetaFileW(file.c_str()), nullptr);
+}
+
+// The output argument never reaches the system; a device mode goes as a DEVMODEA of
+// 148 bytes followed by the driver's private bytes, however many there are.
+TEST_F(DcTest, DeviceContextsGetAConvertedDeviceMode)
+{
+    // Bind the functions before watching them.
+    DeleteDC(CreateICW(L"DISPLAY", nullptr, nullptr, nullptr));
+    DeleteDC(CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr));
+    std::vector<string> seen;
+    auto record = [&](LPCSTR output, const void* devMode) {
+        seen.push_back(output ? output : "(null)");
+        if (!devMode)
+            return;
+        auto* dm = static_cast<const DEVMODEA*>(devMode);
+        seen.push_back(string(reinterpret_cast<const char*>(dm->dmDeviceName)) + " "
+            + std::to_string(dm->dmSize) + " " + std::to_string(dm->dmDriverExtra) + " "
+            + string(reinterpret_cast<const char*>(dm) + 148, dm->dmDriverExtra).substr(0, 3));
+    };
+    const int extras[] = { 0, 3, 4000 };
+    for (int extra : extras) {
+        std::vector<BYTE> block(212 + extra + 16, 0);
+        auto* dm = reinterpret_cast<DEVMODEW*>(block.data());
+        wcscpy(reinterpret_cast<WCHAR*>(dm->dmDeviceName), L"Screen");
+        dm->dmSize = 212;
+        dm->dmDriverExtra = WORD(extra);
+        memcpy(block.data() + 212, "xyz", extra < 3 ? extra : 3);
+        seen.clear();
+        if (AnsiPath()) {
+            TW_HOOK(dcA, CreateDCA, [&](LPCSTR d, LPCSTR dev, LPCSTR out, const DEVMODEA* m) {
+                record(out, m);
+                return dcA.real(d, dev, out, nullptr);
+            });
+            TW_HOOK(icA, CreateICA, [&](LPCSTR d, LPCSTR dev, LPCSTR out, const DEVMODEA* m) {
+                record(out, m);
+                return icA.real(d, dev, out, nullptr);
+            });
+            HeapLog log;
+            DeleteDC(CreateDCW(L"DISPLAY", nullptr, L"ignored", dm));
+            DeleteDC(CreateICW(L"DISPLAY", nullptr, L"ignored", dm));
+            EXPECT_EQ(log.allocationSizes(),
+                (std::vector<SIZE_T> { 8, SIZE_T(148 + extra), 8, SIZE_T(148 + extra) }));
+            const string converted = "Screen 148 " + std::to_string(extra) + " "
+                + string("xyz", extra < 3 ? extra : 3);
+            EXPECT_EQ(seen, (std::vector<string> { "(null)", converted, "(null)", converted }));
+        } else {
+            TW_HOOK(dcW, CreateDCW, [&](LPCWSTR d, LPCWSTR dev, LPCWSTR out, const DEVMODEW* m) {
+                seen.push_back(out ? "output" : "(null)");
+                return dcW.real(d, dev, out, m ? nullptr : m);
+            });
+            DeleteDC(CreateDCW(L"DISPLAY", nullptr, L"ignored", dm));
+            EXPECT_EQ(seen, std::vector<string> { "(null)" });
+        }
+    }
+}
+
+// StartDocW hands cbSize on as given and the three names converted.
+TEST_F(DcTest, DocumentsGoAsAnsiRecords)
+{
+    if (!AnsiPath())
+        GTEST_SKIP() << "the W path hands the record through";
+    HDC dc = CreateCompatibleDC(nullptr);
+    StartDocW(dc, nullptr); // binds the A function
+    std::vector<string> seen;
+    TW_HOOK(startA, StartDocA, [&](HDC, const DOCINFOA* doc) {
+        seen = { std::to_string(doc->cbSize), doc->lpszDocName,
+            doc->lpszOutput ? doc->lpszOutput : "(null)",
+            doc->lpszDatatype ? doc->lpszDatatype : "(null)", std::to_string(doc->fwType) };
+        SetLastError(77);
+        return 7;
+    });
+    const wstring name = L"Doc " + NonAsciiText();
+    DOCINFOW doc = { 20, name.c_str(), nullptr, L"RAW", 1 };
+    EXPECT_EQ(StartDocW(dc, &doc), 7);
+    EXPECT_EQ(GetLastError(), 77u);
+    EXPECT_EQ(seen, (std::vector<string> { "20", ToAnsi(name), "(null)", "RAW", "1" }));
+    doc.cbSize = 12; // the layout without data type and flags
+    EXPECT_EQ(StartDocW(dc, &doc), 7);
+    EXPECT_EQ(seen, (std::vector<string> { "12", ToAnsi(name), "(null)", "(null)", "0" }));
+    DeleteDC(dc);
+}
+
+struct Profiles {
+    std::vector<wstring> names;
+    int stopAfter = 0;
+};
+
+int CALLBACK CollectProfile(LPWSTR name, LPARAM lParam)
+{
+    auto* seen = reinterpret_cast<Profiles*>(lParam);
+    seen->names.push_back(name);
+    return int(seen->names.size()) != seen->stopAfter;
+}
+
+// The wide callback sees each profile's name in wide form with its own lParam, and a
+// 0 from it ends the enumeration. The adapter works the same on both paths.
+TEST_F(DcTest, ProfileEnumerationCallsTheWideCallback)
+{
+    const string names[] = { "a.icm", ToAnsi(NonAsciiText() + L".icm"), "c.icm" };
+    const std::vector<wstring> wide = { L"a.icm", NonAsciiText() + L".icm", L"c.icm" };
+    Profiles direct;
+    struct {
+        ICMENUMPROCW callback;
+        LPARAM lParam;
+    } context = { CollectProfile, LPARAM(&direct) };
+    for (const string& n : names)
+        AtICMEnumFuncFromAToW(const_cast<LPSTR>(n.c_str()), LPARAM(&context));
+    EXPECT_EQ(direct.names, wide);
+    if (!AnsiPath())
+        return;
+
+    HDC dc = CreateCompatibleDC(nullptr);
+    Profiles all;
+    EnumICMProfilesW(dc, CollectProfile, LPARAM(&all)); // binds the A function
+    all.names.clear();
+    TW_HOOK(enumA, EnumICMProfilesA, [&](HDC, ICMENUMPROCA callback, LPARAM lParam) {
+        int r = 1;
+        for (const string& n : names)
+            if (!(r = callback(const_cast<LPSTR>(n.c_str()), lParam)))
+                break;
+        return r;
+    });
+    EXPECT_EQ(EnumICMProfilesW(dc, CollectProfile, LPARAM(&all)), 1);
+    EXPECT_EQ(all.names, wide);
+    Profiles stopped;
+    stopped.stopAfter = 2;
+    EXPECT_EQ(EnumICMProfilesW(dc, CollectProfile, LPARAM(&stopped)), 0);
+    EXPECT_EQ(stopped.names.size(), 2u);
+
+    // The profile's name: the A function is told the heap size; the caller's size stays.
+    WCHAR file[8];
+    DWORD size = 8;
+    GetICMProfileW(dc, &size, file); // binds the A function
+    std::vector<DWORD> told;
+    TW_HOOK(getA, GetICMProfileA, [&](HDC, LPDWORD n, LPSTR buf) {
+        told.push_back(*n);
+        strcpy(buf, "p.icm");
+        *n = 6;
+        return TRUE;
+    });
+    EXPECT_TRUE(GetICMProfileW(dc, &size, file));
+    EXPECT_STREQ(file, L"p.icm");
+    EXPECT_EQ(size, 8u);
+    EXPECT_EQ(told, std::vector<DWORD> { 8u * (CodePage() == 932 ? 2 : 1) });
+    DeleteDC(dc);
+}
+
+// Each allocation failing in turn: the failure value, and the error the caller sees
+// (0 where the member restores the error it saved before any call).
+TEST_F(DcTest, EachAllocationFailureAnswersTheFailureValue)
+{
+    HDC dc = CreateCompatibleDC(nullptr);
+    HDC recorder = CreateEnhMetaFileW(nullptr, nullptr, nullptr, nullptr);
+    HENHMETAFILE emf = CloseEnhMetaFile(recorder);
+    DEVMODEW dm {};
+    dm.dmSize = 212;
+    char temp[MAX_PATH];
+    GetTempPathA(MAX_PATH, temp);
+    const wstring emfFile = FromAnsi(temp) + L"tw-sweep.emf";
+    DOCINFOW doc = { 20, L"doc", nullptr, nullptr, 0 };
+    WCHAR buf[64];
+    DWORD size = 64;
+    const struct {
+        const char* name;
+        int allocations;
+        DWORD failure, error;
+        std::function<DWORD()> call;
+    } cases[] = {
+        { "CreateDCW", 3, 0, 14,
+            [&] { return DWORD(UINT_PTR(CreateDCW(L"x", L"y", nullptr, &dm))); } },
+        { "CreateICW", 2, 0, 14,
+            [&] { return DWORD(UINT_PTR(CreateICW(L"x", L"y", nullptr, nullptr))); } },
+        { "StartDocW", 1, 0, 0, [&] { return DWORD(StartDocW(nullptr, &doc)); } },
+        { "CopyMetaFileW", 1, 0, 0,
+            [&] { return DWORD(UINT_PTR(CopyMetaFileW(nullptr, L"x.wmf"))); } },
+        { "CopyEnhMetaFileW", 1, 0, 0,
+            [&] { return DWORD(UINT_PTR(CopyEnhMetaFileW(nullptr, L"x.emf"))); } },
+        { "GetMetaFileW", 1, 0, 14, [&] { return DWORD(UINT_PTR(GetMetaFileW(L"x.wmf"))); } },
+        { "GetEnhMetaFileW", 1, 0, 14, [&] { return DWORD(UINT_PTR(GetEnhMetaFileW(L"x.emf"))); } },
+        { "CreateEnhMetaFileW", 2, 0, 14,
+            [&] {
+                HDC h = CreateEnhMetaFileW(nullptr, emfFile.c_str(), nullptr, L"d");
+                if (h)
+                    DeleteEnhMetaFile(CloseEnhMetaFile(h));
+                return DWORD(UINT_PTR(h));
+            } },
+        { "GetEnhMetaFileDescriptionW", 1, DWORD(-1), 14,
+            [&] { return GetEnhMetaFileDescriptionW(emf, 64, buf); } },
+        { "GetICMProfileW", 1, 0, 14, [&] { return DWORD(GetICMProfileW(dc, &size, buf)); } },
+        { "SetICMProfileW", 1, 0, 14,
+            [&] { return DWORD(SetICMProfileW(dc, const_cast<LPWSTR>(L"x.icm"))); } },
+    };
+    for (const auto& c : cases) {
+        int runs = SweepAllocationFailures([&](int k) {
+            SetLastError(1234);
+            const DWORD r = c.call(), error = GetLastError();
+            EXPECT_TRUE(HeapAllocCalls() < k || (r == c.failure && error == c.error))
+                << c.name << ", allocation " << k << ": " << r << ", error " << error;
+        });
+        EXPECT_EQ(runs, AnsiPath() ? c.allocations : 0) << c.name;
+    }
+    DeleteEnhMetaFile(emf);
+    DeleteDC(dc);
+    DeleteFileW(emfFile.c_str());
+}
+
+} // namespace

@@ -1,0 +1,167 @@
+// Sound and media control: sounds by name or in memory, MCI strings and commands,
+// error texts, compared with what the A functions answer.
+#include <cstring>
+#include <functional>
+#include <string>
+
+#include "harness/harness.h"
+
+using namespace harness;
+using std::string;
+using std::wstring;
+
+namespace
+{
+
+class MediaTest : public TorwenTest
+{
+protected:
+    const bool ansi = AnsiPath();
+    const wstring text = NonAsciiText();
+    const wstring missing = L"C:\\missing " + text + L".wav";
+};
+
+TEST_F(MediaTest, StringsAndErrors)
+{
+    wchar_t buf[128];
+    char bufA[128];
+    ASSERT_TRUE(mciGetErrorStringA(MCIERR_INVALID_DEVICE_NAME, bufA, 128));
+    ASSERT_TRUE(mciGetErrorStringW(MCIERR_INVALID_DEVICE_NAME, buf, 128));
+    EXPECT_EQ(wstring(buf), FromAnsi(bufA));
+
+    const MCIERROR unknown = mciSendStringA("open nosuchdevice alias tw", bufA, 128, nullptr);
+    EXPECT_NE(unknown, 0u);
+    buf[0] = L'#';
+    EXPECT_EQ(unknown, mciSendStringW(L"open nosuchdevice alias tw", buf, 128, nullptr));
+    EXPECT_EQ(buf[0], L'\0');
+    ASSERT_EQ(0u, mciSendStringA("sysinfo all quantity", bufA, 128, nullptr));
+    ASSERT_EQ(0u, mciSendStringW(L"sysinfo all quantity", buf, 128, nullptr));
+    EXPECT_EQ(wstring(buf), FromAnsi(bufA));
+    EXPECT_EQ(0u, mciGetDeviceIDW(L"tw"));
+
+    const std::pair<UINT_PTR, std::function<UINT_PTR()>> rows[] = {
+        { MCIERR_OUT_OF_MEMORY,
+            [&] { return mciSendStringW(L"sysinfo all quantity", buf, 128, nullptr); } },
+        { FALSE, [&] { return mciGetErrorStringW(MCIERR_INVALID_DEVICE_NAME, buf, 128); } },
+        { 0, [&] { return mciGetDeviceIDW(L"tw"); } },
+        { FALSE,
+            [&] {
+                return PlaySoundW(
+                    missing.c_str(), nullptr, SND_FILENAME | SND_NODEFAULT | SND_SYNC);
+            } },
+    };
+    for (const auto& [failure, call] : rows) {
+        EXPECT_EQ(ansi, 0 < SweepAllocationFailures([&](int k) {
+            UINT_PTR r = call();
+            EXPECT_TRUE(HeapAllocCalls() < k || r == failure) << k;
+        }));
+    }
+}
+
+// Records that carry names, numbers coming back, and a command without a record.
+TEST_F(MediaTest, CommandRecords)
+{
+    MCI_SYSINFO_PARMSA infoA = {};
+    DWORD countA = 0;
+    infoA.lpstrReturn = reinterpret_cast<LPSTR>(&countA);
+    infoA.dwRetSize = sizeof countA;
+    ASSERT_EQ(0u, mciSendCommandA(0, MCI_SYSINFO, MCI_SYSINFO_QUANTITY, DWORD_PTR(&infoA)));
+    MCI_SYSINFO_PARMSW info = {};
+    DWORD count = 0;
+    info.lpstrReturn = reinterpret_cast<LPWSTR>(&count);
+    info.dwRetSize = sizeof count;
+    ASSERT_EQ(0u, mciSendCommandW(0, MCI_SYSINFO, MCI_SYSINFO_QUANTITY, DWORD_PTR(&info)));
+    EXPECT_EQ(count, countA);
+    if (count) {
+        char nameA[64] = {};
+        infoA.lpstrReturn = nameA;
+        infoA.dwRetSize = 64;
+        infoA.dwNumber = 1;
+        ASSERT_EQ(0u, mciSendCommandA(0, MCI_SYSINFO, MCI_SYSINFO_NAME, DWORD_PTR(&infoA)));
+        wchar_t name[64] = {};
+        info.lpstrReturn = name;
+        info.dwRetSize = 64;
+        info.dwNumber = 1;
+        ASSERT_EQ(0u, mciSendCommandW(0, MCI_SYSINFO, MCI_SYSINFO_NAME, DWORD_PTR(&info)));
+        EXPECT_EQ(wstring(name), FromAnsi(nameA));
+    }
+
+    // Opening a file that is not there fails as the A function fails, and a command
+    // without its record is the A function's to refuse.
+    MCI_OPEN_PARMSA openA = {};
+    openA.lpstrDeviceType = "waveaudio";
+    const string missingA = ToAnsi(missing);
+    openA.lpstrElementName = missingA.c_str();
+    const MCIERROR failed
+        = mciSendCommandA(0, MCI_OPEN, MCI_OPEN_TYPE | MCI_OPEN_ELEMENT, DWORD_PTR(&openA));
+    EXPECT_NE(failed, 0u);
+    MCI_OPEN_PARMSW open = {};
+    open.lpstrDeviceType = L"waveaudio";
+    open.lpstrElementName = missing.c_str();
+    EXPECT_EQ(
+        failed, mciSendCommandW(0, MCI_OPEN, MCI_OPEN_TYPE | MCI_OPEN_ELEMENT, DWORD_PTR(&open)));
+    if (ansi) { // Wine's own functions fault on these
+        for (UINT message : { MCI_OPEN, MCI_INFO, MCI_SYSINFO, MCI_LOAD, MCI_SAVE })
+            EXPECT_EQ(MCIERROR(MCIERR_NULL_PARAMETER_BLOCK),
+                mciSendCommandW(0, message, MCI_OPEN_TYPE, 0));
+    }
+}
+
+// What the A functions are handed: names converted, a sound in memory and a
+// device's extra open fields as the caller gave them.
+TEST_F(MediaTest, WhatTheAFunctionsReceive)
+{
+    if (!ansi)
+        GTEST_SKIP() << "the W path hands the records through";
+    PlaySoundW(nullptr, nullptr, 0); // bound before they are hooked
+    DWORD count;
+    MCI_SYSINFO_PARMSW info = { 0, reinterpret_cast<LPWSTR>(&count), sizeof count, 0, 0 };
+    mciSendCommandW(0, MCI_SYSINFO, MCI_SYSINFO_QUANTITY, DWORD_PTR(&info));
+    string seenSound;
+    LPCSTR seenPointer = nullptr;
+    TW_HOOK(play, PlaySoundA, [&](LPCSTR sound, HMODULE, DWORD flags) {
+        seenPointer = sound;
+        const bool name = !(flags & SND_MEMORY) || (flags & SND_RESOURCE) == SND_RESOURCE;
+        seenSound = name && !IS_INTRESOURCE(sound) ? sound : "";
+        return TRUE;
+    });
+    const BYTE wave[8] = { 'R', 'I', 'F', 'F' };
+    EXPECT_TRUE(PlaySoundW(reinterpret_cast<LPCWSTR>(wave), nullptr, SND_MEMORY));
+    EXPECT_EQ(seenPointer, reinterpret_cast<LPCSTR>(wave));
+    EXPECT_TRUE(PlaySoundW(missing.c_str(), nullptr, SND_FILENAME));
+    EXPECT_EQ(seenSound, ToAnsi(missing));
+    EXPECT_TRUE(PlaySoundW(text.c_str(), GetModuleHandleW(nullptr), SND_RESOURCE));
+    EXPECT_EQ(seenSound, ToAnsi(text));
+    EXPECT_TRUE(PlaySoundW(MAKEINTRESOURCEW(5), GetModuleHandleW(nullptr), SND_RESOURCE));
+    EXPECT_EQ(seenPointer, reinterpret_cast<LPCSTR>(5));
+
+    struct {
+        MCI_OPEN_PARMSA base;
+        DWORD_PTR extra[2];
+    } seen = {};
+    TW_HOOK(send, mciSendCommandA, [&](MCIDEVICEID, UINT, DWORD_PTR, DWORD_PTR parms) -> MCIERROR {
+        auto* a = reinterpret_cast<decltype(seen)*>(parms);
+        seen = *a;
+        seen.base.lpstrElementName = nullptr;
+        EXPECT_EQ(string(a->base.lpstrElementName), ToAnsi(missing));
+        EXPECT_EQ(string(a->base.lpstrAlias), ToAnsi(text));
+        a->base.wDeviceID = 9;
+        return 0;
+    });
+    struct {
+        MCI_OPEN_PARMSW base;
+        DWORD_PTR style, parent;
+    } open = { { 0, 0, LPCWSTR(MAKELONG(MCI_DEVTYPE_WAVEFORM_AUDIO, 1)), missing.c_str(),
+                   text.c_str() },
+        0x55, 0x66 };
+    const DWORD flags
+        = MCI_OPEN_TYPE | MCI_OPEN_TYPE_ID | MCI_OPEN_ELEMENT | MCI_OPEN_ALIAS | 0x10000;
+    ASSERT_EQ(0u, mciSendCommandW(0, MCI_OPEN, flags, DWORD_PTR(&open)));
+    EXPECT_EQ(open.base.wDeviceID, 9u);
+    EXPECT_EQ(seen.base.lpstrDeviceType, LPCSTR(open.base.lpstrDeviceType))
+        << "an identifier passes";
+    EXPECT_EQ(seen.extra[0], 0x55u);
+    EXPECT_EQ(seen.extra[1], 0u) << "a field the flags do not announce is not read";
+}
+
+} // namespace
