@@ -1,6 +1,18 @@
+#include <stdarg.h>
 #include <stdio.h>
 
 #include "demo.h"
+
+/* Formats through torwen's wvsprintfW, which every Windows has through torwen. */
+static int Format(WCHAR *buf, const WCHAR *spec, ...)
+{
+    va_list args;
+    int r;
+    va_start(args, spec);
+    r = wvsprintfW(buf, spec, args);
+    va_end(args);
+    return r;
+}
 
 static LRESULT CALLBACK DemoProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
 {
@@ -9,7 +21,7 @@ static LRESULT CALLBACK DemoProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lPar
 
 /* Functions that wide programs import besides the common families: a folder with
  * a name beyond ASCII made, renamed and removed, a window class registered with
- * RegisterClassW, and text formatted with wsprintfW. */
+ * RegisterClassW, and text formatted with wvsprintfW. */
 void DemoBeyond(void)
 {
     /* A name the ANSI code page can hold: on Windows 95, 98 and Me it travels as ANSI. */
@@ -19,8 +31,8 @@ void DemoBeyond(void)
     ATOM atom;
 
     GetTempPathW(MAX_PATH, temp);
-    wsprintfW(folder, L"%storwen demo %s", temp, word);
-    wsprintfW(moved, L"%s~", folder);
+    Format(folder, L"%storwen demo %s", temp, word);
+    Format(moved, L"%s~", folder);
     printf("CreateDirectoryW -> %d\n", CreateDirectoryW(folder, NULL));
     DemoPrint("    ", folder);
     printf("MoveFileW -> %d\n", MoveFileW(folder, moved));

@@ -336,15 +336,6 @@ int WINAPI wvsprintfW(LPWSTR buf, LPCWSTR spec, va_list args)
     });
 }
 
-int WINAPIV wsprintfW(LPWSTR buf, LPCWSTR spec, ...)
-{
-    va_list args;
-    va_start(args, spec);
-    int r = wvsprintfW(buf, spec, args);
-    va_end(args);
-    return r;
-}
-
 int WINAPI MessageBoxIndirectW(const MSGBOXPARAMSW* params)
 {
     return AtExport(Sys::MessageBoxIndirectW, params).orAnsi(0, [=](AtSavedError& err) -> int {

@@ -13,6 +13,7 @@ namespace {
 
 class UserBeyondTest : public TorwenTest {};
 
+// The variadic wsprintfW is the system's: torwen's formatter is wvsprintfW.
 int Format(LPWSTR buf, LPCWSTR spec, ...)
 {
     va_list args;
@@ -31,7 +32,7 @@ TEST_F(UserBeyondTest, FormatsAsTheSystemDoes)
         const wchar_t* expected;
     };
     const Case cases[] = {
-        {wsprintfW(buf, L"[%5.2s|%-4c|%C|%S|%hs|%ls|%#x|%05d|%.3d|%lu|%q|%%|%08X|%-6S|]", L"abc", L'w', 'A', "ansi",
+        {Format(buf, L"[%5.2s|%-4c|%C|%S|%hs|%ls|%#x|%05d|%.3d|%lu|%q|%%|%08X|%-6S|]", L"abc", L'w', 'A', "ansi",
                    "hs", L"ls", 255, -42, 7, 3000000000u, 0xbeef, "r"),
          L"[   ab|w   |A|ansi|hs|ls|0xff|-0042|007|3000000000|q|%|0000BEEF|r     |]"},
         {Format(buf, L"%s|%S|%d|%i|%x", nullptr, nullptr, 0, -2147483647 - 1, 0u), L"(null)|(null)|0|-2147483648|0"},
@@ -47,10 +48,10 @@ TEST_F(UserBeyondTest, FormatsAsTheSystemDoes)
     // The code page's characters, passed as ANSI and as wide text.
     const wstring text = NonAsciiText();
     const std::string ansi = ToAnsi(text);
-    EXPECT_EQ(wsprintfW(buf, L"%s-%S-%hs-%C", text.c_str(), ansi.c_str(), ansi.c_str(), 'e'), int(3 * text.size() + 4));
+    EXPECT_EQ(Format(buf, L"%s-%S-%hs-%C", text.c_str(), ansi.c_str(), ansi.c_str(), 'e'), int(3 * text.size() + 4));
     EXPECT_EQ(wstring(buf), text + L"-" + text + L"-" + text + L"-e");
     // A NUL character is written and counted.
-    EXPECT_EQ(wsprintfW(buf, L"a%cb", 0), 3);
+    EXPECT_EQ(Format(buf, L"a%cb", 0), 3);
 }
 
 // The output never passes 1,024 characters with the terminator, however long the
@@ -68,7 +69,7 @@ TEST_F(UserBeyondTest, FormattingStopsAtItsLimit)
                           {L"%2000d", nullptr}};
     for (const Case& c : cases) {
         WCHAR* buf = guard.End<WCHAR>(1024, L'#');
-        EXPECT_EQ(wsprintfW(buf, c.spec, c.arg), 1024) << (&c - cases);
+        EXPECT_EQ(Format(buf, c.spec, c.arg), 1024) << (&c - cases);
         EXPECT_EQ(buf[1023], L'\0');
         EXPECT_EQ(wcslen(buf), 1023u);
     }
