@@ -16,6 +16,7 @@ void DemoCommonControls(void);
 void DemoControls(void);
 void DemoOpenDialog(void);
 void DemoServices(void);
+void DemoBeyond(void);
 
 /* Prints a wide string as UTF-8. */
 void DemoPrint(const char *label, const WCHAR *text);

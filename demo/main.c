@@ -26,5 +26,6 @@ int main(void)
     DemoControls();
     DemoOpenDialog();
     DemoServices();
+    DemoBeyond();
     return 0;
 }

@@ -47,6 +47,7 @@
 
 #include <windows.h>
 #include <commctrl.h>
+#include <tlhelp32.h> /* Process32FirstW, Process32NextW */
 
 #ifdef __cplusplus
 extern "C" {
@@ -572,6 +573,51 @@ TORWEN_API void WINAPI AtPropSheet_SetFinishTextW(HWND hDlg, LPCWSTR lpszText);
  * ANSI record. The dialog's choices are copied back into the caller's record. A
  * failure inside torwen answers OLEUI_ERR_GLOBALMEMALLOC.
  */
+
+/*
+ * Kernel functions beyond the families above. They keep the W functions'
+ * conventions on both paths: counts in wide characters, the W function's
+ * terminator rules, a buffer too small told the wide size it needs.
+ *   GetCPInfoExW         a null record answers FALSE, ERROR_INVALID_PARAMETER
+ *                        (memory safety: the A function may write through it).
+ *   LCMapStringW, GetNumberFormatW  a null buffer with a count above 0 answers 0,
+ *                        ERROR_INVALID_PARAMETER (memory safety).
+ *   GetStartupInfoW      the desktop and title point into storage that lives as
+ *                        long as the process, up to 1,023 characters each.
+ */
+
+/*
+ * Window-manager functions beyond the families above, on Windows 95, 98 and Me:
+ *   wvsprintfW           torwen formats itself (the system has no wide
+ *                        formatter); an output that reaches the 1,024-character
+ *                        limit ends with a NUL at 1,023 and answers 1,024. Every
+ *                        export is a standard call, so the variadic wsprintfW is
+ *                        not among them: a program formats through wvsprintfW.
+ *   CharLowerW, CharUpperW  a character the code page lacks stays as it is.
+ *   MessageBoxIndirectW, EnumDisplaySettingsExW, EnumDisplayDevicesW  a null record
+ *                        answers 0, ERROR_INVALID_PARAMETER (memory safety).
+ */
+
+/*
+ * Shell functions beyond the families above, on Windows 95, 98 and Me:
+ *   SHFileOperationW     a list that lacks its final empty name and ends where
+ *                        readable memory ends is taken to end there (memory safety).
+ *                        Mapping handles hold the A function's ANSI names.
+ *   Shell_NotifyIconW    a text that does not fit its ANSI field is sent empty.
+ */
+
+/*
+ * FindTextW and ReplaceTextW on Windows 95, 98 and Me: the dialog gets an A record
+ * and text buffers in a block of torwen's that lives while the dialog does (freed
+ * when its Cancel button closes it, or when it is destroyed otherwise), and a hook
+ * of torwen's that answers the Find Next, Replace, Replace All and Cancel buttons:
+ * it copies the texts and options into the caller's FINDREPLACEW and sends the
+ * owner FINDMSGSTRING with that record, as on the NT family. The caller keeps its
+ * record and buffers alive while the dialog lives; its own hook, with
+ * FR_ENABLEHOOK, sees every message first and receives its record in
+ * WM_INITDIALOG.
+ */
+
 #ifdef __cplusplus
 }
 #endif

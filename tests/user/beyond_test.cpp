@@ -1,0 +1,150 @@
+// The window-manager functions that wide programs import besides the families
+// above, answered as the system's W functions answer on both paths.
+#include <cstdarg>
+#include <string>
+#include <vector>
+
+#include "harness/harness.h"
+
+using namespace harness;
+using std::wstring;
+
+namespace {
+
+class UserBeyondTest : public TorwenTest {};
+
+// The variadic wsprintfW is the system's: torwen's formatter is wvsprintfW.
+int Format(LPWSTR buf, LPCWSTR spec, ...)
+{
+    va_list args;
+    va_start(args, spec);
+    int r = wvsprintfW(buf, spec, args);
+    va_end(args);
+    return r;
+}
+
+// Wide and ANSI arguments by type and size prefix, flags, widths and precisions.
+TEST_F(UserBeyondTest, FormatsAsTheSystemDoes)
+{
+    WCHAR buf[1024];
+    struct Case {
+        int result;
+        const wchar_t* expected;
+    };
+    const Case cases[] = {
+        {Format(buf, L"[%5.2s|%-4c|%C|%S|%hs|%ls|%#x|%05d|%.3d|%lu|%q|%%|%08X|%-6S|]", L"abc", L'w', 'A', "ansi",
+                   "hs", L"ls", 255, -42, 7, 3000000000u, 0xbeef, "r"),
+         L"[   ab|w   |A|ansi|hs|ls|0xff|-0042|007|3000000000|q|%|0000BEEF|r     |]"},
+        {Format(buf, L"%s|%S|%d|%i|%x", nullptr, nullptr, 0, -2147483647 - 1, 0u), L"(null)|(null)|0|-2147483648|0"},
+        {Format(buf, L"%I64d|%p|%hc|%lc|%-5d|%3S", 5LL, reinterpret_cast<void*>(0x1234), 'x', L'y', 3, "abcd"),
+         L"5|00001234|x|y|3    |abcd"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(c.result, int(wcslen(c.expected))) << c.expected;
+    }
+    // Each call above reused the buffer; the last one shows in it.
+    EXPECT_EQ(wstring(buf), cases[2].expected);
+
+    // The code page's characters, passed as ANSI and as wide text.
+    const wstring text = NonAsciiText();
+    const std::string ansi = ToAnsi(text);
+    EXPECT_EQ(Format(buf, L"%s-%S-%hs-%C", text.c_str(), ansi.c_str(), ansi.c_str(), 'e'), int(3 * text.size() + 4));
+    EXPECT_EQ(wstring(buf), text + L"-" + text + L"-" + text + L"-e");
+    // A NUL character is written and counted.
+    EXPECT_EQ(Format(buf, L"a%cb", 0), 3);
+}
+
+// The output never passes 1,024 characters with the terminator, however long the
+// format or its arguments: the buffer ends at a no-access page.
+TEST_F(UserBeyondTest, FormattingStopsAtItsLimit)
+{
+    GuardPage guard;
+    const wstring longText(1500, L'x');
+    const std::string longAnsi(3000, 'y');
+    struct Case {
+        const wchar_t* spec;
+        const void* arg;
+    };
+    const Case cases[] = {{longText.c_str(), nullptr}, {L"%s", longText.c_str()}, {L"%S", longAnsi.c_str()},
+                          {L"%2000d", nullptr}};
+    for (const Case& c : cases) {
+        WCHAR* buf = guard.End<WCHAR>(1024, L'#');
+        EXPECT_EQ(Format(buf, c.spec, c.arg), 1024) << (&c - cases);
+        EXPECT_EQ(buf[1023], L'\0');
+        EXPECT_EQ(wcslen(buf), 1023u);
+    }
+}
+
+TEST_F(UserBeyondTest, CharacterCaseAndClasses)
+{
+    const wstring text = NonAsciiText();
+    wstring upper = L"abc" + text, lower = L"ABC" + text;
+    EXPECT_EQ(CharUpperW(upper.data()), upper.data());
+    EXPECT_EQ(upper.substr(0, 3), L"ABC");
+    EXPECT_EQ(CharLowerW(lower.data()), lower.data());
+    EXPECT_EQ(lower.substr(0, 3), L"abc");
+    std::string upperA = ToAnsi(text);
+    CharUpperA(upperA.data());
+    EXPECT_EQ(upper.substr(3), FromAnsi(upperA));
+    if (CodePage() == 1252) {
+        EXPECT_EQ(CharUpperW(reinterpret_cast<LPWSTR>(UINT_PTR(0xe9))), reinterpret_cast<LPWSTR>(UINT_PTR(0xc9)));
+    }
+    // One character in the low word.
+    EXPECT_EQ(CharUpperW(reinterpret_cast<LPWSTR>(UINT_PTR('q'))), reinterpret_cast<LPWSTR>(UINT_PTR('Q')));
+    EXPECT_EQ(CharLowerW(reinterpret_cast<LPWSTR>(UINT_PTR('Q'))), reinterpret_cast<LPWSTR>(UINT_PTR('q')));
+
+    struct Case {
+        WCHAR c;
+        BOOL alpha, alphaNumeric;
+    };
+    const Case cases[] = {{L'a', TRUE, TRUE}, {L'Z', TRUE, TRUE}, {L'5', FALSE, TRUE}, {L' ', FALSE, FALSE},
+                          {L'-', FALSE, FALSE}, {text[0], TRUE, TRUE}};
+    for (const Case& c : cases) {
+        EXPECT_EQ(IsCharAlphaW(c.c), c.alpha) << int(c.c);
+        EXPECT_EQ(IsCharAlphaNumericW(c.c), c.alphaNumeric) << int(c.c);
+    }
+
+    EXPECT_EQ(MapVirtualKeyW('A', MAPVK_VK_TO_CHAR), UINT('A'));
+    EXPECT_EQ(MapVirtualKeyW(VK_SHIFT, MAPVK_VK_TO_VSC), MapVirtualKeyA(VK_SHIFT, MAPVK_VK_TO_VSC));
+}
+
+TEST_F(UserBeyondTest, ClassesDisplaysAndBoxes)
+{
+    const wstring name = L"twb class " + NonAsciiText();
+    WNDCLASSW wc = {};
+    wc.lpfnWndProc = DefWindowProcA;
+    wc.hInstance = GetModuleHandleA(nullptr);
+    wc.lpszClassName = name.c_str();
+    const ATOM atom = RegisterClassW(&wc);
+    ASSERT_NE(atom, 0);
+    EXPECT_EQ(RegisterClassW(&wc), 0);
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_CLASS_ALREADY_EXISTS));
+    WNDCLASSA found;
+    EXPECT_EQ(GetClassInfoA(wc.hInstance, ToAnsi(name).c_str(), &found), BOOL(atom));
+    EXPECT_TRUE(UnregisterClassA(ToAnsi(name).c_str(), wc.hInstance));
+
+    DEVMODEW mode = {};
+    mode.dmSize = sizeof mode;
+    ASSERT_TRUE(EnumDisplaySettingsExW(nullptr, ENUM_CURRENT_SETTINGS, &mode, 0));
+    EXPECT_EQ(mode.dmPelsWidth, DWORD(GetSystemMetrics(SM_CXSCREEN)));
+    EXPECT_EQ(ChangeDisplaySettingsExW(nullptr, &mode, nullptr, CDS_TEST, nullptr), DISP_CHANGE_SUCCESSFUL);
+
+    DISPLAY_DEVICEW device = {};
+    device.cb = sizeof device;
+    ASSERT_TRUE(EnumDisplayDevicesW(nullptr, 0, &device, 0));
+    DISPLAY_DEVICEA deviceA = {};
+    deviceA.cb = sizeof deviceA;
+    ASSERT_TRUE(EnumDisplayDevicesA(nullptr, 0, &deviceA, 0));
+    EXPECT_EQ(wstring(device.DeviceName), FromAnsi(deviceA.DeviceName));
+    EXPECT_EQ(wstring(device.DeviceString), FromAnsi(deviceA.DeviceString));
+    EXPECT_FALSE(EnumDisplayDevicesW(nullptr, 99, &device, 0));
+
+    MSGBOXPARAMSW params = {};
+    params.cbSize = sizeof params;
+    SetLastError(0);
+    if (AnsiPath()) {  // the W path would show the box
+        EXPECT_EQ(MessageBoxIndirectW(nullptr), 0);
+    }
+}
+
+}  // namespace
