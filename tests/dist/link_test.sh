@@ -62,7 +62,7 @@ printf 'int Main(void) { return 0; }\n' >main64.c
 clang --target=x86_64-pc-windows-msvc -c main64.c -o main64.obj &&
   lld-link /nologo /nodefaultlib /entry:Main /subsystem:console /out:probe64.exe main64.obj || exit 1
 # A program with a W import torwen does not replace, besides one it does.
-printf '#include <windows.h>\nint main(void) { return RemoveDirectoryW(L"x") + GetDriveTypeW(NULL); }\n' >mixed.c
+printf '#include <windows.h>\nint main(void) { return SetConsoleTitleW(L"x") + GetDriveTypeW(NULL); }\n' >mixed.c
 i686-w64-mingw32-gcc mixed.c -o mixed.exe || exit 1
 cp "$here/probe.c" text.exe
 head -c 200 probe-gnu.exe >headers-cut.exe
@@ -91,7 +91,7 @@ printed "probe-msvc-late.exe imports wide functions" "probe-gnu-late.exe imports
   "USER32.dll!RegisterWindowMessageW: use torwen.dll's _RegisterWindowMessageW@4" \
   "2 wide import(s) from the system, 2 of them exported by torwen; 0 import(s) from torwen.dll."
 run 1 imports mixed.exe
-printed "KERNEL32.dll!RemoveDirectoryW: torwen has no replacement" \
+printed "KERNEL32.dll!SetConsoleTitleW: torwen has no replacement" \
   "KERNEL32.dll!GetDriveTypeW: use torwen.dll's _GetDriveTypeW@4" \
   "2 wide import(s) from the system, 1 of them exported by torwen" \
   "Link torwen's import library ahead" "Where torwen has no replacement, call the A function"
