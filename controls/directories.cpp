@@ -129,7 +129,7 @@ bool Listed(const WIN32_FIND_DATAA& found, UINT attrs)
 // A search closed however the listing ends, also when a failed allocation unwinds it.
 class Search {
 public:
-    Search(LPCSTR spec, WIN32_FIND_DATAA& found) : handle(FindFirstFileA(spec, &found)) {}
+    Search(LPCSTR pathPattern, WIN32_FIND_DATAA& found) : handle(FindFirstFileA(pathPattern, &found)) {}
     ~Search()
     {
         if (handle != INVALID_HANDLE_VALUE)
@@ -141,12 +141,12 @@ public:
     HANDLE handle;
 };
 
-LRESULT ListDirectory(HWND hwnd, const ListMessages& msg, UINT attrs, LPCSTR spec)
+LRESULT ListDirectory(HWND hwnd, const ListMessages& msg, UINT attrs, LPCSTR pathPattern)
 {
     Listing list(hwnd, msg);
     if (attrs != (DDL_DRIVES | DDL_EXCLUSIVE)) {
         WIN32_FIND_DATAA found;
-        Search search(spec, found);
+        Search search(pathPattern, found);
         if (search.handle == INVALID_HANDLE_VALUE) {
             DWORD error = GetLastError();
             if (error != ERROR_FILE_NOT_FOUND && error != ERROR_NO_MORE_FILES)
@@ -178,11 +178,11 @@ LRESULT ListDirectory(HWND hwnd, const ListMessages& msg, UINT attrs, LPCSTR spe
     return list.result;
 }
 
-int DirectoryListW(HWND hwnd, const ListMessages& msg, UINT attrs, LPCWSTR spec)
+int DirectoryListW(HWND hwnd, const ListMessages& msg, UINT attrs, LPCWSTR pathPattern)
 {
-    return AtExport(Sys::SendMessageW, hwnd, msg.dir, WPARAM(attrs), reinterpret_cast<LPARAM>(spec))
+    return AtExport(Sys::SendMessageW, hwnd, msg.dir, WPARAM(attrs), reinterpret_cast<LPARAM>(pathPattern))
         .orAnsiWithoutSavedError(
-            LB_ERR, [=] { return ListDirectory(hwnd, msg, attrs, AtAnsiTemp(spec)); });
+            LB_ERR, [=] { return ListDirectory(hwnd, msg, attrs, AtAnsiTemp(pathPattern)); });
 }
 
 bool HasWildcard(const char* s)
@@ -194,36 +194,36 @@ bool HasWildcard(const char* s)
 }
 
 // Where the file pattern starts: after the last separator or drive colon.
-char* PatternOf(char* spec)
+char* PatternOf(char* pathPattern)
 {
-    char* pattern = spec;
-    for (char* p = spec; *p; p = Sys::CharNextA(p))
+    char* pattern = pathPattern;
+    for (char* p = pathPattern; *p; p = Sys::CharNextA(p))
         if (*p == '\\' || *p == '/' || *p == ':')
             pattern = p + 1;
     return pattern;
 }
 
-// A specification splits into a directory, which becomes the current one, and a
-// file pattern, which is written back upper-cased. A specification without
+// A path pattern splits into a directory, which becomes the current one, and a
+// file pattern, which is written back upper-cased. A pattern without
 // wildcards names a directory and lists everything in it ("*"). False when the
 // directory does not exist.
-bool EnterDirectory(char* spec, char* pattern)
+bool EnterDirectory(char* pathPattern, char* pattern)
 {
-    if (!HasWildcard(spec)) {
-        if (spec[0] && !SetCurrentDirectoryA(spec))
+    if (!HasWildcard(pathPattern)) {
+        if (pathPattern[0] && !SetCurrentDirectoryA(pathPattern))
             return false;
         lstrcpyA(pattern, "*");
         return true;
     }
-    char* start = PatternOf(spec);
+    char* start = PatternOf(pathPattern);
     lstrcpyA(pattern, start);
-    if (start != spec) {
+    if (start != pathPattern) {
         char saved = *start;
         *start = '\0';
         // "C:" alone is the drive's current directory; a root keeps its separator.
-        if (start - spec > 1 && (start[-1] == '\\' || start[-1] == '/') && start[-2] != ':')
+        if (start - pathPattern > 1 && (start[-1] == '\\' || start[-1] == '/') && start[-2] != ':')
             start[-1] = '\0';
-        BOOL entered = SetCurrentDirectoryA(spec);
+        BOOL entered = SetCurrentDirectoryA(pathPattern);
         *start = saved;
         if (!entered)
             return false;
@@ -234,14 +234,14 @@ bool EnterDirectory(char* spec, char* pattern)
 
 } // namespace
 
-int WINAPI AtListBox_DirW(HWND hwnd, UINT attrs, LPCWSTR spec)
+int WINAPI AtListBox_DirW(HWND hwnd, UINT attrs, LPCWSTR pathPattern)
 {
-    return DirectoryListW(hwnd, ListBox, attrs, spec);
+    return DirectoryListW(hwnd, ListBox, attrs, pathPattern);
 }
 
-int WINAPI AtComboBox_DirW(HWND hwnd, UINT attrs, LPCWSTR spec)
+int WINAPI AtComboBox_DirW(HWND hwnd, UINT attrs, LPCWSTR pathPattern)
 {
-    return DirectoryListW(hwnd, ComboBox, attrs, spec);
+    return DirectoryListW(hwnd, ComboBox, attrs, pathPattern);
 }
 
 // The static control shows the new current directory in lower case. With
@@ -255,12 +255,12 @@ int WINAPI DlgDirListW(HWND dialog, LPWSTR pathSpec, int listId, int staticId, U
             HWND list = listId ? Sys::GetDlgItem(dialog, listId) : nullptr;
             if (list)
                 AtSendA(list, LB_RESETCONTENT, 0, 0);
-            AtStringSlot specA, pattern;
-            AtAllocBuffer(specA, MAX_PATH);
+            AtStringSlot pathA, pattern;
+            AtAllocBuffer(pathA, MAX_PATH);
             AtAllocBuffer(pattern, MAX_PATH);
-            // A specification longer than a path names no directory.
-            if (!WideCharToMultiByte(CP_ACP, 0, pathSpec, -1, specA, MAX_PATH, nullptr, nullptr) ||
-                !EnterDirectory(specA, pattern))
+            // A pattern longer than a path names no directory.
+            if (!WideCharToMultiByte(CP_ACP, 0, pathSpec, -1, pathA, MAX_PATH, nullptr, nullptr) ||
+                !EnterDirectory(pathA, pattern))
                 return 0;
             // The drives alone are listed alone.
             const UINT listed = attrs == DDL_DRIVES ? DDL_DRIVES | DDL_EXCLUSIVE : attrs;

@@ -4,12 +4,12 @@
 #include "demo.h"
 
 /* Formats through torwen's wvsprintfW, which every Windows has through torwen. */
-static int Format(WCHAR *buf, const WCHAR *spec, ...)
+static int Format(WCHAR *buf, const WCHAR *fmt, ...)
 {
     va_list args;
     int r;
-    va_start(args, spec);
-    r = wvsprintfW(buf, spec, args);
+    va_start(args, fmt);
+    r = wvsprintfW(buf, fmt, args);
     va_end(args);
     return r;
 }

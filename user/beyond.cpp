@@ -80,7 +80,7 @@ public:
 
     WideFormatter(LPWSTR out) : out(out) {}
 
-    int run(LPCWSTR spec, va_list args);
+    int run(LPCWSTR fmt, va_list args);
 
 private:
     bool put(WCHAR c)
@@ -114,53 +114,53 @@ bool WideFormatter::field(const WCHAR* text, int n, int width, bool left, WCHAR 
     return !left || putPadding(padding, L' ');
 }
 
-int WideFormatter::run(LPCWSTR spec, va_list args)
+int WideFormatter::run(LPCWSTR fmt, va_list args)
 {
     bool complete = true;
-    while (*spec && complete) {
-        if (*spec != L'%') {
-            complete = put(*spec++);
+    while (*fmt && complete) {
+        if (*fmt != L'%') {
+            complete = put(*fmt++);
             continue;
         }
-        ++spec;
-        if (*spec == L'%') {
-            complete = put(*spec++);
+        ++fmt;
+        if (*fmt == L'%') {
+            complete = put(*fmt++);
             continue;
         }
         bool left = false, prefix = false, zero = false;
-        for (;; ++spec) {
-            if (*spec == L'-')
+        for (;; ++fmt) {
+            if (*fmt == L'-')
                 left = true;
-            else if (*spec == L'#')
+            else if (*fmt == L'#')
                 prefix = true;
-            else if (*spec == L'0')
+            else if (*fmt == L'0')
                 zero = true;
             else
                 break;
         }
         int width = 0, precision = -1;
-        while (*spec >= L'0' && *spec <= L'9')
-            width = width * 10 + (*spec++ - L'0');
-        if (*spec == L'.') {
+        while (*fmt >= L'0' && *fmt <= L'9')
+            width = width * 10 + (*fmt++ - L'0');
+        if (*fmt == L'.') {
             precision = 0;
-            for (++spec; *spec >= L'0' && *spec <= L'9';)
-                precision = precision * 10 + (*spec++ - L'0');
+            for (++fmt; *fmt >= L'0' && *fmt <= L'9';)
+                precision = precision * 10 + (*fmt++ - L'0');
         }
         enum { Default, Short, Long, Wide64 } size = Default;
-        if (*spec == L'h') {
+        if (*fmt == L'h') {
             size = Short;
-            ++spec;
-        } else if (*spec == L'l' || *spec == L'w') {
+            ++fmt;
+        } else if (*fmt == L'l' || *fmt == L'w') {
             size = Long;
-            ++spec;
-        } else if (spec[0] == L'I' && spec[1] == L'6' && spec[2] == L'4') {
+            ++fmt;
+        } else if (fmt[0] == L'I' && fmt[1] == L'6' && fmt[2] == L'4') {
             size = Wide64;
-            spec += 3;
+            fmt += 3;
         }
-        const WCHAR type = *spec;
+        const WCHAR type = *fmt;
         if (!type)
             break;
-        ++spec;
+        ++fmt;
         // The text of one argument: room for every character of the bytes read.
         WCHAR text[2 * Limit + 32];
         int n = 0;
@@ -253,7 +253,7 @@ int WideFormatter::run(LPCWSTR spec, va_list args)
         }
     }
     out[length] = L'\0';
-    return complete && !*spec ? length : Limit;
+    return complete && !*fmt ? length : Limit;
 }
 
 // A record of one of the display functions: the fields after the size are the
@@ -324,15 +324,15 @@ UINT WINAPI MapVirtualKeyW(UINT code, UINT type)
 
 // The ANSI platforms have no wide formatter: torwen formats itself, with the
 // system's types, flags and limit. Nothing is allocated and no A function called.
-int WINAPI wvsprintfW(LPWSTR buf, LPCWSTR spec, va_list args)
+int WINAPI wvsprintfW(LPWSTR buf, LPCWSTR fmt, va_list args)
 {
-    return AtExport(Sys::wvsprintfW, buf, spec, args).orAnsiUnguarded([=]() -> int {
-        if (!buf || !spec) {
+    return AtExport(Sys::wvsprintfW, buf, fmt, args).orAnsiUnguarded([=]() -> int {
+        if (!buf || !fmt) {
             SetLastError(ERROR_INVALID_PARAMETER);
             return -1;
         }
         WideFormatter formatter(buf);
-        return formatter.run(spec, args);
+        return formatter.run(fmt, args);
     });
 }
 

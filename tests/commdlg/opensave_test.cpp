@@ -29,9 +29,9 @@ struct Script {
     explicit Script(wstring name, int button = IDOK) : name(std::move(name)), button(button) {}
     wstring name;
     int button;
-    int pathCount = 0, specCount = 0, folderCount = 0;
+    int pathCount = 0, fileNameCount = 0, folderCount = 0;
     int ansiCounts[3] = {};  // what CDM_GETSPEC, _GETFILEPATH and _GETFOLDERPATH answer in ANSI
-    wstring path, spec, folder;
+    wstring path, fileName, folder;
 };
 
 UINT_PTR CALLBACK Hook(HWND child, UINT msg, WPARAM, LPARAM lParam)
@@ -56,8 +56,8 @@ UINT_PTR CALLBACK Hook(HWND child, UINT msg, WPARAM, LPARAM lParam)
         wchar_t buf[MAX_PATH] = {};
         script->pathCount = AtCommDlg_OpenSave_GetFilePathW(dialog, buf, MAX_PATH);
         script->path = buf;
-        script->specCount = AtCommDlg_OpenSave_GetSpecW(dialog, buf, MAX_PATH);
-        script->spec = buf;
+        script->fileNameCount = AtCommDlg_OpenSave_GetSpecW(dialog, buf, MAX_PATH);
+        script->fileName = buf;
         script->folderCount = AtCommDlg_OpenSave_GetFolderPathW(dialog, buf, MAX_PATH);
         script->folder = buf;
         if (AnsiPath()) {
@@ -149,18 +149,18 @@ TEST_F(OpenSaveTest, OpenCopiesTheChoiceBackInCharacters)
     EXPECT_EQ(ofn.nFileExtension, path.size() - 3);
     EXPECT_EQ(title, file);
     // The queries answer the message's count, not a count of characters: on the
-    // ANSI path the path's count is in bytes. (Wine's ANSI dialog counts the spec
+    // ANSI path the path's count is in bytes. (Wine's ANSI dialog counts the fileName
     // and the folder in characters; the helpers hand on whatever it answers.)
     EXPECT_EQ(script.path, path);
-    EXPECT_EQ(script.spec, file);
+    EXPECT_EQ(script.fileName, file);
     EXPECT_EQ(script.folder, dir);
     if (AnsiPath()) {
         EXPECT_EQ(script.pathCount, AnsiBytes(path) + 1);
-        EXPECT_EQ(script.specCount, script.ansiCounts[0]);
+        EXPECT_EQ(script.fileNameCount, script.ansiCounts[0]);
         EXPECT_EQ(script.folderCount, script.ansiCounts[2]);
     } else {
         EXPECT_EQ(script.pathCount, int(path.size()) + 1);
-        EXPECT_EQ(script.specCount, int(file.size()) + 1);
+        EXPECT_EQ(script.fileNameCount, int(file.size()) + 1);
         EXPECT_EQ(script.folderCount, int(dir.size()) + 1);
     }
 }

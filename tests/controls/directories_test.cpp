@@ -65,11 +65,11 @@ protected:
 };
 
 // The system's answer to the directory message, on the path's own side.
-LRESULT SystemDir(HWND hwnd, UINT msg, UINT attrs, const std::wstring& spec)
+LRESULT SystemDir(HWND hwnd, UINT msg, UINT attrs, const std::wstring& pattern)
 {
     if (!harness::AnsiPath())
-        return SendMessageW(hwnd, msg, attrs, reinterpret_cast<LPARAM>(spec.c_str()));
-    return SendMessageA(hwnd, msg, attrs, reinterpret_cast<LPARAM>(harness::ToAnsi(spec).c_str()));
+        return SendMessageW(hwnd, msg, attrs, reinterpret_cast<LPARAM>(pattern.c_str()));
+    return SendMessageA(hwnd, msg, attrs, reinterpret_cast<LPARAM>(harness::ToAnsi(pattern).c_str()));
 }
 
 // The entries in order, as one string.
@@ -110,7 +110,7 @@ TEST_F(DirectoriesTest, ListingsAsTheSystemLists)
     }
     const std::wstring dbcs = L"*" + harness::NonAsciiText().substr(0, 2) + L"*";
     const std::vector<std::wstring> none, held = {L"m.txt", L"[zzz]", L"[-q-]", L"ZZ.TXT"};
-    const struct { bool isCombo; std::wstring spec; std::vector<UINT> attrs;
+    const struct { bool isCombo; std::wstring pattern; std::vector<UINT> attrs;
                    std::vector<std::wstring> before; } cases[] = {
         {false, L"*.*", every, none},
         {false, L"*.*", some, held},
@@ -129,42 +129,42 @@ TEST_F(DirectoriesTest, ListingsAsTheSystemLists)
         for (UINT attrs : c.attrs) {
             Fill(ours, c.isCombo, c.before);
             Fill(theirs, c.isCombo, c.before);
-            int r = (c.isCombo ? AtComboBox_DirW : AtListBox_DirW)(ours, attrs, c.spec.c_str());
-            const std::string what = harness::ToAnsi(c.spec) + " " + std::to_string(attrs) +
+            int r = (c.isCombo ? AtComboBox_DirW : AtListBox_DirW)(ours, attrs, c.pattern.c_str());
+            const std::string what = harness::ToAnsi(c.pattern) + " " + std::to_string(attrs) +
                                      (c.isCombo ? " combo" : " list") + " after " +
                                      std::to_string(c.before.size());
-            EXPECT_EQ(r, SystemDir(theirs, c.isCombo ? CB_DIR : LB_DIR, attrs, c.spec)) << what;
+            EXPECT_EQ(r, SystemDir(theirs, c.isCombo ? CB_DIR : LB_DIR, attrs, c.pattern)) << what;
             EXPECT_EQ(Entries(ours, c.isCombo), Entries(theirs, c.isCombo)) << what;
         }
     }
 }
 
-// The updated specification, the current directory, the static control's path and
+// The updated pattern, the current directory, the static control's path and
 // the list, as DlgDirListA leaves them. A listing with nothing in it fails on the
-// ANSI path and leaves the specification as it was.
+// ANSI path and leaves the pattern as it was.
 TEST_F(DirectoriesTest, DialogDirectoryList)
 {
-    const std::wstring specs[] = {L"*.txt", L"Sub\\*.txt", L"Sub", L"Sub\\", L".", L"", L"*.*",
+    const std::wstring patterns[] = {L"*.txt", L"Sub\\*.txt", L"Sub", L"Sub\\", L".", L"", L"*.*",
                                   L"Sub/*.*", L"Sub\\..\\*.dat", L"?.txt",
                                   harness::NonAsciiText() + L" dir", L"nodir\\*.*", L"A.TXT"};
     const UINT flags[] = {0, DDL_DIRECTORY, DDL_DIRECTORY | DDL_EXCLUSIVE,
                           DDL_ARCHIVE | DDL_EXCLUSIVE, DDL_DRIVES, DDL_DRIVES | DDL_DIRECTORY};
     for (UINT attrs : flags)
-        for (const auto& spec : specs) {
-            if ((attrs & DDL_DRIVES) && spec != L"Sub\\*.txt")
+        for (const auto& pattern : patterns) {
+            if ((attrs & DDL_DRIVES) && pattern != L"Sub\\*.txt")
                 continue;  // the drive letters take their time
-            const std::string what = harness::ToAnsi(spec) + " " + std::to_string(attrs);
-            char specA[MAX_PATH], currentA[MAX_PATH], labelA[MAX_PATH];
-            lstrcpyA(specA, harness::ToAnsi(spec).c_str());
+            const std::string what = harness::ToAnsi(pattern) + " " + std::to_string(attrs);
+            char patternA[MAX_PATH], currentA[MAX_PATH], labelA[MAX_PATH];
+            lstrcpyA(patternA, harness::ToAnsi(pattern).c_str());
             SetCurrentDirectoryW(Home().c_str());
             SetDlgItemTextA(dialog, IDC_LABEL, "?");
-            int expected = DlgDirListA(dialog, specA, IDC_LIST, IDC_LABEL, attrs);
+            int expected = DlgDirListA(dialog, patternA, IDC_LIST, IDC_LABEL, attrs);
             GetCurrentDirectoryA(MAX_PATH, currentA);
             GetDlgItemTextA(dialog, IDC_LABEL, labelA, MAX_PATH);
             const std::string listed = Entries(mine, false);
 
             WCHAR buf[MAX_PATH], current[MAX_PATH], label[MAX_PATH];
-            lstrcpyW(buf, spec.c_str());
+            lstrcpyW(buf, pattern.c_str());
             SetCurrentDirectoryW(Home().c_str());
             SendMessageW(mine, LB_RESETCONTENT, 0, 0);
             SetDlgItemTextW(dialog, IDC_LABEL, L"?");
@@ -173,11 +173,11 @@ TEST_F(DirectoriesTest, DialogDirectoryList)
             GetDlgItemTextW(dialog, IDC_LABEL, label, MAX_PATH);
             if (expected && listed.empty() && harness::AnsiPath()) {
                 EXPECT_EQ(r, 0) << what;
-                EXPECT_EQ(std::wstring(buf), spec) << what;
+                EXPECT_EQ(std::wstring(buf), pattern) << what;
                 continue;
             }
             EXPECT_EQ(r, expected) << what;
-            EXPECT_EQ(harness::ToAnsi(buf), specA) << what;
+            EXPECT_EQ(harness::ToAnsi(buf), patternA) << what;
             EXPECT_EQ(harness::ToAnsi(current), currentA) << what;
             EXPECT_EQ(harness::ToAnsi(label), labelA) << what;
             if (expected) {
@@ -233,8 +233,8 @@ TEST_F(DirectoriesTest, AllocationFailures)
         };
     };
     int searches = 0;  // open ones: every search is closed, also after a failure
-    TW_HOOK(first, FindFirstFileA, [&](LPCSTR spec, LPWIN32_FIND_DATAA found) {
-        HANDLE h = first.real(spec, found);
+    TW_HOOK(first, FindFirstFileA, [&](LPCSTR pattern, LPWIN32_FIND_DATAA found) {
+        HANDLE h = first.real(pattern, found);
         searches += h != INVALID_HANDLE_VALUE;
         return h;
     });

@@ -14,11 +14,11 @@ namespace {
 class UserBeyondTest : public TorwenTest {};
 
 // The variadic wsprintfW is the system's: torwen's formatter is wvsprintfW.
-int Format(LPWSTR buf, LPCWSTR spec, ...)
+int Format(LPWSTR buf, LPCWSTR fmt, ...)
 {
     va_list args;
-    va_start(args, spec);
-    int r = wvsprintfW(buf, spec, args);
+    va_start(args, fmt);
+    int r = wvsprintfW(buf, fmt, args);
     va_end(args);
     return r;
 }
@@ -62,14 +62,14 @@ TEST_F(UserBeyondTest, FormattingStopsAtItsLimit)
     const wstring longText(1500, L'x');
     const std::string longAnsi(3000, 'y');
     struct Case {
-        const wchar_t* spec;
+        const wchar_t* fmt;
         const void* arg;
     };
     const Case cases[] = {{longText.c_str(), nullptr}, {L"%s", longText.c_str()}, {L"%S", longAnsi.c_str()},
                           {L"%2000d", nullptr}};
     for (const Case& c : cases) {
         WCHAR* buf = guard.End<WCHAR>(1024, L'#');
-        EXPECT_EQ(Format(buf, c.spec, c.arg), 1024) << (&c - cases);
+        EXPECT_EQ(Format(buf, c.fmt, c.arg), 1024) << (&c - cases);
         EXPECT_EQ(buf[1023], L'\0');
         EXPECT_EQ(wcslen(buf), 1023u);
     }
