@@ -13,6 +13,10 @@
 //                            is what the caller sees after the temporaries are freed;
 //                            a CAtException turns into the failure value, with the
 //                            saved error (0 if the A function was not called yet);
+//   orAnsiOutOfMemoryUntilCalled
+//                            the same, but a failure before the A call leaves
+//                            ERROR_OUTOFMEMORY rather than 0 (the graphics members,
+//                            whose allocations all come before their A call);
 //   orAnsiWithoutSavedError  the same catch, but the last error is whatever the body
 //                            and the helpers left (14 or 87 after a caught failure);
 //   orAnsiUnguarded          the body allocates nothing: no catch, no saved error.
@@ -45,9 +49,10 @@ template <typename R>
 using AtFailureValue = std::conditional_t<std::is_void_v<R>, AtNoResult, R>;
 
 template <typename R, typename Body>
-[[gnu::noinline]] R AtAnsiFrame(AtFailureValue<R> failure, Body body)
+[[gnu::noinline]] R AtAnsiFrame(AtFailureValue<R> failure, Body body, DWORD errorBeforeCall = ERROR_SUCCESS)
 {
     AtSavedError err;
+    err.value = errorBeforeCall;
     R result;
     try {
         result = body(err);
@@ -91,6 +96,14 @@ public:
         if (AtModuleState.AtIsUnicodePlatform)
             return std::apply(wide, args);
         return AtAnsiFrame<R>(failure, body);
+    }
+
+    template <typename Body>
+    [[gnu::always_inline]] R orAnsiOutOfMemoryUntilCalled(AtFailureValue<R> failure, Body body) const
+    {
+        if (AtModuleState.AtIsUnicodePlatform)
+            return std::apply(wide, args);
+        return AtAnsiFrame<R>(failure, body, ERROR_OUTOFMEMORY);
     }
 
     template <typename Body>

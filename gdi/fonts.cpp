@@ -92,17 +92,17 @@ int CharBytes(const char* text)
 int WINAPI AddFontResourceW(LPCWSTR file)
 {
     return AtExport(Sys::AddFontResourceW, file)
-        .orAnsi(0, AtOutOfMemoryUntilCalled([=](AtSavedError& err) {
+        .orAnsiOutOfMemoryUntilCalled(0, [=](AtSavedError& err) {
             return err.keep(Sys::AddFontResourceA(AtAnsiTemp(file)));
-        }));
+        });
 }
 
 BOOL WINAPI RemoveFontResourceW(LPCWSTR file)
 {
     return AtExport(Sys::RemoveFontResourceW, file)
-        .orAnsi(FALSE, AtOutOfMemoryUntilCalled([=](AtSavedError& err) {
+        .orAnsiOutOfMemoryUntilCalled(FALSE, [=](AtSavedError& err) {
             return err.keep(Sys::RemoveFontResourceA(AtAnsiTemp(file)));
-        }));
+        });
 }
 
 // Exported under this name, without the final W, as it always has been.
@@ -110,13 +110,13 @@ BOOL WINAPI CreateScalableFontResource(
     DWORD hidden, LPCWSTR resourceFile, LPCWSTR fontFile, LPCWSTR currentPath)
 {
     return AtExport(Sys::CreateScalableFontResourceW, hidden, resourceFile, fontFile, currentPath)
-        .orAnsi(FALSE, AtOutOfMemoryUntilCalled([=](AtSavedError& err) {
+        .orAnsiOutOfMemoryUntilCalled(FALSE, [=](AtSavedError& err) {
             AtStringSlot resourceA, fontA, pathA;
             AtWideToAnsiTemp(resourceA, resourceFile);
             AtWideToAnsiTemp(fontA, fontFile);
             AtWideToAnsiTemp(pathA, currentPath);
             return err.keep(Sys::CreateScalableFontResourceA(hidden, resourceA, fontA, pathA));
-        }));
+        });
 }
 
 HFONT WINAPI CreateFontW(int height, int width, int escapement, int orientation, int weight,
@@ -125,11 +125,11 @@ HFONT WINAPI CreateFontW(int height, int width, int escapement, int orientation,
 {
     return AtExport(Sys::CreateFontW, height, width, escapement, orientation, weight, italic,
         underline, strikeOut, charSet, outPrecision, clipPrecision, quality, pitchAndFamily, face)
-        .orAnsi(nullptr, AtOutOfMemoryUntilCalled([=](AtSavedError& err) {
+        .orAnsiOutOfMemoryUntilCalled(nullptr, [=](AtSavedError& err) {
             return err.keep(Sys::CreateFontA(height, width, escapement, orientation, weight, italic,
                 underline, strikeOut, charSet, outPrecision, clipPrecision, quality, pitchAndFamily,
                 AtAnsiTemp(face)));
-        }));
+        });
 }
 
 HFONT WINAPI CreateFontIndirectW(const LOGFONTW* font)
@@ -289,14 +289,14 @@ BOOL WINAPI GetTextExtentExPointW(
 int WINAPI GetTextFaceW(HDC hdc, int count, LPWSTR name)
 {
     return AtExport(Sys::GetTextFaceW, hdc, count, name)
-        .orAnsi(0, AtOutOfMemoryUntilCalled([=](AtSavedError& err) {
+        .orAnsiOutOfMemoryUntilCalled(0, [=](AtSavedError& err) {
             if (!name)
                 return err.keep(Sys::GetTextFaceA(hdc, count, nullptr));
             AtStringSlot nameA;
             AtAllocEmptyAnsiOut(nameA, count);
             err.keep(Sys::GetTextFaceA(hdc, int(AtHeapSize(nameA)), nameA));
             return AtCountWithoutTerminator(AtAnsiToWideOut(nameA, name, count));
-        }));
+        });
 }
 
 // The metrics are converted even when the A function failed, into whatever the

@@ -86,27 +86,20 @@ bool EitherDefault(DWORD flags)
 // device name converted.
 BOOL MonitorInfoFromAnsi(HMONITOR monitor, LPMONITORINFO info)
 {
-    AtSavedError err;
-    BOOL ok = FALSE;
-    try {
+    return AtAnsiFrame<BOOL>(FALSE, [=](AtSavedError& err) {
         MONITORINFOEXA a = {};
-        if (info->cbSize < MonitorInfoSize) {
-            SetLastError(0);
-            return FALSE;
-        }
+        if (info->cbSize < MonitorInfoSize)
+            return FALSE;  // with last error 0
         a.cbSize = info->cbSize < MonitorInfoExSizeW ? MonitorInfoSize : MonitorInfoExSizeA;
-        ok = err.keep(AtMultiMon.getMonitorInfo(monitor, &a));
+        BOOL ok = err.keep(AtMultiMon.getMonitorInfo(monitor, &a));
         if (ok) {
             memcpy(info, &a, MonitorInfoSize);
             if (a.cbSize >= MonitorInfoExSizeA)
                 MultiByteToWideChar(CP_ACP, 0, a.szDevice, -1,
                     reinterpret_cast<MONITORINFOEXW*>(info)->szDevice, CCHDEVICENAME);
         }
-    } catch (CAtException&) {
-        ok = FALSE;
-    }
-    SetLastError(err.value);
-    return ok;
+        return ok;
+    });
 }
 
 } // namespace
