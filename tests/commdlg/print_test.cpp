@@ -75,21 +75,18 @@ HGLOBAL DevModeObject(bool wide, const wstring& device, WORD copies, WORD extra)
     const SIZE_T size = (wide ? 212 : 148) + extra;
     HGLOBAL h = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, size);
     BYTE* p = static_cast<BYTE*>(GlobalLock(h));
+    auto fill = [&](auto* dm) {
+        dm->dmSize = WORD(size - extra);
+        dm->dmCopies = copies;
+        dm->dmDriverExtra = extra;
+    };
     if (wide) {
-        auto* dm = reinterpret_cast<DEVMODEW*>(p);
-        wcscpy(dm->dmDeviceName, device.c_str());
-        dm->dmSize = 212;
-        dm->dmCopies = copies;
+        wcscpy(reinterpret_cast<DEVMODEW*>(p)->dmDeviceName, device.c_str());
+        fill(reinterpret_cast<DEVMODEW*>(p));
     } else {
-        auto* dm = reinterpret_cast<DEVMODEA*>(p);
-        strcpy(reinterpret_cast<char*>(dm->dmDeviceName), ToAnsi(device).c_str());
-        dm->dmSize = 148;
-        dm->dmCopies = copies;
+        strcpy(reinterpret_cast<char*>(reinterpret_cast<DEVMODEA*>(p)->dmDeviceName), ToAnsi(device).c_str());
+        fill(reinterpret_cast<DEVMODEA*>(p));
     }
-    if (wide)
-        reinterpret_cast<DEVMODEW*>(p)->dmDriverExtra = extra;
-    else
-        reinterpret_cast<DEVMODEA*>(p)->dmDriverExtra = extra;
     memset(p + size - extra, 0xA5, extra);
     GlobalUnlock(h);
     return h;

@@ -282,10 +282,8 @@ TEST_F(KernelBeyondTest, ComparisonsModulesAndObjects)
     // Probed up to the terminator or the count: a string at the end of readable
     // memory is bad only when the count reaches past it.
     GuardPage guard;
+    EXPECT_FALSE(IsBadStringPtrW(guard.Copy(L"ab\0", 3), 100));
     const WCHAR* unterminated = guard.End<WCHAR>(3, L'x');
-    const WCHAR* terminated = guard.Copy(L"ab\0", 3);
-    EXPECT_FALSE(IsBadStringPtrW(terminated, 100));
-    unterminated = guard.End<WCHAR>(3, L'x');
     EXPECT_FALSE(IsBadStringPtrW(unterminated, 3));
     EXPECT_TRUE(IsBadStringPtrW(unterminated, 4));
     EXPECT_TRUE(IsBadStringPtrW(nullptr, 1));

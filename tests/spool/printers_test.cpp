@@ -3,6 +3,7 @@
 #include <cstring>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "harness/harness.h"
@@ -100,9 +101,8 @@ private:
 void BindSpooler()
 {
     static bool bound = false;
-    if (bound)
+    if (std::exchange(bound, true))
         return;
-    bound = true;
     HANDLE h;
     DWORD n, c;
     OpenPrinterW(const_cast<LPWSTR>(L"no such printer"), &h, nullptr);
@@ -182,21 +182,16 @@ TEST_F(SpoolerAnsiTest, RecordsAndArraysOfLevelsOneAndFive)
     };
     for (const auto& c : cases) {
         const int count = c.array ? 2 : 1;
+        auto isText = [&](int m) { return c.level == 1 ? m > 0 : m < 2; };
         AnsiPack pack(c.size, count);
-        for (int r = 0; r < count; ++r) {
-            for (int m = 0; m < c.members; ++m) {
-                const bool text = c.level == 1 ? m > 0 : m < 2;
-                if (text)
-                    pack.text(r, m, ToAnsi(NonAsciiText()) + char('a' + r * 10 + m));
-                else
-                    pack.value(r, m, 100 * r + m + 1);
-            }
-        }
-        auto answer = [&](BYTE* b, DWORD cb, DWORD* needed) { return pack.into(b, cb, needed); };
-        TW_HOOK(get, GetPrinterA, [&](HANDLE, DWORD, LPBYTE b, DWORD cb, LPDWORD n) { return answer(b, cb, n); });
+        for (int r = 0; r < count; ++r)
+            for (int m = 0; m < c.members; ++m)
+                isText(m) ? pack.text(r, m, ToAnsi(NonAsciiText()) + char('a' + r * 10 + m))
+                          : pack.value(r, m, 100 * r + m + 1);
+        TW_HOOK(get, GetPrinterA, [&](HANDLE, DWORD, LPBYTE b, DWORD cb, LPDWORD n) { return pack.into(b, cb, n); });
         TW_HOOK(enumerate, EnumPrintersA, [&](DWORD, LPSTR, DWORD, LPBYTE b, DWORD cb, LPDWORD n, LPDWORD returned) {
             *returned = count;
-            return answer(b, cb, n);
+            return pack.into(b, cb, n);
         });
         std::vector<DWORD> buf(pack.size() / 2, 0x77);
         DWORD needed = 0, returned = 0;
@@ -210,8 +205,7 @@ TEST_F(SpoolerAnsiTest, RecordsAndArraysOfLevelsOneAndFive)
         for (int rec = 0; rec < count; ++rec) {
             const DWORD* members = buf.data() + rec * c.members;
             for (int m = 0; m < c.members; ++m) {
-                const bool text = c.level == 1 ? m > 0 : m < 2;
-                if (text) {
+                if (isText(m)) {
                     const wstring expected = NonAsciiText() + wchar_t('a' + rec * 10 + m);
                     EXPECT_EQ(members[m], DWORD(UINT_PTR(p))) << c.level << " record " << rec << " member " << m;
                     EXPECT_EQ(reinterpret_cast<LPCWSTR>(members[m]), expected);

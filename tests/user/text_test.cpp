@@ -62,15 +62,12 @@ TEST_F(TextTest, CountedTextIn)
 // the count are read back, so a two-byte character shortens what is written.
 TEST_F(TextTest, CaseAndSteps)
 {
-    BYTE* pages = static_cast<BYTE*>(VirtualAlloc(nullptr, 8192, MEM_COMMIT, PAGE_READWRITE));
-    DWORD old;
-    VirtualProtect(pages + 4096, 4096, PAGE_NOACCESS, &old);
-    WCHAR* end = reinterpret_cast<WCHAR*>(pages + 4096) - 3;
+    harness::GuardPage guard;
+    WCHAR* end = guard.End<WCHAR>(3);
     MixedText().copy(end, 3);
     EXPECT_EQ(CharUpperBuffW(end, 3), DoubleBytePath() ? 2u : 3u);
     EXPECT_EQ(end[0], L'A');
     EXPECT_EQ(end[2], DoubleBytePath() ? L'b' : L'B');
-    VirtualFree(pages, 0, MEM_RELEASE);
     WCHAR buf[] = L"ABC def";
     EXPECT_EQ(CharLowerBuffW(buf, 2), 2u);
     EXPECT_STREQ(buf, L"abC def");
