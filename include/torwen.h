@@ -227,6 +227,9 @@ TORWEN_API void WINAPI AtCommDlg_OpenSave_SetDefExtW(HWND dialog, LPCWSTR ext);
  * pointer that is LPSTR_TEXTCALLBACK or a resource identifier travels as it is and
  * is never read as a string.
  *
+ * A text converted in for the receiver (label edits, header items) has room for the
+ * item's stated cchTextMax, so a receiver may edit it in place (memory safety).
+ *
  * On the ANSI platforms a failed allocation answers 0 without calling fn (last
  * error 14).
  */
