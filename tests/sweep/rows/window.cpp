@@ -185,6 +185,18 @@ template <typename C> int Put(C* buf, int count, const std::basic_string<C>& tex
     return n;
 }
 
+// As a window answers a request for its text: well-behaved, or (seen().reply 3) as
+// a careless one that fills every element and writes no NUL.
+int Careless();
+template <typename C> int Give(C* buf, int count, const std::basic_string<C>& text)
+{
+    if (!Careless() || !buf || count <= 0)
+        return Put(buf, count, text);
+    for (int i = 0; i < count; ++i)
+        buf[i] = text.empty() ? C('x') : text[i % text.size()];
+    return count;
+}
+
 // A fuzzed string in the ANSI code page, ending at a no-access page. Sometimes its
 // last byte is cut off, which can leave a lone lead byte at its end.
 LPCSTR AnsiStr(Fuzz& f, Fuzz::Nulls nulls = Fuzz::NoNull)
@@ -219,6 +231,14 @@ template <typename C> void CheckCopy(Result r, int count, const C* buf)
 
 // ---- what the translators' procedures and handlers do
 
+// A translated answer is a copy too; on the W path a careless window's answer
+// reaches the caller as it is.
+template <typename C> void CheckAnswer(Result r, int count, const C* buf)
+{
+    if (harness::AnsiPath() || !Careless())
+        CheckCopy(r, count, buf);
+}
+
 struct Seen {
     int calls = 0;
     std::wstring text; // what a procedure or handler gives back
@@ -240,6 +260,11 @@ template <typename F> std::function<Result()> Counted(F call)
     };
 }
 
+int Careless()
+{
+    return seen().reply == 3;
+}
+
 bool Called(Result)
 {
     return seen().calls > 0;
@@ -258,7 +283,7 @@ template <typename C> LRESULT Procedure(HWND, UINT msg, WPARAM wParam, LPARAM lP
     switch (msg) {
     case WM_GETTEXT:
     case WM_ASKCBFORMATNAME:
-        return Put(reinterpret_cast<C*>(lParam), int(wParam), InSet<C>(seen().text));
+        return Give(reinterpret_cast<C*>(lParam), int(wParam), InSet<C>(seen().text));
     case WM_SETTEXT:
     case WM_WININICHANGE:
     case WM_DEVMODECHANGE:
@@ -290,7 +315,7 @@ void CALLBACK OnText(HWND, LPCWSTR s)
 int CALLBACK OnGetText(HWND, int count, LPWSTR buf)
 {
     ++seen().calls;
-    return Put(buf, count, seen().text);
+    return Give(buf, count, seen().text);
 }
 
 // The copy on the ANSI path is terminated within its capacity; on the W path the
@@ -1062,20 +1087,23 @@ std::vector<Row> WindowRows()
             "AtFORWARD_WM_GETTEXTW",
             [] {
                 seen().text = F().ownTitle;
+                seen().reply = 0;
                 WCHAR text[64];
                 return R(AtFORWARD_WM_GETTEXTW(F().target, 64, text, ForwardProc));
             },
             0, Error::AsLeft)
             .Ok([](Result r) { return r == Result(F().ownTitle.size()); })
             .WorksWhenMissing()
-            .Fuzz([](Fuzz& f) {
+            .Fuzz(Guarded([](Fuzz& f) {
                 seen().text = f.Str();
+                seen().reply = f.Pick(4);
                 int count = f.Count(int(seen().text.size()));
                 WCHAR* buf = f.Out<WCHAR>(count);
-                CheckCopy(AtFORWARD_WM_GETTEXTW(F().target, count, buf, ForwardProc), count, buf);
-            }),
+                CheckAnswer(AtFORWARD_WM_GETTEXTW(F().target, count, buf, ForwardProc), count, buf);
+            })),
         Row("AtHANDLE_WM_GETTEXTW", Counted([] {
             seen().text = F().ownTitle;
+            seen().reply = 0;
             WCHAR text[64]; // as many bytes as the ANSI path needs
             return R(AtHANDLE_WM_GETTEXTW(F().target, 64, LPARAM(text), OnGetText));
         }),
@@ -1083,14 +1111,15 @@ std::vector<Row> WindowRows()
             .WorksWhenMissing()
             .Fuzz(Guarded([](Fuzz& f) {
                 seen().text = f.Str();
+                seen().reply = f.Pick(4);
                 int count = f.Count(int(seen().text.size()) * (harness::AnsiPath() ? 2 : 1));
                 if (harness::AnsiPath()) {
                     char* buf = f.Out<char>(count);
-                    CheckCopy(AtHANDLE_WM_GETTEXTW(F().target, count, LPARAM(buf), OnGetText),
+                    CheckAnswer(AtHANDLE_WM_GETTEXTW(F().target, count, LPARAM(buf), OnGetText),
                         count, buf);
                 } else {
                     WCHAR* buf = f.Out<WCHAR>(count);
-                    CheckCopy(AtHANDLE_WM_GETTEXTW(F().target, count, LPARAM(buf), OnGetText),
+                    CheckAnswer(AtHANDLE_WM_GETTEXTW(F().target, count, LPARAM(buf), OnGetText),
                         count, buf);
                 }
             })),
@@ -1099,21 +1128,24 @@ std::vector<Row> WindowRows()
             [] {
                 seen().calls = 0;
                 seen().text = L"sweep format";
+                seen().reply = 0;
                 WCHAR name[64];
                 AtFORWARD_WM_ASKCBFORMATNAMEW(F().target, 64, name, ForwardProc);
             },
             Error::AsLeft)
             .Ok(Called)
             .WorksWhenMissing()
-            .Fuzz([](Fuzz& f) {
+            .Fuzz(Guarded([](Fuzz& f) {
                 seen().text = f.Str();
+                seen().reply = f.Pick(4);
                 int count = f.Count(int(seen().text.size()));
                 AtFORWARD_WM_ASKCBFORMATNAMEW(F().target, count, f.Out<WCHAR>(count), ForwardProc);
-            }),
+            })),
         // The message's buffer holds what it held when it arrived: on the ANSI path
         // it may be unterminated within its stated size.
         Row("AtHANDLE_WM_ASKCBFORMATNAMEW", Counted([] {
             seen().text = L"sweep format";
+            seen().reply = 0;
             WCHAR name[64] = L"";
             return R(AtHANDLE_WM_ASKCBFORMATNAMEW(F().target, 64, LPARAM(name), OnAskName));
         }),
@@ -1122,6 +1154,7 @@ std::vector<Row> WindowRows()
             .WorksWhenMissing()
             .Fuzz(Guarded([](Fuzz& f) {
                 seen().text = f.Str();
+                seen().reply = f.Pick(4);
                 int count = f.Count(8);
                 LPARAM buf;
                 if (harness::AnsiPath()) {
