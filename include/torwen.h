@@ -304,6 +304,7 @@ TORWEN_API int WINAPI AtTabCtrl_InsertItemW(HWND hwnd, int i, const TCITEMW *ite
  * GetMenuStringW, GetMenuItemInfoW, GetKeyNameTextW, LoadStringW and the
  * DlgDirSelect functions read a text that the A function left without its NUL (a
  * text filling the whole buffer) only to the buffer's end, cut one byte short.
+ * GetKeyNameTextW with a capacity of 0 answers 0 without calling GetKeyNameTextA.
  * SystemParametersInfoW with SPI_GETICONTITLELOGFONT or SPI_SETICONTITLELOGFONT
  * writes or reads no more of the LOGFONTW than uiParam bytes; with
  * SPI_GETSERIALKEYS the port name's copy has room for MAX_PATH bytes.
