@@ -240,9 +240,18 @@ Row ReadsItem(const char* name, int id, UINT add, UINT remove, int(WINAPI* get)(
         });
 }
 
-Row MeasuresItem(const char* name, int id, int(WINAPI* length)(HWND, int), int failure)
+Row MeasuresItem(const char* name, int id, UINT add, UINT remove, int(WINAPI* length)(HWND, int),
+                 int failure)
 {
-    return Row(name, [=] { return R(length(Item(id), 0)); }, failure, Error::AsLeft);
+    return Row(name, [=] { return R(length(Item(id), 0)); }, failure, Error::AsLeft)
+        .Fuzz([=](Fuzz& f) {
+            std::string bytes = harness::ToAnsi(f.Str());
+            LRESULT index = SendMessageA(Item(id), add, 0, LPARAM(bytes.c_str()));
+            if (index < 0)
+                return;
+            EXPECT_LE(length(Item(id), int(index)), int(bytes.size())) << f.Describe();
+            SendMessageA(Item(id), remove, index, 0);
+        });
 }
 
 // Listing the sweep folder's files in the directory dialog's list or combo box.
@@ -715,7 +724,7 @@ std::vector<Row> StandardControls()
         FindsItem("AtListBox_FindStringExactW", IDC_LIST, AtListBox_FindStringExactW, LB_ERR),
         FindsItem("AtListBox_SelectStringW", IDC_LIST, AtListBox_SelectStringW, LB_ERR),
         ReadsItem("AtListBox_GetTextW", IDC_LIST, LB_ADDSTRING, LB_DELETESTRING, AtListBox_GetTextW, LB_ERR),
-        MeasuresItem("AtListBox_GetTextLenW", IDC_LIST, AtListBox_GetTextLenW, LB_ERR),
+        MeasuresItem("AtListBox_GetTextLenW", IDC_LIST, LB_ADDSTRING, LB_DELETESTRING, AtListBox_GetTextLenW, LB_ERR),
         AddsItem("AtListBox_AddFileW", IDC_LIST, LB_DELETESTRING, AtListBox_AddFileW, LB_ERR),
         ListsFolder("AtListBox_DirW", IDC_LIST, LB_RESETCONTENT, AtListBox_DirW, LB_ERR),
         AddsItem("AtComboBox_AddStringW", IDC_COMBO, CB_DELETESTRING, AtComboBox_AddStringW, CB_ERR),
@@ -725,7 +734,7 @@ std::vector<Row> StandardControls()
         FindsItem("AtComboBox_SelectStringW", IDC_COMBO, AtComboBox_SelectStringW, CB_ERR),
         ReadsItem("AtComboBox_GetLBTextW", IDC_COMBO, CB_ADDSTRING, CB_DELETESTRING, AtComboBox_GetLBTextW,
                   CB_ERR),
-        MeasuresItem("AtComboBox_GetLBTextLenW", IDC_COMBO, AtComboBox_GetLBTextLenW, CB_ERR),
+        MeasuresItem("AtComboBox_GetLBTextLenW", IDC_COMBO, CB_ADDSTRING, CB_DELETESTRING, AtComboBox_GetLBTextLenW, CB_ERR),
         ListsFolder("AtComboBox_DirW", IDC_COMBO, CB_RESETCONTENT, AtComboBox_DirW, CB_ERR),
     };
 }
@@ -796,7 +805,14 @@ std::vector<Row> Beyond()
                 mode.dmPelsHeight = GetSystemMetrics(SM_CYSCREEN);
                 return R(ChangeDisplaySettingsExW(nullptr, &mode, nullptr, CDS_TEST, nullptr));
             },
-            DISP_CHANGE_FAILED),
+            DISP_CHANGE_FAILED)
+            .Fuzz([](Fuzz& f) {
+                // Tested only: the display stays as it is.
+                DEVMODEW mode = {};
+                mode.dmSize = sizeof mode;
+                ChangeDisplaySettingsExW(f.Str(Fuzz::NullOk), f.Pick(2) ? &mode : nullptr, nullptr, CDS_TEST,
+                                         nullptr);
+            }),
         Row("EnumDisplayDevicesW",
             [] {
                 DISPLAY_DEVICEW device = {};
