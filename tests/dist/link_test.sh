@@ -78,18 +78,19 @@ printf '\x00\xff\xff\x7f' | dd of=bad-rva.exe bs=1 seek=$((lfanew + 128)) conv=n
 
 for linker in msvc gnu; do
   run 0 wine "probe-$linker.exe"
-  printed "GetVersionExW from torwen; RegisterWindowMessageW from torwen"
+  printed "GetVersionExW from torwen; RegisterWindowMessageW from torwen; wsprintfW from torwen"
   run 1 wine "probe-$linker-late.exe"
-  printed "GetVersionExW from the system; RegisterWindowMessageW from the system"
+  printed "GetVersionExW from the system; RegisterWindowMessageW from the system; wsprintfW from the system"
 done
 run 0 imports probe-msvc.exe probe-gnu.exe
-printed "probe-msvc.exe: no wide function imported from the system; 2 import(s) from torwen.dll" \
-  "probe-gnu.exe: no wide function imported from the system; 2 import(s) from torwen.dll"
+printed "probe-msvc.exe: no wide function imported from the system; 3 import(s) from torwen.dll" \
+  "probe-gnu.exe: no wide function imported from the system; 3 import(s) from torwen.dll"
 run 1 imports probe-msvc-late.exe probe-gnu.exe probe-gnu-late.exe
 printed "probe-msvc-late.exe imports wide functions" "probe-gnu-late.exe imports wide functions" \
   "KERNEL32.dll!GetVersionExW: use torwen.dll's _GetVersionExW@4" \
   "USER32.dll!RegisterWindowMessageW: use torwen.dll's _RegisterWindowMessageW@4" \
-  "2 wide import(s) from the system, 2 of them exported by torwen; 0 import(s) from torwen.dll."
+  "USER32.dll!wsprintfW: use torwen.dll's wsprintfW" \
+  "3 wide import(s) from the system, 3 of them exported by torwen; 0 import(s) from torwen.dll."
 run 1 imports mixed.exe
 printed "KERNEL32.dll!SetConsoleTitleW: torwen has no replacement" \
   "KERNEL32.dll!GetDriveTypeW: use torwen.dll's _GetDriveTypeW@4" \

@@ -13,8 +13,9 @@ namespace {
 
 class UserBeyondTest : public TorwenTest {};
 
-// The variadic wsprintfW is the system's: torwen's formatter is wvsprintfW.
-int Format(LPWSTR buf, LPCWSTR fmt, ...)
+// The two formatters a program calls: wsprintfW with its arguments, and
+// wvsprintfW with a list of them.
+int FormatV(LPWSTR buf, LPCWSTR fmt, ...)
 {
     va_list args;
     va_start(args, fmt);
@@ -23,35 +24,55 @@ int Format(LPWSTR buf, LPCWSTR fmt, ...)
     return r;
 }
 
+using Formatter = int(__cdecl*)(LPWSTR, LPCWSTR, ...);
+const Formatter formatters[] = {FormatV, wsprintfW};
+
+std::string Named(Formatter format)
+{
+    return format == FormatV ? "wvsprintfW" : "wsprintfW";
+}
+
+// A C caller's wsprintfW binds to torwen's plain-named export, not to the system's.
+TEST_F(UserBeyondTest, FormatterIsTorwens)
+{
+    EXPECT_EQ(reinterpret_cast<void*>(wsprintfW), reinterpret_cast<void*>(GetProcAddress(Torwen(), "wsprintfW")));
+}
+
 // Wide and ANSI arguments by type and size prefix, flags, widths and precisions.
 TEST_F(UserBeyondTest, FormatsAsTheSystemDoes)
 {
-    WCHAR buf[1024];
-    struct Case {
-        int result;
-        const wchar_t* expected;
-    };
-    const Case cases[] = {
-        {Format(buf, L"[%5.2s|%-4c|%C|%S|%hs|%ls|%#x|%05d|%.3d|%lu|%q|%%|%08X|%-6S|]", L"abc", L'w', 'A', "ansi",
-                   "hs", L"ls", 255, -42, 7, 3000000000u, 0xbeef, "r"),
-         L"[   ab|w   |A|ansi|hs|ls|0xff|-0042|007|3000000000|q|%|0000BEEF|r     |]"},
-        {Format(buf, L"%s|%S|%d|%i|%x", nullptr, nullptr, 0, -2147483647 - 1, 0u), L"(null)|(null)|0|-2147483648|0"},
-        {Format(buf, L"%I64d|%p|%hc|%lc|%-5d|%3S", 5LL, reinterpret_cast<void*>(0x1234), 'x', L'y', 3, "abcd"),
-         L"5|00001234|x|y|3    |abcd"},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(c.result, int(wcslen(c.expected))) << c.expected;
-    }
-    // Each call above reused the buffer; the last one shows in it.
-    EXPECT_EQ(wstring(buf), cases[2].expected);
+    for (Formatter Format : formatters) {
+        SCOPED_TRACE(Named(Format));
+        WCHAR buf[1024];
+        struct Case {
+            int result;
+            const wchar_t* expected;
+        };
+        const Case cases[] = {
+            {Format(buf, L"[%5.2s|%-4c|%C|%S|%hs|%ls|%#x|%05d|%.3d|%lu|%q|%%|%08X|%-6S|]", L"abc", L'w', 'A', "ansi",
+                    "hs", L"ls", 255, -42, 7, 3000000000u, 0xbeef, "r"),
+             L"[   ab|w   |A|ansi|hs|ls|0xff|-0042|007|3000000000|q|%|0000BEEF|r     |]"},
+            {Format(buf, L"%s|%S|%d|%i|%x", nullptr, nullptr, 0, -2147483647 - 1, 0u),
+             L"(null)|(null)|0|-2147483648|0"},
+            {Format(buf, L"%I64d|%p|%hc|%lc|%-5d|%3S", 5LL, reinterpret_cast<void*>(0x1234), 'x', L'y', 3, "abcd"),
+             L"5|00001234|x|y|3    |abcd"},
+        };
+        for (const Case& c : cases) {
+            EXPECT_EQ(c.result, int(wcslen(c.expected))) << c.expected;
+        }
+        // Each call above reused the buffer; the last one shows in it.
+        EXPECT_EQ(wstring(buf), cases[2].expected);
 
-    // The code page's characters, passed as ANSI and as wide text.
-    const wstring text = NonAsciiText();
-    const std::string ansi = ToAnsi(text);
-    EXPECT_EQ(Format(buf, L"%s-%S-%hs-%C", text.c_str(), ansi.c_str(), ansi.c_str(), 'e'), int(3 * text.size() + 4));
-    EXPECT_EQ(wstring(buf), text + L"-" + text + L"-" + text + L"-e");
-    // A NUL character is written and counted.
-    EXPECT_EQ(Format(buf, L"a%cb", 0), 3);
+        // The code page's characters, passed as ANSI and as wide text.
+        const wstring text = NonAsciiText();
+        const std::string ansi = ToAnsi(text);
+        EXPECT_EQ(Format(buf, L"%s-%S-%hs-%ls-%C-%c", text.c_str(), ansi.c_str(), ansi.c_str(), text.c_str(), 'e',
+                         text[0]),
+                  int(4 * text.size() + 7));
+        EXPECT_EQ(wstring(buf), text + L"-" + text + L"-" + text + L"-" + text + L"-e-" + text[0]);
+        // A NUL character is written and counted.
+        EXPECT_EQ(Format(buf, L"a%cb", 0), 3);
+    }
 }
 
 // The output never passes 1,024 characters with the terminator, however long the
@@ -67,11 +88,13 @@ TEST_F(UserBeyondTest, FormattingStopsAtItsLimit)
     };
     const Case cases[] = {{longText.c_str(), nullptr}, {L"%s", longText.c_str()}, {L"%S", longAnsi.c_str()},
                           {L"%2000d", nullptr}};
-    for (const Case& c : cases) {
-        WCHAR* buf = guard.End<WCHAR>(1024, L'#');
-        EXPECT_EQ(Format(buf, c.fmt, c.arg), 1024) << (&c - cases);
-        EXPECT_EQ(buf[1023], L'\0');
-        EXPECT_EQ(wcslen(buf), 1023u);
+    for (Formatter Format : formatters) {
+        for (const Case& c : cases) {
+            WCHAR* buf = guard.End<WCHAR>(1024, L'#');
+            EXPECT_EQ(Format(buf, c.fmt, c.arg), 1024) << Named(Format) << ' ' << (&c - cases);
+            EXPECT_EQ(buf[1023], L'\0');
+            EXPECT_EQ(wcslen(buf), 1023u);
+        }
     }
 }
 
