@@ -15,14 +15,15 @@
 
 #include "imports.h"
 
-namespace {
+namespace
+{
 
 using namespace torwen_imports;
 
 int Check(const char* path)
 {
     std::vector<unsigned char> bytes;
-    switch (ReadFile(path, bytes)) {
+    switch (ReadImage(path, bytes)) {
     case Read::unreadable:
         std::fprintf(stderr, "torwen-imports: %s: cannot read the file\n", path);
         return 2;
@@ -48,9 +49,9 @@ int Check(const char* path)
         const char* heading;
     };
     const Reported reported[] = {
-        {Group::torwen, "exported by torwen, imported from the system by link order"},
-        {Group::ntOnly, "only on the NT family"},
-        {Group::missing, "without a replacement in torwen yet"},
+        { Group::torwen, "exported by torwen, imported from the system by link order" },
+        { Group::ntOnly, "only on the NT family" },
+        { Group::missing, "without a replacement in torwen yet" },
     };
     std::vector<Import> groups[std::size(reported)];
     std::string native;
@@ -75,7 +76,7 @@ int Check(const char* path)
     if (misplaced) {
         std::printf("%s imports wide functions from the system; on Windows 95, 98 and Me they "
                     "fail:\n",
-                    path);
+            path);
         for (size_t i = 0; i < std::size(reported); ++i) {
             if (groups[i].empty())
                 continue;
@@ -93,16 +94,16 @@ int Check(const char* path)
     } else {
         std::printf("%s: no wide function imported from the system; %d import(s) from "
                     "torwen.dll\n",
-                    path, fromTorwen);
+            path, fromTorwen);
     }
     if (nativeCount)
-        std::printf("implemented by Windows 95/98/Me itself: %d (%s)\n", nativeCount,
-                    native.c_str());
+        std::printf(
+            "implemented by Windows 95/98/Me itself: %d (%s)\n", nativeCount, native.c_str());
     if (!misplaced)
         return 0;
     std::printf("%d wide import(s) from the system: %d exported by torwen, %d only on the NT "
                 "family, %d without a replacement; %d import(s) from torwen.dll.\n",
-                misplaced, linkOrder, ntOnly, missing, fromTorwen);
+        misplaced, linkOrder, ntOnly, missing, fromTorwen);
     if (linkOrder)
         std::printf("Link torwen's import library ahead of the system libraries.\n");
     if (ntOnly)
@@ -120,9 +121,10 @@ int Check(const char* path)
 int main(int argc, char** argv)
 {
     if (argc < 2) {
-        std::fprintf(stderr, "usage: torwen-imports PROGRAM.exe|LIBRARY.dll...\n"
-                             "Lists the wide functions a 32-bit image imports from the system's "
-                             "DLLs instead of from torwen.dll.\n");
+        std::fprintf(stderr,
+            "usage: torwen-imports PROGRAM.exe|LIBRARY.dll...\n"
+            "Lists the wide functions a 32-bit image imports from the system's "
+            "DLLs instead of from torwen.dll.\n");
         return 2;
     }
     int status = 0;
