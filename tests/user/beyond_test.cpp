@@ -1,6 +1,7 @@
 // The window-manager functions that wide programs import besides the families
 // above, answered as the system's W functions answer on both paths.
 #include <cstdarg>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -168,6 +169,87 @@ TEST_F(UserBeyondTest, ClassesDisplaysAndBoxes)
     if (AnsiPath()) {  // the W path would show the box
         EXPECT_EQ(MessageBoxIndirectW(nullptr), 0);
     }
+}
+
+// A registered message broadcast to the applications reaches a top-level window of
+// this program, sent and posted, with the caller's values; the A function is
+// handed the caller's flags and recipients as they are, and nothing is allocated.
+TEST_F(UserBeyondTest, BroadcastsReachTopLevelWindows)
+{
+    static UINT message;
+    static std::vector<std::pair<WPARAM, LPARAM>> received;
+    message = RegisterWindowMessageA("twb broadcast");
+    received.clear();
+    struct Receiver {
+        static LRESULT CALLBACK Proc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp)
+        {
+            if (msg == message) {
+                received.emplace_back(wp, lp);
+                return TRUE;
+            }
+            return DefWindowProcA(hwnd, msg, wp, lp);
+        }
+    };
+    WNDCLASSA wc = {};
+    wc.lpfnWndProc = Receiver::Proc;
+    wc.hInstance = GetModuleHandleA(nullptr);
+    wc.lpszClassName = "twb broadcast";
+    ASSERT_NE(RegisterClassA(&wc), 0);
+    HWND hwnd = CreateWindowExA(0, wc.lpszClassName, "", WS_OVERLAPPEDWINDOW, 0, 0, 10, 10, nullptr, nullptr,
+                                wc.hInstance, nullptr);
+    ASSERT_NE(hwnd, nullptr);
+
+    struct Seen {
+        DWORD flags = 0, recipients = 0;
+        LPDWORD where = nullptr;
+    } seen;
+    const bool ansi = AnsiPath();
+    // torwen binds the A function on its first call, which the hook then replaces.
+    DWORD everyone = BSM_APPLICATIONS;
+    BroadcastSystemMessageW(BSF_IGNORECURRENTTASK | BSF_POSTMESSAGE, &everyone, message, 0, 0);
+    std::optional<Hook<decltype(&BroadcastSystemMessageA)>> hook;
+    if (ansi)
+        hook.emplace("BroadcastSystemMessageA", [&](DWORD flags, LPDWORD recipients, UINT msg, WPARAM wp, LPARAM lp) {
+            seen = {flags, *recipients, recipients};
+            return hook->real(flags, recipients, msg, wp, lp);
+        });
+
+    struct Case {
+        DWORD flags;
+        WPARAM wp;
+        LPARAM lp;
+    };
+    // Other programs of the test run may own windows too: a sent broadcast must not
+    // wait on one that is busy.
+    const Case cases[] = {{BSF_IGNORECURRENTTASK | BSF_NOHANG, 1, 2}, {BSF_NOHANG, 3, 4}, {BSF_POSTMESSAGE, 5, 6}};
+    for (const Case& c : cases) {
+        received.clear();
+        DWORD recipients = BSM_APPLICATIONS;
+        const int allocations = HeapAllocCalls();
+        const LONG r = BroadcastSystemMessageW(c.flags, &recipients, message, c.wp, c.lp);
+        EXPECT_EQ(HeapAllocCalls(), allocations);
+        if (c.flags & BSF_POSTMESSAGE) {
+            EXPECT_GT(r, 0);
+            MSG msg;
+            for (DWORD start = GetTickCount(); received.empty() && GetTickCount() - start < 2000;)
+                if (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE))
+                    DispatchMessageA(&msg);
+        }
+        if (c.flags & BSF_IGNORECURRENTTASK) {
+            EXPECT_TRUE(received.empty()) << "the caller's own windows are left out";
+        } else {
+            EXPECT_GT(r, 0);
+            ASSERT_EQ(received.size(), 1u) << c.flags;
+            EXPECT_EQ(received[0], std::make_pair(c.wp, c.lp));
+        }
+        if (ansi) {
+            EXPECT_EQ(seen.flags, c.flags);
+            EXPECT_EQ(seen.where, &recipients);
+            EXPECT_EQ(seen.recipients, DWORD(BSM_APPLICATIONS));
+        }
+    }
+    DestroyWindow(hwnd);
+    UnregisterClassA(wc.lpszClassName, wc.hInstance);
 }
 
 }  // namespace
