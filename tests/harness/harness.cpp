@@ -92,12 +92,23 @@ bool GuardedFree(void* p)
 decltype(&GetProcAddress) realGetProcAddress;
 
 std::set<void*> live;
+// torwen may be called from several threads at once: the bookkeeping below is shared.
+CRITICAL_SECTION lock;
+struct Locked {
+    Locked() { EnterCriticalSection(&lock); }
+    ~Locked() { LeaveCriticalSection(&lock); }
+    Locked(const Locked&) = delete;
+    Locked& operator=(const Locked&) = delete;
+};
+bool everythingMissing = false;
+HMODULE kernel32;
 int allocCalls = 0;
 int failAt = 0;
 std::vector<HeapEvent>* log = nullptr;
 
 LPVOID WINAPI CountingHeapAlloc(HANDLE heap, DWORD flags, SIZE_T size)
 {
+    Locked locked;
     if (++allocCalls == failAt)
         return nullptr;
     void* p = guardBlocks ? GuardedAlloc(size) : realHeapAlloc(heap, flags, size);
@@ -111,6 +122,7 @@ LPVOID WINAPI CountingHeapAlloc(HANDLE heap, DWORD flags, SIZE_T size)
 
 BOOL WINAPI CountingHeapFree(HANDLE heap, DWORD flags, LPVOID p)
 {
+    Locked locked;
     if (live.erase(p) && log)
         log->push_back({HeapEvent::Free, p, 0});
     if (GuardedFree(p))
@@ -120,6 +132,7 @@ BOOL WINAPI CountingHeapFree(HANDLE heap, DWORD flags, LPVOID p)
 
 SIZE_T WINAPI GuardedHeapSize(HANDLE heap, DWORD flags, LPCVOID p)
 {
+    Locked locked;
     auto it = guardedBlocks.find(const_cast<void*>(p));
     return it != guardedBlocks.end() ? it->second : realHeapSize(heap, flags, p);
 }
@@ -129,7 +142,9 @@ FARPROC WINAPI RoutedGetProcAddress(HMODULE module, LPCSTR name)
 {
     if (IS_INTRESOURCE(name))
         return realGetProcAddress(module, name);
-    if (Missing().count(name)) {
+    Locked locked;
+    const bool wide = name[0] && name[lstrlenA(name) - 1] == 'W';
+    if (Missing().count(name) || (everythingMissing && (wide || module != kernel32))) {
         SetLastError(ERROR_PROC_NOT_FOUND);
         return nullptr;
     }
@@ -229,6 +244,11 @@ void MakeMissing(const char* name)
     Missing().insert(name);
 }
 
+void MakeEverythingMissing()
+{
+    everythingMissing = true;
+}
+
 void* MakeContextThunk(void* context, void* target)
 {
     unsigned char* code = ExecutableBytes(12);
@@ -313,11 +333,13 @@ GuardedHeapBlocks::~GuardedHeapBlocks()
 
 std::size_t LiveBlocks()
 {
+    Locked locked;
     return live.size();
 }
 
 void Forgive(void* block)
 {
+    Locked locked;
     live.erase(block);
 }
 
@@ -400,6 +422,8 @@ EntryPoint TorwenEntryPoint()
 
 void InstallRouting()
 {
+    InitializeCriticalSection(&lock);
+    kernel32 = GetModuleHandleA("kernel32.dll");
     InstallRouting(Torwen());
 }
 

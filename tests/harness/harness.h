@@ -50,6 +50,9 @@ bool Imports(const char* name);
 // Makes GetProcAddress fail for `name`, as on a system that lacks the function.
 // Takes effect only if torwen has not bound it yet.
 void MakeMissing(const char* name);
+// Makes GetProcAddress fail for every W function and every function of a DLL other
+// than kernel32, as on Windows 95 without any of them: call it before torwen binds.
+void MakeEverythingMissing();
 
 // Generates a stdcall entry that passes `context` ahead of the caller's arguments
 // to `target` (which therefore pops one argument more).

@@ -1,0 +1,73 @@
+// Bad and random input. Every row that takes strings or fills a buffer is called
+// with each kind of string (empty, non-ASCII, characters the code page lacks, lone
+// surrogates, an embedded NUL, 70,000 characters, null where the system takes
+// null) and each kind of count (0, 1, the text's length, more), every string and
+// buffer ending at a no-access page; then a seeded random sweep repeats this with
+// random choices. Nothing may fault, write past a buffer or keep a block.
+//
+//     TORWEN_SWEEP_CALLS=1000000 TORWEN_SWEEP_SEED=1234 tools/wine-run a-932 build/wine sweep_input_test.exe
+#include "sweep/sweep.h"
+
+#include <cstdlib>
+
+namespace {
+
+using sweep::Row;
+
+bool Fuzzed(const Row& row)
+{
+    return bool(row.fuzz);
+}
+
+unsigned long Setting(const char* name, unsigned long otherwise)
+{
+    const char* value = getenv(name);
+    return value && *value ? strtoul(value, nullptr, 0) : otherwise;
+}
+
+class FixedInput : public harness::TorwenTest, public testing::WithParamInterface<const Row*> {};
+
+TEST_P(FixedInput, EveryKindOfString)
+{
+    const Row& row = *GetParam();
+    for (int pass = 0; pass < sweep::Fuzz::Kinds; ++pass) {
+        sweep::Fuzz f(0, true, pass);
+        sweep::Announce(row.name + ": fixed pass " + std::to_string(pass));
+        std::size_t before = harness::LiveBlocks();
+        row.fuzz(f);
+        EXPECT_EQ(harness::LiveBlocks(), before) << row.name << " kept a block: " << f.Describe();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, FixedInput, testing::ValuesIn(sweep::Rows(Fuzzed)), sweep::RowName);
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(FixedInput);
+
+class RandomInput : public harness::TorwenTest {};
+
+TEST_F(RandomInput, SeededSweep)
+{
+    std::vector<const Row*> rows = sweep::Rows(Fuzzed);
+    if (rows.empty())
+        GTEST_SKIP() << "no row takes strings yet";
+    const unsigned long calls = Setting("TORWEN_SWEEP_CALLS", 25000);
+    const unsigned long seed = Setting("TORWEN_SWEEP_SEED", GetTickCount());
+    printf("[ sweep    ] %lu random calls over %zu exports, seed %lu (TORWEN_SWEEP_SEED)\n", calls,
+           rows.size(), seed);
+    std::mt19937 rng(seed);
+    for (unsigned long i = 0; i < calls; ++i) {
+        const Row& row = *rows[rng() % rows.size()];
+        std::uint32_t callSeed = rng();
+        std::string what = "seed " + std::to_string(seed) + ", call " + std::to_string(i) + ": " + row.name;
+        sweep::Announce(what);
+        sweep::Fuzz f(callSeed);
+        std::size_t before = harness::LiveBlocks();
+        row.fuzz(f);
+        if (harness::LiveBlocks() != before || HasFailure()) {
+            ADD_FAILURE() << what << " with " << f.Describe()
+                          << (harness::LiveBlocks() != before ? "kept a block" : "");
+            break;
+        }
+    }
+}
+
+}  // namespace
