@@ -591,9 +591,9 @@ TORWEN_API void WINAPI AtPropSheet_SetFinishTextW(HWND hDlg, LPCWSTR lpszText);
  * Window-manager functions beyond the families above, on Windows 95, 98 and Me:
  *   wvsprintfW           torwen formats itself (the system has no wide
  *                        formatter); an output that reaches the 1,024-character
- *                        limit ends with a NUL at 1,023 and answers 1,024. Every
- *                        export is a standard call, so the variadic wsprintfW is
- *                        not among them: a program formats through wvsprintfW.
+ *                        limit ends with a NUL at 1,023 and answers 1,024.
+ *   wsprintfW            the one C call among the exports, undecorated as the
+ *                        system's; it formats through wvsprintfW on both paths.
  *   CharLowerW, CharUpperW  a character the code page lacks stays as it is.
  *   MessageBoxIndirectW, EnumDisplaySettingsExW, EnumDisplayDevicesW  a null record
  *                        answers 0, ERROR_INVALID_PARAMETER (memory safety).

@@ -338,6 +338,18 @@ int WINAPI wvsprintfW(LPWSTR buf, LPCWSTR fmt, va_list args)
     });
 }
 
+// The one export with a variable argument list, and so a C call: the caller
+// pops its arguments. The system's wsprintfW cannot be handed a va_list, so both
+// paths format through wvsprintfW.
+extern "C" int WINAPIV wsprintfW(LPWSTR buf, LPCWSTR fmt, ...)
+{
+    va_list args;
+    va_start(args, fmt);
+    int r = wvsprintfW(buf, fmt, args);
+    va_end(args);
+    return r;
+}
+
 int WINAPI MessageBoxIndirectW(const MSGBOXPARAMSW* params)
 {
     return AtExport(Sys::MessageBoxIndirectW, params).orAnsi(0, [=](AtSavedError& err) -> int {
