@@ -1057,14 +1057,21 @@ Row QueryRow(const char* name, Query query)
         });
 }
 
-FINDREPLACEW* FindRecord(Fuzz* f = nullptr)
+FINDREPLACEW* FindRecord(bool replacing, Fuzz* f = nullptr)
 {
     static WCHAR find[64], replace[64];
     static FINDREPLACEW fr;
-    fr = {sizeof fr, Window(), nullptr, FR_DOWN, find, replace, sizeof find, sizeof replace};
+    // comdlg32's own templates, named by their numbers in text.
+    static const WCHAR* templates[] = {L"#1540", L"#1541"};  // FINDDLGORD, REPLACEDLGORD
+    fr = {sizeof fr, Window(), LoadLibraryA("comdlg32.dll"), FR_DOWN | FR_ENABLETEMPLATE,
+          find, replace, sizeof find, sizeof replace};
+    fr.lpTemplateName = templates[replacing];
     wcscpy(find, L"sweep");
     wcscpy(replace, L"swept");
     if (f) {
+        // A template the test program lacks: the dialog fails before it is made.
+        fr.hInstance = Instance();
+        fr.lpTemplateName = f->Str();
         // The record counts its buffers' bytes in 16 bits.
         LPCWSTR text = f->Str();
         int count = std::min(f->Count(f->Len(text) + 1), 0x7FFF);
@@ -1080,11 +1087,11 @@ FINDREPLACEW* FindRecord(Fuzz* f = nullptr)
 }
 
 template <typename Open>
-Row FindRow(const char* name, Open open)
+Row FindRow(const char* name, Open open, bool replace)
 {
-    return Row(name, [open] { return R(open(FindRecord())); }, 0)
+    return Row(name, [open, replace] { return R(open(FindRecord(replace))); }, 0)
         .Undo(Destroy)
-        .Fuzz([open](Fuzz& f) { DestroyWindow(open(FindRecord(&f))); });
+        .Fuzz([open, replace](Fuzz& f) { EXPECT_FALSE(open(FindRecord(replace, &f))) << f.Describe(); });
 }
 
 int CALLBACK FirstTrueType(const LOGFONTA* font, const TEXTMETRICA*, DWORD type, LPARAM face)
@@ -1271,8 +1278,8 @@ std::vector<Row> DialogRows()
         Row("PageSetupDlgW", [] { return R(PageSetupDialog(L"sweep")); }, FALSE, Error::AsLeft)
             .Ok(FALSE)
             .Fuzz([](Fuzz& f) { PageSetupDialog(f.Str()); }),
-        FindRow("FindTextW", FindTextW),
-        FindRow("ReplaceTextW", ReplaceTextW),
+        FindRow("FindTextW", FindTextW, false),
+        FindRow("ReplaceTextW", ReplaceTextW, true),
     };
 }
 
