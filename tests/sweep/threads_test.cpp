@@ -16,7 +16,7 @@ int Rounds()
 {
     char value[16];
     DWORD n = GetEnvironmentVariableA("TORWEN_SWEEP_ROUNDS", value, sizeof value);
-    return n && n < sizeof value ? atoi(value) : 150;
+    return n && n < sizeof value ? atoi(value) : 500;
 }
 
 std::wstring Text(int thread)
