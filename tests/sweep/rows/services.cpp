@@ -150,6 +150,62 @@ int CALLBACK CountWords(LPCWSTR, DWORD, LPCWSTR, LPVOID data)
     return 1;
 }
 
+// On the ANSI path the rows play the input method themselves, through torwen's view
+// of the A functions: what it answers is built from fuzzed text, with attributes,
+// clause offsets, positions and list offsets that may point anywhere.
+std::string FuzzedAnsi(Fuzz& f)
+{
+    return harness::ToAnsi(f.Str());
+}
+
+DWORD FuzzedOffset(Fuzz& f, DWORD valid, DWORD size)
+{
+    switch (f.Pick(6)) {
+    case 0: return size;
+    case 1: return size + 1000;
+    case 2: return size ? size - 1 : 0;
+    case 3: return 0xFFFFFFF0u;
+    default: return valid;
+    }
+}
+
+// A candidate list of a few fuzzed strings, some of whose offsets are wrong.
+std::vector<BYTE> FuzzedCandidateList(Fuzz& f)
+{
+    std::vector<std::string> strings(f.Pick(4));
+    for (std::string& text : strings)
+        text = FuzzedAnsi(f);
+    DWORD size = DWORD(offsetof(CANDIDATELIST, dwOffset) + 4 * strings.size());
+    std::vector<DWORD> offsets;
+    for (const std::string& text : strings) {
+        offsets.push_back(size);
+        size += DWORD(text.size() + 1);
+    }
+    std::vector<BYTE> list(std::max<DWORD>(size, sizeof(CANDIDATELIST)));
+    auto* a = reinterpret_cast<CANDIDATELIST*>(list.data());
+    a->dwSize = DWORD(list.size());
+    a->dwCount = DWORD(strings.size());
+    for (std::size_t i = 0; i < strings.size(); ++i) {
+        memcpy(list.data() + offsets[i], strings[i].c_str(), strings[i].size() + 1);
+        a->dwOffset[i] = FuzzedOffset(f, offsets[i], DWORD(list.size()));
+    }
+    return list;
+}
+
+// Copies what the played input method answers, as the A functions do: all of it
+// into a buffer large enough, the size needed for a size of 0.
+LONG Answer(const std::string& data, LPVOID buf, DWORD size)
+{
+    if (size)
+        memcpy(buf, data.data(), std::min<std::size_t>(size, data.size()));
+    return LONG(data.size());
+}
+
+std::string Bytes(const void* p, std::size_t n)
+{
+    return std::string(static_cast<const char*>(p), n);
+}
+
 // An ANSI copy of a fuzzed string that ends at a no-access page too.
 LPCSTR AnsiCopy(Fuzz& f, LPCWSTR s)
 {
@@ -630,10 +686,43 @@ std::vector<Row> ServiceRows()
             [] { return R(ImmGetCompositionStringW(Context(), GCS_COMPSTR, nullptr, 0)); },
             LONG(IMM_ERROR_GENERAL), Error::AsLeft)
             .Fuzz([](Fuzz& f) {
-                static const DWORD what[] = {GCS_COMPSTR, GCS_COMPATTR, GCS_COMPCLAUSE,
-                                             GCS_CURSORPOS, GCS_RESULTSTR};
-                DWORD n = f.Count(8);
-                ImmGetCompositionStringW(Context(), what[f.Pick(5)], f.Out<BYTE>(n), n);
+                static const DWORD what[] = {GCS_COMPSTR,   GCS_COMPATTR,   GCS_COMPCLAUSE,
+                                             GCS_CURSORPOS, GCS_DELTASTART, GCS_RESULTSTR,
+                                             GCS_RESULTCLAUSE};
+                const DWORD index = what[f.Pick(7)];
+                if (!harness::AnsiPath()) {
+                    DWORD n = f.Count(8);
+                    ImmGetCompositionStringW(Context(), index, f.Out<BYTE>(n), n);
+                    return;
+                }
+                ImmGetCompositionStringW(Context(), GCS_COMPSTR, nullptr, 0);  // bound
+                const std::string text = FuzzedAnsi(f);
+                std::string attributes(f.Pick(int(text.size()) + 3), char(ATTR_INPUT));
+                std::vector<DWORD> clauses = {0, FuzzedOffset(f, DWORD(text.size() / 2),
+                                                              DWORD(text.size())),
+                                              DWORD(text.size())};
+                clauses.resize(f.Pick(4));
+                const LONG cursor = LONG(FuzzedOffset(f, 1, DWORD(text.size())));
+                TW_HOOK(play, ImmGetCompositionStringA,
+                        [&](HIMC, DWORD i, LPVOID buf, DWORD size) -> LONG {
+                            switch (i) {
+                            case GCS_COMPSTR:
+                            case GCS_RESULTSTR: return Answer(text, buf, size);
+                            case GCS_COMPATTR: return Answer(attributes, buf, size);
+                            case GCS_COMPCLAUSE:
+                            case GCS_RESULTCLAUSE:
+                                return Answer(Bytes(clauses.data(), 4 * clauses.size()), buf, size);
+                            case GCS_CURSORPOS:
+                            case GCS_DELTASTART: return cursor;
+                            default: return IMM_ERROR_NODATA;
+                            }
+                        });
+                const int chars = MultiByteToWideChar(CP_ACP, 0, text.data(), int(text.size()),
+                                                      nullptr, 0);
+                DWORD n = f.Count(2 * chars + 8);
+                LONG r = ImmGetCompositionStringW(Context(), index, f.Out<BYTE>(n), n);
+                EXPECT_LE(r, index == GCS_CURSORPOS || index == GCS_DELTASTART ? LONG(chars)
+                                                                               : LONG(n ? n : r));
             }),
         Row("ImmSetCompositionStringW",
             [] {
@@ -653,9 +742,27 @@ std::vector<Row> ServiceRows()
             [] { return R(ImmGetCandidateListW(Context(), 0, nullptr, 0)); }, 0, Error::AsLeft)
             .Ok([](Result) { return true; })  // no candidates without an input method
             .Fuzz([](Fuzz& f) {
-                DWORD n = f.Count(sizeof(CANDIDATELIST));
+                if (!harness::AnsiPath()) {
+                    DWORD n = f.Count(sizeof(CANDIDATELIST));
+                    auto* list = reinterpret_cast<LPCANDIDATELIST>(f.Out<BYTE>(n));
+                    ImmGetCandidateListW(Context(), 0, list, n);
+                    return;
+                }
+                ImmGetCandidateListW(Context(), 0, nullptr, 0);  // bound
+                const std::vector<BYTE> listA = FuzzedCandidateList(f);
+                TW_HOOK(play, ImmGetCandidateListA,
+                        [&](HIMC, DWORD, LPCANDIDATELIST to, DWORD size) -> DWORD {
+                            return DWORD(Answer(Bytes(listA.data(), listA.size()), to, size));
+                        });
+                // The caller sizes its buffer from the size query.
+                const DWORD needed = ImmGetCandidateListW(Context(), 0, nullptr, 0);
+                DWORD n = f.Count(int(needed));
                 auto* list = reinterpret_cast<LPCANDIDATELIST>(f.Out<BYTE>(n));
-                ImmGetCandidateListW(Context(), 0, list, n);
+                DWORD r = ImmGetCandidateListW(Context(), 0, list, n);
+                if (r) {
+                    EXPECT_EQ(r, needed);
+                    EXPECT_EQ(list->dwSize, r);
+                }
             }),
         Row("ImmGetCandidateListCountW",
             [] {
@@ -672,10 +779,29 @@ std::vector<Row> ServiceRows()
             0, Error::AsLeft)
             .Ok([](Result) { return true; })  // no conversions without an input method
             .Fuzz([](Fuzz& f) {
-                DWORD n = f.Count(sizeof(CANDIDATELIST));
-                ImmGetConversionListW(Layout(), Context(), f.Str(),
-                                      reinterpret_cast<LPCANDIDATELIST>(f.Out<BYTE>(n)), n,
-                                      GCL_CONVERSION);
+                LPCWSTR source = f.Str();
+                if (!harness::AnsiPath()) {
+                    DWORD n = f.Count(sizeof(CANDIDATELIST));
+                    ImmGetConversionListW(Layout(), Context(), source,
+                                          reinterpret_cast<LPCANDIDATELIST>(f.Out<BYTE>(n)), n,
+                                          GCL_CONVERSION);
+                    return;
+                }
+                ImmGetConversionListW(Layout(), Context(), L"", nullptr, 0, 0);  // bound
+                const std::vector<BYTE> listA = FuzzedCandidateList(f);
+                TW_HOOK(play, ImmGetConversionListA,
+                        [&](HKL, HIMC, LPCSTR, LPCANDIDATELIST to, DWORD size, UINT) -> DWORD {
+                            return DWORD(Answer(Bytes(listA.data(), listA.size()), to, size));
+                        });
+                const DWORD needed = ImmGetConversionListW(Layout(), Context(), source, nullptr, 0,
+                                                           GCL_CONVERSION);
+                DWORD n = f.Count(int(needed));
+                auto* list = reinterpret_cast<LPCANDIDATELIST>(f.Out<BYTE>(n));
+                DWORD r = ImmGetConversionListW(Layout(), Context(), source, list, n,
+                                                GCL_CONVERSION);
+                if (r) {
+                    EXPECT_EQ(r, needed);
+                }
             }),
         Row("ImmGetDescriptionW",
             [] {
