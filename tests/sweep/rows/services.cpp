@@ -6,6 +6,7 @@
 #include <rpc.h>
 
 #include <algorithm>
+#include <optional>
 
 #include "torwen.h"
 
@@ -63,6 +64,32 @@ HKEY FuzzKey()
     static HKEY key = [] {
         HKEY k = nullptr;
         RegCreateKeyExA(Reg(), "fuzz", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &k, nullptr);
+        return k;
+    }();
+    return key;
+}
+
+// HKCU\...\data: values of every shape the system stores, for the readers: text
+// with and without its terminator (the non-ASCII text, whose bytes may be
+// double-byte characters), a list of strings, an expandable string and bytes.
+const char* const DataNames[] = {"text", "bare", "odd", "multi", "expand", "binary"};
+
+HKEY DataKey()
+{
+    static HKEY key = [] {
+        HKEY k = nullptr;
+        RegCreateKeyExA(Reg(), "data", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &k, nullptr);
+        const std::string text = harness::ToAnsi(harness::NonAsciiText());
+        auto set = [k](const char* name, DWORD type, const std::string& data) {
+            RegSetValueExA(k, name, 0, type, reinterpret_cast<const BYTE*>(data.data()),
+                           DWORD(data.size()));
+        };
+        set("text", REG_SZ, text + '\0');
+        set("bare", REG_SZ, "sweep");
+        set("odd", REG_SZ, text);
+        set("multi", REG_MULTI_SZ, std::string("a\0") + text + std::string(2, '\0'));
+        set("expand", REG_EXPAND_SZ, std::string("%TEMP%\0", 7));
+        set("binary", REG_BINARY, std::string("\x01\x00\xFF\x82\x00\x00\x41", 7));
         return k;
     }();
     return key;
@@ -201,9 +228,51 @@ LONG Answer(const std::string& data, LPVOID buf, DWORD size)
     return LONG(data.size());
 }
 
+// A text written into a buffer of n bytes as a careless input method writes it: the
+// length for no buffer, else as much as fits, terminated only if there is room.
+UINT AnswerText(const std::string& text, LPSTR buf, UINT n)
+{
+    if (!n)
+        return UINT(text.size());
+    UINT copied = std::min<UINT>(n, UINT(text.size()));
+    memcpy(buf, text.data(), copied);
+    if (copied < n)
+        buf[copied] = '\0';
+    return copied;
+}
+
+// A fixed-size name field filled with fuzzed text, unterminated when it is long.
+template <typename C, std::size_t N>
+void FillName(C (&field)[N], const std::basic_string<C>& text)
+{
+    std::size_t n = std::min(N, text.size());
+    std::copy(text.begin(), text.begin() + n, field);
+    if (n < N)
+        field[n] = 0;
+}
+
 std::string Bytes(const void* p, std::size_t n)
 {
     return std::string(static_cast<const char*>(p), n);
+}
+
+// A function that writes the input method's text into the caller's n characters,
+// over the played text on the ANSI path.
+void FuzzTextOut(Fuzz& f, const char* ansiName, UINT(WINAPI* wide)(HKL, LPWSTR, UINT))
+{
+    std::string text;
+    std::optional<harness::Hook<UINT(WINAPI*)(HKL, LPSTR, UINT)>> play;
+    if (harness::AnsiPath()) {
+        wide(Layout(), nullptr, 0);  // bound before it is played
+        text = FuzzedAnsi(f);
+        play.emplace(ansiName, [&](HKL, LPSTR buf, UINT n) { return AnswerText(text, buf, n); });
+    }
+    UINT n = f.Count(8);
+    WCHAR* buf = n || f.Pick(2) ? f.Out<WCHAR>(n) : nullptr;  // no buffer asks for the length
+    UINT r = wide(Layout(), buf, n);
+    if (buf && n) {
+        EXPECT_LT(r, n);
+    }
 }
 
 // An ANSI copy of a fuzzed string that ends at a no-access page too.
@@ -338,12 +407,14 @@ std::vector<Row> ServiceRows()
                    return R(RegEnumValueW(Reg(), 0, name, &n, nullptr, &type, data, &bytes));
                })
             .Fuzz([](Fuzz& f) {
-                DWORD n = f.Count(5), size = f.Count(12);
+                const DWORD index = f.Pick(7);  // one past the last value too
+                DWORD n = f.Count(6), size = f.Count(16);
                 WCHAR* name = f.Out<WCHAR>(n);
-                BYTE* data = f.Out<BYTE>(size);
+                BYTE* data = f.Pick(4) ? f.Out<BYTE>(size) : nullptr;
                 DWORD got = n, bytes = size, type = 0;
-                if (RegEnumValueW(Reg(), 0, name, &got, nullptr, &type, data, &bytes) ==
-                    ERROR_SUCCESS) {
+                if (RegEnumValueW(DataKey(), index, name, &got, nullptr, &type, data, &bytes) ==
+                        ERROR_SUCCESS &&
+                    data) {
                     EXPECT_LT(got, n);
                     EXPECT_LE(bytes, size);
                 }
@@ -368,10 +439,12 @@ std::vector<Row> ServiceRows()
                    return R(RegQueryValueExW(Reg(), L"value", nullptr, &type, data, &bytes));
                })
             .Fuzz([](Fuzz& f) {
-                LPCWSTR name = f.Pick(2) ? L"value" : f.Str(Fuzz::NullOk);
-                DWORD size = f.Count(12), bytes = size, type = 0;
+                const std::wstring known = harness::FromAnsi(DataNames[f.Pick(6)]);
+                LPCWSTR name = f.Pick(3) ? known.c_str() : f.Str(Fuzz::NullOk);
+                DWORD size = f.Count(16), bytes = size, type = 0;
                 BYTE* data = f.Pick(4) ? f.Out<BYTE>(size) : nullptr;
-                if (RegQueryValueExW(Reg(), name, nullptr, &type, data, &bytes) == ERROR_SUCCESS &&
+                if (RegQueryValueExW(DataKey(), name, nullptr, &type, data, &bytes) ==
+                        ERROR_SUCCESS &&
                     data) {
                     EXPECT_LE(bytes, size);
                 }
@@ -761,6 +834,8 @@ std::vector<Row> ServiceRows()
                 DWORD r = ImmGetCandidateListW(Context(), 0, list, n);
                 if (r) {
                     EXPECT_EQ(r, needed);
+                }
+                if (r && n) {
                     EXPECT_EQ(list->dwSize, r);
                 }
             }),
@@ -770,7 +845,28 @@ std::vector<Row> ServiceRows()
                 return R(ImmGetCandidateListCountW(Context(), &lists));
             },
             0, Error::AsLeft)
-            .Ok([](Result) { return true; }),  // no candidates without an input method
+            .Ok([](Result) { return true; })  // no candidates without an input method
+            .Fuzz([](Fuzz& f) {
+                DWORD lists = 0;
+                if (!harness::AnsiPath()) {
+                    ImmGetCandidateListCountW(Context(), &lists);
+                    return;
+                }
+                ImmGetCandidateListCountW(Context(), &lists);  // bound
+                ImmGetCandidateListW(Context(), 0, nullptr, 0);
+                const std::vector<BYTE> listA = FuzzedCandidateList(f);
+                const DWORD played = f.Pick(3);
+                TW_HOOK(count, ImmGetCandidateListCountA, [&](HIMC, LPDWORD n) -> DWORD {
+                    *n = played;
+                    return played ? DWORD(played * listA.size()) : 0;
+                });
+                TW_HOOK(play, ImmGetCandidateListA,
+                        [&](HIMC, DWORD, LPCANDIDATELIST to, DWORD size) -> DWORD {
+                            return DWORD(Answer(Bytes(listA.data(), listA.size()), to, size));
+                        });
+                ImmGetCandidateListCountW(Context(), &lists);
+                EXPECT_EQ(lists, played);
+            }),
         Row("ImmGetConversionListW",
             [] {
                 return R(ImmGetConversionListW(Layout(), Context(), L"sweep", nullptr, 0,
@@ -810,10 +906,7 @@ std::vector<Row> ServiceRows()
             },
             0, Error::AsLeft)
             .Ok([](Result) { return true; })  // no description without an input method
-            .Fuzz([](Fuzz& f) {
-                UINT n = f.Count(8);
-                ImmGetDescriptionW(Layout(), f.Out<WCHAR>(n), n);
-            }),
+            .Fuzz([](Fuzz& f) { FuzzTextOut(f, "ImmGetDescriptionA", ImmGetDescriptionW); }),
         Row("ImmGetIMEFileNameW",
             [] {
                 WCHAR text[MAX_PATH];
@@ -821,10 +914,7 @@ std::vector<Row> ServiceRows()
             },
             0, Error::AsLeft)
             .Ok([](Result) { return true; })  // no file without an input method
-            .Fuzz([](Fuzz& f) {
-                UINT n = f.Count(8);
-                ImmGetIMEFileNameW(Layout(), f.Out<WCHAR>(n), n);
-            }),
+            .Fuzz([](Fuzz& f) { FuzzTextOut(f, "ImmGetIMEFileNameA", ImmGetIMEFileNameW); }),
         Row("ImmRegisterWordW",
             [] {
                 return R(ImmRegisterWordW(Layout(), L"sweep", IME_REGWORD_STYLE_EUDC, L"sweep"));
@@ -853,8 +943,28 @@ std::vector<Row> ServiceRows()
             0, Error::AsLeft)
             .Ok([](Result) { return true; })  // no styles without an input method
             .Fuzz([](Fuzz& f) {
-                UINT n = f.Count(2);
-                ImmGetRegisterWordStyleW(Layout(), n, f.Out<STYLEBUFW>(n));
+                std::optional<harness::Hook<decltype(&ImmGetRegisterWordStyleA)>> play;
+                std::vector<std::string> names(f.Pick(4));
+                if (harness::AnsiPath()) {
+                    ImmGetRegisterWordStyleW(Layout(), 0, nullptr);  // bound
+                    for (std::string& name : names)
+                        name = FuzzedAnsi(f);
+                    // It may claim more styles than it was asked for.
+                    play.emplace("ImmGetRegisterWordStyleA", [&](HKL, UINT n, LPSTYLEBUFA styles) {
+                        for (UINT i = 0; i < std::min<UINT>(n, UINT(names.size())); ++i) {
+                            styles[i].dwStyle = i;
+                            FillName(styles[i].szDescription, names[i]);
+                        }
+                        return UINT(names.size());
+                    });
+                }
+                UINT n = f.Count(int(names.size()));
+                STYLEBUFW* styles = n || f.Pick(2) ? f.Out<STYLEBUFW>(n) : nullptr;
+                UINT r = ImmGetRegisterWordStyleW(Layout(), n, styles);
+                for (UINT i = 0; styles && i < std::min(r, n); ++i) {
+                    EXPECT_LT(std::wstring(styles[i].szDescription, STYLE_DESCRIPTION_SIZE).find(L'\0'),
+                              std::size_t(STYLE_DESCRIPTION_SIZE));
+                }
             }),
         Row("ImmEnumRegisterWordW",
             [] {
@@ -865,8 +975,27 @@ std::vector<Row> ServiceRows()
             .Ok([](Result) { return true; })  // no words without an input method
             .Fuzz([](Fuzz& f) {
                 int words = 0;
-                ImmEnumRegisterWordW(Layout(), CountWords, f.Str(Fuzz::NullOk), 0,
-                                     f.Str(Fuzz::NullOk), &words);
+                LPCWSTR reading = f.Str(Fuzz::NullOk), word = f.Str(Fuzz::NullOk);
+                std::optional<harness::Hook<decltype(&ImmEnumRegisterWordA)>> play;
+                std::vector<std::string> found(f.Pick(3));
+                if (harness::AnsiPath()) {
+                    ImmEnumRegisterWordW(Layout(), CountWords, nullptr, 0, nullptr, &words);
+                    for (std::string& text : found)
+                        text = FuzzedAnsi(f);
+                    // Hands each word to the adapter it was given, as the input method does.
+                    play.emplace("ImmEnumRegisterWordA", [&](HKL, REGISTERWORDENUMPROCA proc,
+                                                             LPCSTR, DWORD, LPCSTR, LPVOID data) {
+                        UINT calls = 0;
+                        for (const std::string& text : found)
+                            calls += proc(text.c_str(), 0, text.c_str(), data) ? 1 : 0;
+                        return calls;
+                    });
+                }
+                UINT r = ImmEnumRegisterWordW(Layout(), CountWords, reading, 0, word, &words);
+                if (harness::AnsiPath()) {
+                    EXPECT_EQ(r, found.size());
+                    EXPECT_EQ(words, int(found.size()));
+                }
             }),
         // The adapter calls no system function: it converts and calls the wide procedure,
         // on either path. (Only the ANSI path's call gets text: the allocation sweep
@@ -893,7 +1022,26 @@ std::vector<Row> ServiceRows()
                 return R(ImmGetCompositionFontW(Context(), &font));
             },
             FALSE)
-            .Ok([](Result) { return true; }),  // FALSE without an input context
+            .Ok([](Result) { return true; })  // FALSE without an input context
+            .Fuzz([](Fuzz& f) {
+                std::optional<harness::Hook<decltype(&ImmGetCompositionFontA)>> play;
+                const std::string face = harness::AnsiPath() ? FuzzedAnsi(f) : "";
+                if (harness::AnsiPath()) {
+                    LOGFONTW unused;
+                    ImmGetCompositionFontW(Context(), &unused);  // bound
+                    play.emplace("ImmGetCompositionFontA", [&](HIMC, LPLOGFONTA font) {
+                        // The system's names end within the field.
+                        *font = LOGFONTA{};
+                        FillName(font->lfFaceName, face.substr(0, LF_FACESIZE - 1));
+                        return TRUE;
+                    });
+                }
+                LOGFONTW* font = f.Out<LOGFONTW>(1);
+                if (ImmGetCompositionFontW(Context(), font)) {
+                    EXPECT_LT(std::wstring(font->lfFaceName, LF_FACESIZE).find(L'\0'),
+                              std::size_t(LF_FACESIZE));
+                }
+            }),
         Row("ImmSetCompositionFontW",
             [] {
                 LOGFONTW font = {};
@@ -902,7 +1050,13 @@ std::vector<Row> ServiceRows()
                 return R(ImmSetCompositionFontW(Context(), &font));
             },
             FALSE)
-            .Ok([](Result) { return true; }),  // FALSE without an input context
+            .Ok([](Result) { return true; })  // FALSE without an input context
+            .Fuzz([](Fuzz& f) {
+                LOGFONTW* font = f.Out<LOGFONTW>(1);
+                LPCWSTR face = f.Str();
+                FillName(font->lfFaceName, std::wstring(face, f.Len(face)));
+                ImmSetCompositionFontW(Context(), font);
+            }),
 
         // ---- sound and media control
         Row("sndPlaySoundW",
