@@ -526,14 +526,26 @@ LPWSTR TipBuffer(Fuzz* f = nullptr)
     return f ? f->Out<WCHAR>(255) : buf;
 }
 
+// A tool record of the size it states (without lParam, with it, or the whole
+// record) that ends at the no-access page: the size is all that may be read or
+// written.
+TTTOOLINFOW* ToolRecord(Fuzz& f, UINT_PTR id, LPWSTR text)
+{
+    static const UINT sizes[] = {TTTOOLINFOW_V1_SIZE, TTTOOLINFOW_V2_SIZE, sizeof(TTTOOLINFOW)};
+    TTTOOLINFOW whole = Tool(id, text);
+    whole.cbSize = sizes[f.Pick(3)];
+    auto* record = reinterpret_cast<TTTOOLINFOW*>(f.Out<BYTE>(int(whole.cbSize)));
+    memcpy(record, &whole, whole.cbSize);
+    return record;
+}
+
 // A tool text setter, fuzzed on tool 2 (added and removed around the call).
 template <typename Set>
 std::function<void(Fuzz&)> FuzzToolText(Set set)
 {
     return [set](Fuzz& f) {
         AddTool2();
-        TTTOOLINFOW ti = Tool(2, const_cast<LPWSTR>(f.Str()));
-        set(Tooltip(), &ti);
+        set(Tooltip(), ToolRecord(f, 2, const_cast<LPWSTR>(f.Str())));
         DeleteTool2();
     };
 }
@@ -692,8 +704,7 @@ std::vector<Row> BarRows()
             FALSE, Error::AsLeft)
             .Undo([](Result) { DeleteTool2(); })
             .Fuzz([](Fuzz& f) {
-                TTTOOLINFOW ti = Tool(2, const_cast<LPWSTR>(f.Str()));
-                ToolTips_AddTool(Tooltip(), &ti);
+                ToolTips_AddTool(Tooltip(), ToolRecord(f, 2, const_cast<LPWSTR>(f.Str())));
                 DeleteTool2();
             }),
         Row::Void("ToolTips_DelTool",
@@ -703,13 +714,19 @@ std::vector<Row> BarRows()
                       ToolTips_DelTool(Tooltip(), &ti);
                   },
                   Error::AsLeft)
-            .Undo([](Result) { DeleteTool2(); }),
+            .Undo([](Result) { DeleteTool2(); })
+            .Fuzz([](Fuzz& f) {
+                AddTool2();
+                ToolTips_DelTool(Tooltip(), ToolRecord(f, 2, nullptr));
+                DeleteTool2();
+            }),
         Row::Void("ToolTips_NewToolRect",
                   [] {
                       TTTOOLINFOW ti = Tool(1, nullptr);
                       ToolTips_NewToolRect(Tooltip(), &ti);
                   },
-                  Error::AsLeft),
+                  Error::AsLeft)
+            .Fuzz([](Fuzz& f) { ToolTips_NewToolRect(Tooltip(), ToolRecord(f, 1, nullptr)); }),
         Row("ToolTips_GetToolInfo",
             [] {
                 TTTOOLINFOW ti = Tool(1, TipBuffer());
@@ -717,8 +734,7 @@ std::vector<Row> BarRows()
             },
             FALSE, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
-                TTTOOLINFOW ti = Tool(1, TipBuffer(&f));
-                ToolTips_GetToolInfo(Tooltip(), &ti);
+                ToolTips_GetToolInfo(Tooltip(), ToolRecord(f, 1, TipBuffer(&f)));
             }),
         Row::Void("ToolTips_SetToolInfo",
                   [] {
@@ -751,8 +767,7 @@ std::vector<Row> BarRows()
             },
             FALSE, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
-                TTTOOLINFOW ti = Tool(0, TipBuffer(&f));
-                ToolTips_EnumTools(Tooltip(), 0, &ti);
+                ToolTips_EnumTools(Tooltip(), 0, ToolRecord(f, 0, TipBuffer(&f)));
             }),
         // Wine's tooltip makes no tool current unless the mouse rests on one: the
         // query answers FALSE.
@@ -764,8 +779,7 @@ std::vector<Row> BarRows()
             FALSE, Error::AsLeft)
             .Ok(FALSE)
             .Fuzz([](Fuzz& f) {
-                TTTOOLINFOW ti = Tool(0, TipBuffer(&f));
-                ToolTips_GetCurrentTool(Tooltip(), &ti);
+                ToolTips_GetCurrentTool(Tooltip(), ToolRecord(f, 0, TipBuffer(&f)));
             }),
     };
 }
