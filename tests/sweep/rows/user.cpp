@@ -362,8 +362,30 @@ Row MapsInPlace(const char* name, LPWSTR(WINAPI* map)(LPWSTR))
         });
 }
 
+// A display mode's record as the caller sizes it, ending at a no-access page: the
+// older systems' 212 bytes (without the colour-matching fields) or the whole record.
+DEVMODEW* DevModeRecord(Fuzz& f)
+{
+    WORD size = f.Pick(2) ? 212 : sizeof(DEVMODEW);
+    auto* mode = reinterpret_cast<DEVMODEW*>(f.Out<BYTE>(size));
+    memset(mode, 0, size);
+    mode->dmSize = size;
+    return mode;
+}
+
 // The key name of the scan code of A.
 constexpr LONG KeyA = 0x1E << 16;
+
+// A menu item's record as the caller sizes it: the 44 bytes of the older systems or
+// the whole record, ending at a no-access page.
+MENUITEMINFOW* ItemRecord(Fuzz& f, const MENUITEMINFOW& mii)
+{
+    UINT size = f.Pick(2) ? 44 : sizeof mii;
+    auto* record = reinterpret_cast<MENUITEMINFOW*>(f.Out<BYTE>(size));
+    memcpy(record, &mii, size);
+    record->cbSize = size;
+    return record;
+}
 
 std::vector<Row> Menus()
 {
@@ -403,7 +425,7 @@ std::vector<Row> Menus()
             .Undo(DropItem100)
             .Fuzz([=](Fuzz& f) {
                 MENUITEMINFOW mii = itemInfo(MIIM_TYPE | MIIM_ID, const_cast<LPWSTR>(f.Str()), 0);
-                InsertMenuItemW(Scratch(), 0, TRUE, &mii);
+                InsertMenuItemW(Scratch(), 0, TRUE, ItemRecord(f, mii));
                 DropItem100();
             }),
         Row("SetMenuItemInfoW",
@@ -414,7 +436,7 @@ std::vector<Row> Menus()
             FALSE)
             .Fuzz([=](Fuzz& f) {
                 MENUITEMINFOW mii = itemInfo(MIIM_TYPE, const_cast<LPWSTR>(f.Str()), 0);
-                SetMenuItemInfoW(Scratch(), 7, FALSE, &mii);
+                SetMenuItemInfoW(Scratch(), 7, FALSE, ItemRecord(f, mii));
             }),
         Row("GetMenuItemInfoW",
             [=] {
@@ -426,7 +448,7 @@ std::vector<Row> Menus()
             .Fuzz([=](Fuzz& f) {
                 int n = f.Count(5);
                 MENUITEMINFOW mii = itemInfo(MIIM_TYPE, f.Out<WCHAR>(n), n);
-                GetMenuItemInfoW(Fixed(), 1, FALSE, &mii);
+                GetMenuItemInfoW(Fixed(), 1, FALSE, ItemRecord(f, mii));
             }),
         Row("GetMenuStringW",
             [] {
@@ -598,17 +620,16 @@ std::vector<Row> Text()
             },
             FALSE)
             .Fuzz([](Fuzz& f) {
-                DEVMODEW mode = {};
-                mode.dmSize = sizeof mode;
-                EnumDisplaySettingsW(f.Str(Fuzz::NullOk), ENUM_CURRENT_SETTINGS, &mode);
+                EnumDisplaySettingsW(f.Str(Fuzz::NullOk), ENUM_CURRENT_SETTINGS, DevModeRecord(f));
             }),
         Row("WinHelpW", [] { return R(WinHelpW(Window(), L"sweep.hlp", HELP_QUIT, 0)); }, FALSE,
             Error::AsLeft),
         Row("SystemParametersInfoW",
             [] {
-                NONCLIENTMETRICSW metrics = {};
-                metrics.cbSize = sizeof metrics;
-                return R(SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0));
+                // The scheme's name comes back through a copy the call allocates.
+                WCHAR scheme[MAX_PATH];
+                HIGHCONTRASTW contrast = {sizeof contrast, 0, scheme};
+                return R(SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof contrast, &contrast, 0));
             },
             FALSE)
             .Fuzz([](Fuzz& f) {
@@ -801,9 +822,7 @@ std::vector<Row> Beyond()
             },
             FALSE)
             .Fuzz([](Fuzz& f) {
-                DEVMODEW mode = {};
-                mode.dmSize = sizeof mode;
-                EnumDisplaySettingsExW(f.Str(Fuzz::NullOk), ENUM_CURRENT_SETTINGS, &mode, 0);
+                EnumDisplaySettingsExW(f.Str(Fuzz::NullOk), ENUM_CURRENT_SETTINGS, DevModeRecord(f), 0);
             }),
         Row("ChangeDisplaySettingsExW",
             [] {
