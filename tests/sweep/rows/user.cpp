@@ -198,7 +198,8 @@ Row AddsItem(const char* name, int id, UINT remove, int(WINAPI* add)(HWND, LPCWS
         });
 }
 
-Row InsertsItem(const char* name, int id, UINT remove, int(WINAPI* insert)(HWND, int, LPCWSTR), int failure)
+Row InsertsItem(const char* name, int id, UINT remove, int(WINAPI* insert)(HWND, int, LPCWSTR),
+                int failure)
 {
     return Row(name, [=] { return R(insert(Item(id), 0, L"inserted")); }, failure, Error::AsLeft)
         .Undo([=](Result index) { SendMessageA(Item(id), remove, index, 0); })
@@ -234,7 +235,9 @@ Row ReadsItem(const char* name, int id, UINT add, UINT remove, int(WINAPI* get)(
             if (index < 0)
                 return;
             // The control holds the text's bytes: as many characters at most.
-            LRESULT held = SendMessageA(Item(id), add == LB_ADDSTRING ? LB_GETTEXTLEN : CB_GETLBTEXTLEN, index, 0);
+            LRESULT held =
+                SendMessageA(Item(id), add == LB_ADDSTRING ? LB_GETTEXTLEN : CB_GETLBTEXTLEN, index,
+                             0);
             EXPECT_LE(get(Item(id), int(index), f.Out<WCHAR>(int(held) + 1)), held) << f.Describe();
             SendMessageA(Item(id), remove, index, 0);
         });
@@ -255,7 +258,8 @@ Row MeasuresItem(const char* name, int id, UINT add, UINT remove, int(WINAPI* le
 }
 
 // Listing the sweep folder's files in the directory dialog's list or combo box.
-Row ListsFolder(const char* name, int id, UINT reset, int(WINAPI* dir)(HWND, UINT, LPCWSTR), int failure)
+Row ListsFolder(const char* name, int id, UINT reset, int(WINAPI* dir)(HWND, UINT, LPCWSTR),
+                int failure)
 {
     auto list = [=] { return GetDlgItem(Directories(), id); };
     return Row(name,
@@ -407,14 +411,16 @@ std::vector<Row> Menus()
                 DropItem100();
             }),
         Row("InsertMenuW",
-            [] { return R(InsertMenuW(Scratch(), 0, MF_BYPOSITION | MF_STRING, 100, L"&New")); }, FALSE)
+            [] { return R(InsertMenuW(Scratch(), 0, MF_BYPOSITION | MF_STRING, 100, L"&New")); },
+            FALSE)
             .Undo(DropItem100)
             .Fuzz([](Fuzz& f) {
                 InsertMenuW(Scratch(), 7, MF_BYCOMMAND | MF_STRING, 100, f.Str());
                 DropItem100();
             }),
         Row("ModifyMenuW",
-            [] { return R(ModifyMenuW(Scratch(), 7, MF_BYCOMMAND | MF_STRING, 7, L"seven")); }, FALSE)
+            [] { return R(ModifyMenuW(Scratch(), 7, MF_BYCOMMAND | MF_STRING, 7, L"seven")); },
+            FALSE)
             .Fuzz([](Fuzz& f) { ModifyMenuW(Scratch(), 7, MF_BYCOMMAND | MF_STRING, 7, f.Str()); }),
         Row("InsertMenuItemW",
             [=] {
@@ -457,10 +463,13 @@ std::vector<Row> Menus()
             },
             0, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
-                ReadText(f, 5, [](LPWSTR buf, int n) { return GetMenuStringW(Fixed(), 1, buf, n, MF_BYCOMMAND); });
+                ReadText(f, 5, [](LPWSTR buf, int n) {
+                    return GetMenuStringW(Fixed(), 1, buf, n, MF_BYCOMMAND);
+                });
             }),
-        LoadsResource("LoadMenuW", L"MAINMENU", LoadMenuW, [](Result r) { DestroyMenu(HMENU(r)); },
-                      Error::Saved),
+        LoadsResource(
+            "LoadMenuW", L"MAINMENU", LoadMenuW, [](Result r) { DestroyMenu(HMENU(r)); },
+            Error::Saved),
         Row("LoadMenuIndirectW",
             [] {
                 // A header, then one item: its flags, its identifier and its text.
@@ -469,12 +478,15 @@ std::vector<Row> Menus()
             },
             0)
             .Undo([](Result r) { DestroyMenu(HMENU(r)); }),
-        LoadsResource("LoadAcceleratorsW", L"ACCELS", LoadAcceleratorsW,
-                      [](Result r) { DestroyAcceleratorTable(HACCEL(r)); }, Error::AsLeft),
-        Row("CopyAcceleratorTableW", [] { return R(CopyAcceleratorTableW(Accelerators(), nullptr, 0)); }, 0)
+        LoadsResource(
+            "LoadAcceleratorsW", L"ACCELS", LoadAcceleratorsW,
+            [](Result r) { DestroyAcceleratorTable(HACCEL(r)); }, Error::AsLeft),
+        Row("CopyAcceleratorTableW",
+            [] { return R(CopyAcceleratorTableW(Accelerators(), nullptr, 0)); }, 0)
             .Fuzz([](Fuzz& f) {
                 int n = f.Count(2);
-                EXPECT_LE(CopyAcceleratorTableW(Accelerators(), f.Out<ACCEL>(n), n), std::max(n, 2));
+                EXPECT_LE(CopyAcceleratorTableW(Accelerators(), f.Out<ACCEL>(n), n),
+                          std::max(n, 2));
             }),
         Row("CreateAcceleratorTableW",
             [] {
@@ -503,7 +515,8 @@ std::vector<Row> Text()
                 // takes seconds for a long text: that one is measured only.
                 bool shorten = f.Pick(2) && f.Len(text) < 100;
                 DrawTextW(Dc(), text, TextCount(f, text), &rect,
-                          DT_SINGLELINE | (shorten ? DT_END_ELLIPSIS | DT_MODIFYSTRING : DT_CALCRECT));
+                          DT_SINGLELINE |
+                              (shorten ? DT_END_ELLIPSIS | DT_MODIFYSTRING : DT_CALCRECT));
             }),
         Row("DrawTextExW",
             [] {
@@ -517,25 +530,30 @@ std::vector<Row> Text()
                 RECT rect = {0, 0, 20, 20};
                 DRAWTEXTPARAMS params = {sizeof params, 4, 0, 0, 0};
                 DrawTextExW(Dc(), text, TextCount(f, text), &rect,
-                            f.Pick(2) ? DT_PATH_ELLIPSIS | DT_MODIFYSTRING : DT_EXPANDTABS, &params);
+                            f.Pick(2) ? DT_PATH_ELLIPSIS | DT_MODIFYSTRING : DT_EXPANDTABS,
+                            &params);
             }),
-        Row("TabbedTextOutW", [] { return R(TabbedTextOutW(Dc(), 0, 0, L"a\tb", 3, 0, nullptr, 0)); }, 0,
+        Row("TabbedTextOutW",
+            [] { return R(TabbedTextOutW(Dc(), 0, 0, L"a\tb", 3, 0, nullptr, 0)); }, 0,
             Error::AsLeft)
             .Fuzz([](Fuzz& f) {
                 LPCWSTR s = f.Str();
                 TabbedTextOutW(Dc(), 0, 0, s, std::max(TextCount(f, s), 0), 0, nullptr, 0);
             }),
-        Row("GetTabbedTextExtentW", [] { return R(GetTabbedTextExtentW(Dc(), L"a\tb", 3, 0, nullptr)); },
-            0, Error::AsLeft)
+        Row("GetTabbedTextExtentW",
+            [] { return R(GetTabbedTextExtentW(Dc(), L"a\tb", 3, 0, nullptr)); }, 0, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
                 LPCWSTR s = f.Str();
                 INT stop = 8;
                 GetTabbedTextExtentW(Dc(), s, std::max(TextCount(f, s), 0), 1, &stop);
             }),
         Row("GrayStringW",
-            [] { return R(GrayStringW(Dc(), nullptr, Drawn, LPARAM(L"sweep"), 5, 0, 0, 40, 20)); }, FALSE),
+            [] { return R(GrayStringW(Dc(), nullptr, Drawn, LPARAM(L"sweep"), 5, 0, 0, 40, 20)); },
+            FALSE),
         Row("DrawStateW",
-            [] { return R(DrawStateW(Dc(), nullptr, DrawnState, 0, 0, 0, 0, 10, 10, DST_COMPLEX)); },
+            [] {
+                return R(DrawStateW(Dc(), nullptr, DrawnState, 0, 0, 0, 0, 10, 10, DST_COMPLEX));
+            },
             FALSE),
         ChangesCase("CharLowerBuffW", CharLowerBuffW),
         ChangesCase("CharUpperBuffW", CharUpperBuffW),
@@ -554,7 +572,8 @@ std::vector<Row> Text()
             .Kernel()
             .Fuzz([](Fuzz& f) {
                 LPCWSTR s = f.Str();
-                EXPECT_EQ(CharPrevW(s, s + f.Len(s)), s + std::max(f.Len(s) - 1, 0)) << f.Describe();
+                EXPECT_EQ(CharPrevW(s, s + f.Len(s)), s + std::max(f.Len(s) - 1, 0))
+                    << f.Describe();
             }),
         Row("GetDlgItemTextW",
             [] {
@@ -565,17 +584,23 @@ std::vector<Row> Text()
             0, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
                 SetDlgItemTextA(ControlsDialog(), IDC_LABEL, "Label");
-                ReadText(f, 5, [](LPWSTR buf, int n) { return GetDlgItemTextW(ControlsDialog(), IDC_LABEL, buf, n); });
+                ReadText(f, 5, [](LPWSTR buf, int n) {
+                    return GetDlgItemTextW(ControlsDialog(), IDC_LABEL, buf, n);
+                });
             }),
-        Row("SetDlgItemTextW", [] { return R(SetDlgItemTextW(ControlsDialog(), IDC_LABEL, L"Label")); }, FALSE)
-            .Fuzz([](Fuzz& f) { SetDlgItemTextW(ControlsDialog(), IDC_LABEL, f.Str(Fuzz::NullOk)); }),
+        Row("SetDlgItemTextW",
+            [] { return R(SetDlgItemTextW(ControlsDialog(), IDC_LABEL, L"Label")); }, FALSE)
+            .Fuzz(
+                [](Fuzz& f) { SetDlgItemTextW(ControlsDialog(), IDC_LABEL, f.Str(Fuzz::NullOk)); }),
         Row("GetKeyNameTextW",
             [] {
                 WCHAR name[32];
                 return R(GetKeyNameTextW(KeyA, name, 32));
             },
             0, Error::AsLeft)
-            .Fuzz([](Fuzz& f) { ReadText(f, 1, [](LPWSTR buf, int n) { return GetKeyNameTextW(KeyA, buf, n); }); }),
+            .Fuzz([](Fuzz& f) {
+                ReadText(f, 1, [](LPWSTR buf, int n) { return GetKeyNameTextW(KeyA, buf, n); });
+            }),
         Row("VkKeyScanW", [] { return R(VkKeyScanW(L'a')); }, -1),
         Row("VkKeyScanExW", [] { return R(VkKeyScanExW(L'a', GetKeyboardLayout(0))); }, -1),
         Row("LoadStringW",
@@ -594,19 +619,25 @@ std::vector<Row> Text()
                     EXPECT_LT(r, n) << f.Describe();
                 }
             }),
-        LoadsResource("LoadIconW", L"TESTICON", LoadIconW, [](Result) {}, Error::Saved),
-        LoadsResource("LoadCursorW", L"TESTCURSOR", LoadCursorW, [](Result) {}, Error::Saved),
+        LoadsResource(
+            "LoadIconW", L"TESTICON", LoadIconW, [](Result) {}, Error::Saved),
+        LoadsResource(
+            "LoadCursorW", L"TESTCURSOR", LoadCursorW, [](Result) {}, Error::Saved),
         Row("LoadCursorFromFileW", [] { return R(LoadCursorFromFileW(CursorFile().c_str())); }, 0)
             .Undo([](Result r) { DestroyCursor(HCURSOR(r)); })
             .Fuzz([](Fuzz& f) {
                 if (HCURSOR cursor = LoadCursorFromFileW(f.Path()))
                     DestroyCursor(cursor);
             }),
-        LoadsResource("LoadBitmapW", L"TESTBITMAP", LoadBitmapW, [](Result r) { DeleteObject(HGDIOBJ(r)); },
-                      Error::AsLeft),
-        LoadsResource("LoadImageW", L"TESTBITMAP",
-                      [](HINSTANCE module, LPCWSTR name) { return LoadImageW(module, name, IMAGE_BITMAP, 0, 0, 0); },
-                      [](Result r) { DeleteObject(HGDIOBJ(r)); }, Error::AsLeft),
+        LoadsResource(
+            "LoadBitmapW", L"TESTBITMAP", LoadBitmapW, [](Result r) { DeleteObject(HGDIOBJ(r)); },
+            Error::AsLeft),
+        LoadsResource(
+            "LoadImageW", L"TESTBITMAP",
+            [](HINSTANCE module, LPCWSTR name) {
+                return LoadImageW(module, name, IMAGE_BITMAP, 0, 0, 0);
+            },
+            [](Result r) { DeleteObject(HGDIOBJ(r)); }, Error::AsLeft),
         ListsDialogDirectory("DlgDirListW", IDC_LIST, DlgDirListW, Error::AsLeft),
         ListsDialogDirectory("DlgDirListComboBoxW", IDC_COMBO, DlgDirListComboBoxW, Error::Saved),
         SelectsDirectory("DlgDirSelectExW", IDC_LIST, LB_ADDSTRING, LB_SETCURSEL, DlgDirSelectExW),
@@ -648,9 +679,10 @@ std::vector<Row> Text()
                 memset(pv, 0, size);
                 *reinterpret_cast<UINT*>(pv) = size;
                 if (record.action == SPI_GETHIGHCONTRAST && size >= sizeof(HIGHCONTRASTW))
-                    reinterpret_cast<HIGHCONTRASTW*>(pv)->lpszDefaultScheme = f.Out<WCHAR>(MAX_PATH);
-                SystemParametersInfoW(record.action, record.action == SPI_GETICONTITLELOGFONT ? size : 0,
-                                      pv, 0);
+                    reinterpret_cast<HIGHCONTRASTW*>(pv)->lpszDefaultScheme =
+                        f.Out<WCHAR>(MAX_PATH);
+                SystemParametersInfoW(record.action,
+                                      record.action == SPI_GETICONTITLELOGFONT ? size : 0, pv, 0);
             }),
     };
 }
@@ -658,8 +690,13 @@ std::vector<Row> Text()
 std::vector<Row> Monitors()
 {
     return {
-        Row("xGetSystemMetrics", [] { return R(xGetSystemMetrics(SM_CMONITORS)); }, 0).WorksWhenMissing(),
-        Row("xMonitorFromPoint", [] { return R(xMonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY)); }, 0)
+        Row("xGetSystemMetrics", [] { return R(xGetSystemMetrics(SM_CMONITORS)); }, 0)
+            .WorksWhenMissing(),
+        Row("xMonitorFromPoint",
+            [] {
+                return R(xMonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY));
+            },
+            0)
             .WorksWhenMissing(),
         Row("xMonitorFromRect",
             [] {
@@ -668,13 +705,15 @@ std::vector<Row> Monitors()
             },
             0)
             .WorksWhenMissing(),
-        Row("xMonitorFromWindow", [] { return R(xMonitorFromWindow(Window(), MONITOR_DEFAULTTOPRIMARY)); }, 0)
+        Row("xMonitorFromWindow",
+            [] { return R(xMonitorFromWindow(Window(), MONITOR_DEFAULTTOPRIMARY)); }, 0)
             .WorksWhenMissing(),
         Row("xGetMonitorInfo",
             [] {
                 MONITORINFOEXW info = {};
                 info.cbSize = sizeof info;
-                return R(xGetMonitorInfo(xMonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY), &info));
+                return R(
+                    xGetMonitorInfo(xMonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY), &info));
             },
             FALSE)
             .Fuzz([](Fuzz& f) {
@@ -684,8 +723,8 @@ std::vector<Row> Monitors()
                 info->cbSize = size;
                 xGetMonitorInfo(xMonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY), info);
             }),
-        Row("xEnumDisplayMonitors", [] { return R(xEnumDisplayMonitors(nullptr, nullptr, EachMonitor, 0)); },
-            FALSE)
+        Row("xEnumDisplayMonitors",
+            [] { return R(xEnumDisplayMonitors(nullptr, nullptr, EachMonitor, 0)); }, FALSE)
             .WorksWhenMissing(),
     };
 }
@@ -702,10 +741,12 @@ std::vector<Row> StandardControls()
             0, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
                 SetWindowTextA(Item(IDC_LABEL), "Label");
-                ReadText(f, 5, [](LPWSTR buf, int n) { return AtStatic_GetTextW(Item(IDC_LABEL), buf, n); });
+                ReadText(f, 5, [](LPWSTR buf, int n) {
+                    return AtStatic_GetTextW(Item(IDC_LABEL), buf, n);
+                });
             }),
-        Row("AtStatic_SetTextW", [] { return R(AtStatic_SetTextW(Item(IDC_LABEL), L"Label")); }, FALSE,
-            Error::AsLeft)
+        Row("AtStatic_SetTextW", [] { return R(AtStatic_SetTextW(Item(IDC_LABEL), L"Label")); },
+            FALSE, Error::AsLeft)
             .Fuzz([](Fuzz& f) { AtStatic_SetTextW(Item(IDC_LABEL), f.Str(Fuzz::NullOk)); }),
         Row("AtEdit_GetLineW",
             [] {
@@ -717,15 +758,17 @@ std::vector<Row> StandardControls()
             .Fuzz([](Fuzz& f) {
                 SetWindowTextA(Item(IDC_EDIT), "sweep");
                 int n = f.Count(5);
-                EXPECT_LE(AtEdit_GetLineW(Item(IDC_EDIT), 0, f.Out<WCHAR>(n), n), n) << f.Describe();
+                EXPECT_LE(AtEdit_GetLineW(Item(IDC_EDIT), 0, f.Out<WCHAR>(n), n), n)
+                    << f.Describe();
             }),
-        Row::Void("AtEdit_ReplaceSelW", [] { AtEdit_ReplaceSelW(Item(IDC_EDIT), L"x"); }, Error::AsLeft)
+        Row::Void("AtEdit_ReplaceSelW", [] { AtEdit_ReplaceSelW(Item(IDC_EDIT), L"x"); },
+                  Error::AsLeft)
             .Fuzz([](Fuzz& f) {
                 SetWindowTextA(Item(IDC_EDIT), "");
                 AtEdit_ReplaceSelW(Item(IDC_EDIT), f.Str());
             }),
         Row::Void("AtEdit_SetPasswordCharW", [] { AtEdit_SetPasswordCharW(Item(IDC_EDIT), L'*'); },
-                  Error::AsLeft),
+            Error::AsLeft),
         Row("AtEdit_GetSelW",
             [] {
                 SetWindowTextA(Item(IDC_EDIT), "sweep");
@@ -733,27 +776,34 @@ std::vector<Row> StandardControls()
                 return R(AtEdit_GetSelW(Item(IDC_EDIT)));
             },
             0),
-        Row::Void("AtEdit_SetSelW", [] {
-            SetWindowTextA(Item(IDC_EDIT), "sweep");
-            AtEdit_SetSelW(Item(IDC_EDIT), 1, 3);
-        }),
+        Row::Void("AtEdit_SetSelW",
+                  [] {
+                      SetWindowTextA(Item(IDC_EDIT), "sweep");
+                      AtEdit_SetSelW(Item(IDC_EDIT), 1, 3);
+                  }),
         AddsItem("AtListBox_AddStringW", IDC_LIST, LB_DELETESTRING, AtListBox_AddStringW, LB_ERR),
-        InsertsItem("AtListBox_InsertStringW", IDC_LIST, LB_DELETESTRING, AtListBox_InsertStringW, LB_ERR),
+        InsertsItem("AtListBox_InsertStringW", IDC_LIST, LB_DELETESTRING, AtListBox_InsertStringW,
+                    LB_ERR),
         FindsItem("AtListBox_FindStringW", IDC_LIST, AtListBox_FindStringW, LB_ERR),
         FindsItem("AtListBox_FindStringExactW", IDC_LIST, AtListBox_FindStringExactW, LB_ERR),
         FindsItem("AtListBox_SelectStringW", IDC_LIST, AtListBox_SelectStringW, LB_ERR),
-        ReadsItem("AtListBox_GetTextW", IDC_LIST, LB_ADDSTRING, LB_DELETESTRING, AtListBox_GetTextW, LB_ERR),
-        MeasuresItem("AtListBox_GetTextLenW", IDC_LIST, LB_ADDSTRING, LB_DELETESTRING, AtListBox_GetTextLenW, LB_ERR),
+        ReadsItem("AtListBox_GetTextW", IDC_LIST, LB_ADDSTRING, LB_DELETESTRING, AtListBox_GetTextW,
+                  LB_ERR),
+        MeasuresItem("AtListBox_GetTextLenW", IDC_LIST, LB_ADDSTRING, LB_DELETESTRING,
+                     AtListBox_GetTextLenW, LB_ERR),
         AddsItem("AtListBox_AddFileW", IDC_LIST, LB_DELETESTRING, AtListBox_AddFileW, LB_ERR),
         ListsFolder("AtListBox_DirW", IDC_LIST, LB_RESETCONTENT, AtListBox_DirW, LB_ERR),
-        AddsItem("AtComboBox_AddStringW", IDC_COMBO, CB_DELETESTRING, AtComboBox_AddStringW, CB_ERR),
-        InsertsItem("AtComboBox_InsertStringW", IDC_COMBO, CB_DELETESTRING, AtComboBox_InsertStringW, CB_ERR),
+        AddsItem("AtComboBox_AddStringW", IDC_COMBO, CB_DELETESTRING, AtComboBox_AddStringW,
+                 CB_ERR),
+        InsertsItem("AtComboBox_InsertStringW", IDC_COMBO, CB_DELETESTRING,
+                    AtComboBox_InsertStringW, CB_ERR),
         FindsItem("AtComboBox_FindStringW", IDC_COMBO, AtComboBox_FindStringW, CB_ERR),
         FindsItem("AtComboBox_FindStringExactW", IDC_COMBO, AtComboBox_FindStringExactW, CB_ERR),
         FindsItem("AtComboBox_SelectStringW", IDC_COMBO, AtComboBox_SelectStringW, CB_ERR),
-        ReadsItem("AtComboBox_GetLBTextW", IDC_COMBO, CB_ADDSTRING, CB_DELETESTRING, AtComboBox_GetLBTextW,
-                  CB_ERR),
-        MeasuresItem("AtComboBox_GetLBTextLenW", IDC_COMBO, CB_ADDSTRING, CB_DELETESTRING, AtComboBox_GetLBTextLenW, CB_ERR),
+        ReadsItem("AtComboBox_GetLBTextW", IDC_COMBO, CB_ADDSTRING, CB_DELETESTRING,
+                  AtComboBox_GetLBTextW, CB_ERR),
+        MeasuresItem("AtComboBox_GetLBTextLenW", IDC_COMBO, CB_ADDSTRING, CB_DELETESTRING,
+                     AtComboBox_GetLBTextLenW, CB_ERR),
         ListsFolder("AtComboBox_DirW", IDC_COMBO, CB_RESETCONTENT, AtComboBox_DirW, CB_ERR),
     };
 }
@@ -786,8 +836,10 @@ std::vector<Row> Beyond()
             }),
         MapsInPlace("CharLowerW", CharLowerW),
         MapsInPlace("CharUpperW", CharUpperW),
-        Row("IsCharAlphaW", [] { return R(IsCharAlphaW(L'a')); }, FALSE).Kernel(),
-        Row("IsCharAlphaNumericW", [] { return R(IsCharAlphaNumericW(L'1')); }, FALSE).Kernel(),
+        Row("IsCharAlphaW", [] { return R(IsCharAlphaW(L'a')); }, FALSE)
+            .Kernel(),
+        Row("IsCharAlphaNumericW", [] { return R(IsCharAlphaNumericW(L'1')); }, FALSE)
+            .Kernel(),
         Row("MapVirtualKeyW", [] { return R(MapVirtualKeyW('A', MAPVK_VK_TO_CHAR)); }, 0),
         Row("wvsprintfW",
             [] {
@@ -800,7 +852,8 @@ std::vector<Row> Beyond()
                 // The output stops at 1,023 characters and its NUL (an output cut
                 // there answers 1,024 on the ANSI path).
                 WCHAR* out = f.Out<WCHAR>(1024);
-                EXPECT_LE(Format(out, f.Pick(2) ? f.Str() : L"[%s] %d", f.Str(), 7), 1024) << f.Describe();
+                EXPECT_LE(Format(out, f.Pick(2) ? f.Str() : L"[%s] %d", f.Str(), 7), 1024)
+                    << f.Describe();
             }),
         Row("wsprintfW",
             [] {
@@ -822,7 +875,8 @@ std::vector<Row> Beyond()
             },
             FALSE)
             .Fuzz([](Fuzz& f) {
-                EnumDisplaySettingsExW(f.Str(Fuzz::NullOk), ENUM_CURRENT_SETTINGS, DevModeRecord(f), 0);
+                EnumDisplaySettingsExW(f.Str(Fuzz::NullOk), ENUM_CURRENT_SETTINGS, DevModeRecord(f),
+                                       0);
             }),
         Row("ChangeDisplaySettingsExW",
             [] {
@@ -838,8 +892,8 @@ std::vector<Row> Beyond()
                 // Tested only: the display stays as it is.
                 DEVMODEW mode = {};
                 mode.dmSize = sizeof mode;
-                ChangeDisplaySettingsExW(f.Str(Fuzz::NullOk), f.Pick(2) ? &mode : nullptr, nullptr, CDS_TEST,
-                                         nullptr);
+                ChangeDisplaySettingsExW(f.Str(Fuzz::NullOk), f.Pick(2) ? &mode : nullptr, nullptr,
+                                         CDS_TEST, nullptr);
             }),
         Row("EnumDisplayDevicesW",
             [] {
@@ -851,7 +905,8 @@ std::vector<Row> Beyond()
             .Fuzz([](Fuzz& f) {
                 // Every size from the names alone to the whole record.
                 static const DWORD sizes[] = {offsetof(DISPLAY_DEVICEW, DeviceID),
-                                              offsetof(DISPLAY_DEVICEW, DeviceKey), sizeof(DISPLAY_DEVICEW)};
+                                              offsetof(DISPLAY_DEVICEW, DeviceKey),
+                                              sizeof(DISPLAY_DEVICEW)};
                 DWORD size = sizes[f.Pick(3)];
                 auto* device = reinterpret_cast<DISPLAY_DEVICEW*>(f.Out<BYTE>(size));
                 device->cb = size;
@@ -860,7 +915,8 @@ std::vector<Row> Beyond()
         Row("BroadcastSystemMessageW",
             [] {
                 DWORD recipients = BSM_APPLICATIONS;
-                return R(BroadcastSystemMessageW(BSF_IGNORECURRENTTASK, &recipients, WM_NULL, 0, 0));
+                return R(
+                    BroadcastSystemMessageW(BSF_IGNORECURRENTTASK, &recipients, WM_NULL, 0, 0));
             },
             -1),
     };
@@ -872,8 +928,7 @@ std::vector<Row> UserRows()
 {
     std::vector<Row> rows;
     for (auto part : {Menus, Text, Monitors, StandardControls, Beyond})
-        for (Row& row : part())
-            rows.push_back(std::move(row));
+        for (Row& row : part()) rows.push_back(std::move(row));
     return rows;
 }
 
