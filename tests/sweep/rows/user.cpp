@@ -64,13 +64,17 @@ HDC Dc()
     return dc;
 }
 
-// Two menus: one read and never changed ("&Open" as item 1), one the rows change
-// (item 7, and item 100 while a row has added it).
+// Two menus: one read and never changed (items 1 to 4: "&Open", the code page's
+// text, a separator and a bitmap), one the rows change (item 7, and item 100 while
+// a row has added it).
 HMENU Fixed()
 {
     static HMENU menu = [] {
         HMENU m = CreatePopupMenu();
         AppendMenuA(m, MF_STRING, 1, "&Open");
+        AppendMenuA(m, MF_STRING, 2, harness::ToAnsi(harness::NonAsciiText()).c_str());
+        AppendMenuA(m, MF_SEPARATOR, 3, nullptr);
+        AppendMenuA(m, MF_BITMAP, 4, LPCSTR(CreateBitmap(8, 8, 1, 1, nullptr)));
         return m;
     }();
     return menu;
@@ -452,9 +456,13 @@ std::vector<Row> Menus()
             },
             FALSE)
             .Fuzz([=](Fuzz& f) {
-                int n = f.Count(5);
-                MENUITEMINFOW mii = itemInfo(MIIM_TYPE, f.Out<WCHAR>(n), n);
-                GetMenuItemInfoW(Fixed(), 1, FALSE, ItemRecord(f, mii));
+                // Every kind of item, read as the kind the caller expects or another.
+                static const UINT types[] = {MFT_STRING, MFT_SEPARATOR, MFT_BITMAP};
+                static const UINT masks[] = {MIIM_TYPE, MIIM_STRING | MIIM_FTYPE};
+                int n = f.Count(9);
+                MENUITEMINFOW mii = itemInfo(masks[f.Pick(2)], f.Out<WCHAR>(n), n);
+                mii.fType = types[f.Pick(3)];
+                GetMenuItemInfoW(Fixed(), 1 + f.Pick(4), FALSE, ItemRecord(f, mii));
             }),
         Row("GetMenuStringW",
             [] {
@@ -463,8 +471,9 @@ std::vector<Row> Menus()
             },
             0, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
-                ReadText(f, 5, [](LPWSTR buf, int n) {
-                    return GetMenuStringW(Fixed(), 1, buf, n, MF_BYCOMMAND);
+                UINT id = 1 + f.Pick(4);
+                ReadText(f, 9, [=](LPWSTR buf, int n) {
+                    return GetMenuStringW(Fixed(), id, buf, n, MF_BYCOMMAND);
                 });
             }),
         LoadsResource(
@@ -768,7 +777,11 @@ std::vector<Row> StandardControls()
                 AtEdit_ReplaceSelW(Item(IDC_EDIT), f.Str());
             }),
         Row::Void("AtEdit_SetPasswordCharW", [] { AtEdit_SetPasswordCharW(Item(IDC_EDIT), L'*'); },
-            Error::AsLeft),
+                  Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                AtEdit_SetPasswordCharW(Item(IDC_EDIT), f.Str()[0]);
+                SendMessageA(Item(IDC_EDIT), EM_SETPASSWORDCHAR, 0, 0);
+            }),
         Row("AtEdit_GetSelW",
             [] {
                 SetWindowTextA(Item(IDC_EDIT), "sweep");
@@ -780,7 +793,19 @@ std::vector<Row> StandardControls()
                   [] {
                       SetWindowTextA(Item(IDC_EDIT), "sweep");
                       AtEdit_SetSelW(Item(IDC_EDIT), 1, 3);
-                  }),
+                  })
+            .Fuzz([](Fuzz& f) {
+                // Positions anywhere in and past a text of double-byte characters,
+                // which the control counts in bytes: the selection read back is
+                // never past the text's characters.
+                std::string text = harness::ToAnsi(f.Str());
+                SetWindowTextA(Item(IDC_EDIT), text.c_str());
+                int length = int(text.size());
+                AtEdit_SetSelW(Item(IDC_EDIT), f.Count(length) - 1, f.Count(length));
+                DWORD selection = AtEdit_GetSelW(Item(IDC_EDIT));
+                EXPECT_LE(LOWORD(selection), length) << f.Describe();
+                EXPECT_LE(HIWORD(selection), length) << f.Describe();
+            }),
         AddsItem("AtListBox_AddStringW", IDC_LIST, LB_DELETESTRING, AtListBox_AddStringW, LB_ERR),
         InsertsItem("AtListBox_InsertStringW", IDC_LIST, LB_DELETESTRING, AtListBox_InsertStringW,
                     LB_ERR),
