@@ -227,6 +227,9 @@ TORWEN_API void WINAPI AtCommDlg_OpenSave_SetDefExtW(HWND dialog, LPCWSTR ext);
  * pointer that is LPSTR_TEXTCALLBACK or a resource identifier travels as it is and
  * is never read as a string.
  *
+ * A text converted in for the receiver (label edits, header items) has room for the
+ * item's stated cchTextMax, so a receiver may edit it in place (memory safety).
+ *
  * On the ANSI platforms a failed allocation answers 0 without calling fn (last
  * error 14).
  */
@@ -301,9 +304,14 @@ TORWEN_API int WINAPI AtTabCtrl_InsertItemW(HWND hwnd, int i, const TCITEMW *ite
  * DlgDirListComboBoxW gives the A function a path buffer of at least MAX_PATH bytes.
  * EnumDisplaySettingsW writes no more of the DEVMODEW than its dmSize declares (and
  * dmSize then reads that size).
+ * Every export that takes a DEVMODEW (ChangeDisplaySettingsExW, the printing
+ * dialogs' and the spooler's device modes) reads a record whose dmSize is below 212
+ * only to its dmSize, its missing fields as zero, and its private bytes right after
+ * it, where the system's W functions find them.
  * GetMenuStringW, GetMenuItemInfoW, GetKeyNameTextW, LoadStringW and the
  * DlgDirSelect functions read a text that the A function left without its NUL (a
  * text filling the whole buffer) only to the buffer's end, cut one byte short.
+ * GetKeyNameTextW with a capacity of 0 answers 0 without calling GetKeyNameTextA.
  * SystemParametersInfoW with SPI_GETICONTITLELOGFONT or SPI_SETICONTITLELOGFONT
  * writes or reads no more of the LOGFONTW than uiParam bytes; with
  * SPI_GETSERIALKEYS the port name's copy has room for MAX_PATH bytes.
@@ -592,9 +600,9 @@ TORWEN_API void WINAPI AtPropSheet_SetFinishTextW(HWND hDlg, LPCWSTR lpszText);
  * Window-manager functions beyond the families above, on Windows 95, 98 and Me:
  *   wvsprintfW           torwen formats itself (the system has no wide
  *                        formatter); an output that reaches the 1,024-character
- *                        limit ends with a NUL at 1,023 and answers 1,024. Every
- *                        export is a standard call, so the variadic wsprintfW is
- *                        not among them: a program formats through wvsprintfW.
+ *                        limit ends with a NUL at 1,023 and answers 1,024.
+ *   wsprintfW            the one C call among the exports, undecorated as the
+ *                        system's; it formats through wvsprintfW on both paths.
  *   CharLowerW, CharUpperW  a character the code page lacks stays as it is.
  *   MessageBoxIndirectW, EnumDisplaySettingsExW, EnumDisplayDevicesW  a null record
  *                        answers 0, ERROR_INVALID_PARAMETER (memory safety).
