@@ -274,19 +274,23 @@ LOGFONTW* FuzzedLogFont(Fuzz& f)
     return font;
 }
 
-// A device mode of the wide layout with private bytes of a fuzzed count behind it,
-// ending at a no-access page; sometimes none at all.
+// A device mode of the wide layout, of a size of an older, the current or a later
+// layout, with private bytes of a fuzzed count behind it, ending at a no-access
+// page; sometimes none at all.
 DEVMODEW* FuzzedDevMode(Fuzz& f)
 {
     if (f.Pick(3) == 0)
         return nullptr;
+    static const WORD sizes[] = { 212, 220, 188, 124 };
+    const WORD size = sizes[f.Pick(4)];
     const int extra = f.Pick(3) * 16;
-    auto* bytes = f.Out<BYTE>(212 + extra);
-    memset(bytes, 0, 212 + extra);
+    auto* bytes = f.Out<BYTE>(size + extra);
+    memset(bytes, 0, size + extra);
     auto* dm = reinterpret_cast<DEVMODEW*>(bytes);
     Field(f, dm->dmDeviceName);
-    Field(f, dm->dmFormName);
-    dm->dmSize = 212;
+    if (size >= offsetof(DEVMODEW, dmLogPixels))
+        Field(f, dm->dmFormName);
+    dm->dmSize = size;
     dm->dmDriverExtra = WORD(extra);
     return dm;
 }
