@@ -256,7 +256,14 @@ std::vector<Row> KernelRows()
                 return R(GetVersionExW(&info));
             },
             FALSE)
-            .Kernel(),
+            .Kernel()
+            .Fuzz([](Fuzz& f) {
+                const DWORD sizes[] = {sizeof(OSVERSIONINFOW), sizeof(OSVERSIONINFOEXW), 4};
+                DWORD size = sizes[f.Pick(3)];
+                auto* info = reinterpret_cast<OSVERSIONINFOW*>(f.Out<BYTE>(size));
+                info->dwOSVersionInfoSize = size;
+                GetVersionExW(info);
+            }),
 
         // ---- atoms
         Row("GlobalAddAtomW", [] { return R(GlobalAddAtomW(L"torwen sweep")); }, 0)
@@ -976,13 +983,18 @@ std::vector<Row> KernelRows()
                       info.cb = sizeof info;
                       GetStartupInfoW(&info);
                   })
-            .Kernel(),
+            .Kernel()
+            .Fuzz([](Fuzz& f) { GetStartupInfoW(f.Out<STARTUPINFOW>(1)); }),
         FileRow("GetCPInfoExW",
                 [] {
                     CPINFOEXW info;
                     return R(GetCPInfoExW(CP_ACP, 0, &info));
                 },
-                FALSE),
+                FALSE)
+            .Fuzz([](Fuzz& f) {
+                const UINT pages[] = {CP_ACP, CP_OEMCP, 932, 1252, 65001, 12345};
+                GetCPInfoExW(pages[f.Pick(6)], 0, f.Out<CPINFOEXW>(1));
+            }),
         FileRow("GetNumberFormatW",
                 [] {
                     WCHAR buf[64];
