@@ -43,6 +43,19 @@ LPWSTR Clipped(Fuzz& f, int most)
     return Copy(f, std::wstring(s, std::min(f.Len(s), most)));
 }
 
+// A profile file named by a fuzzed string: Wine's profile functions lose track
+// of a file name longer than MAX_PATH and corrupt the heap sooner or later. One
+// that is written to lies below a file, where it cannot be made.
+LPCWSTR ProfileFile(Fuzz& f)
+{
+    return Copy(f, PathIn(Clipped(f, 150)));
+}
+
+LPCWSTR UnwritableProfileFile(Fuzz& f)
+{
+    return Copy(f, File() + L"\\" + Clipped(f, 150));
+}
+
 // A list of strings that ends in two NULs, made of one fuzzed string.
 LPCWSTR List(Fuzz& f, const std::wstring& prefix = L"")
 {
@@ -324,7 +337,7 @@ std::vector<Row> KernelRows()
             .Kernel()
             .Ok(5)
             .Fuzz([](Fuzz& f) {
-                GetPrivateProfileIntW(f.Str(), f.Str(), 7, f.Pick(2) ? Ini().c_str() : f.Path());
+                GetPrivateProfileIntW(f.Str(), f.Str(), 7, f.Pick(2) ? Ini().c_str() : ProfileFile(f));
             }),
         Row("GetProfileStringW",
             [] {
@@ -351,7 +364,7 @@ std::vector<Row> KernelRows()
             .Fuzz([](Fuzz& f) {
                 LPCWSTR section = f.Pick(2) ? L"section" : f.Str(Fuzz::NullOk);
                 LPCWSTR key = f.Str(Fuzz::NullOk), def = f.Str(Fuzz::NullOk);
-                LPCWSTR file = f.Pick(2) ? Ini().c_str() : f.Path();
+                LPCWSTR file = f.Pick(2) ? Ini().c_str() : ProfileFile(f);
                 Buffer b(f, 3, SectionLeast);
                 EXPECT_LE(GetPrivateProfileStringW(section, key, def, b.p, b.n, file), DWORD(b.n));
             }),
@@ -371,7 +384,7 @@ std::vector<Row> KernelRows()
             .Undo([](Result) { ForgetWritten(); })
             .Fuzz([](Fuzz& f) {
                 WritePrivateProfileStringW(L"written", f.Str(), f.Str(Fuzz::NullOk), Written().c_str());
-                WritePrivateProfileStringW(f.Str(), nullptr, nullptr, Absent(f));
+                WritePrivateProfileStringW(f.Str(), nullptr, nullptr, UnwritableProfileFile(f));
                 ForgetWritten();
             }),
         Row("GetProfileSectionW",
@@ -397,7 +410,7 @@ std::vector<Row> KernelRows()
             .Kernel()
             .Fuzz([](Fuzz& f) {
                 LPCWSTR section = f.Pick(2) ? L"section" : f.Str();
-                LPCWSTR file = f.Pick(2) ? Ini().c_str() : f.Path();
+                LPCWSTR file = f.Pick(2) ? Ini().c_str() : ProfileFile(f);
                 Buffer b(f, 30, SectionLeast);
                 EXPECT_LE(GetPrivateProfileSectionW(section, b.p, b.n, file), DWORD(b.n));
             }),
@@ -409,7 +422,7 @@ std::vector<Row> KernelRows()
             0, Error::AsLeft)
             .Kernel()
             .Fuzz([](Fuzz& f) {
-                LPCWSTR file = f.Pick(2) ? Ini().c_str() : f.Path();
+                LPCWSTR file = f.Pick(2) ? Ini().c_str() : ProfileFile(f);
                 Buffer b(f, 8);
                 EXPECT_LE(GetPrivateProfileSectionNamesW(b.p, b.n, file), DWORD(b.n));
             }),
@@ -428,7 +441,7 @@ std::vector<Row> KernelRows()
             .Undo([](Result) { ForgetWritten(); })
             .Fuzz([](Fuzz& f) {
                 WritePrivateProfileSectionW(L"written", List(f, L"key="), Written().c_str());
-                WritePrivateProfileSectionW(f.Str(), L"\0", Absent(f));
+                WritePrivateProfileSectionW(f.Str(), L"\0", UnwritableProfileFile(f));
                 ForgetWritten();
             }),
         Row("GetPrivateProfileStructW",
@@ -527,24 +540,28 @@ std::vector<Row> KernelRows()
             0)
             .Kernel()
             .Fuzz([](Fuzz& f) {
+                // Inserts of each width and kind the ANSI path converts; %1 is the
+                // fuzzed string, %2 the character 'x'.
+                static const LPCWSTR templates[] = {L"<%1> %2!c!", L"%1!12s!|%2!C!", L"%1!.4s!%2!d!%%%n",
+                                                    L"%2!5c!%1!-20s!", L"%1!S!", nullptr};
                 LPCWSTR insert = f.Str();
                 DWORD_PTR inserts[] = {DWORD_PTR(insert), DWORD_PTR(L'x')};
-                const DWORD flags = FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUMENT_ARRAY;
                 auto* args = reinterpret_cast<va_list*>(inserts);
-                if (f.Pick(4) == 0) {
-                    LPWSTR text = nullptr;
-                    FormatMessageW(flags | FORMAT_MESSAGE_ALLOCATE_BUFFER, L"<%1> %2!c!", 0, 0,
-                                   LPWSTR(&text), 0, args);
-                    LocalFree(text);
-                    return;
-                }
-                bool withInserts = f.Pick(2);
-                LPCWSTR source = withInserts ? L"<%1> %2!c!" : f.Str();
-                int length = withInserts ? f.Len(insert) + 5 : f.Len(source);
+                LPCWSTR source = templates[f.Pick(6)];
+                if (!source)
+                    source = f.Str();
+                DWORD flags = FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUMENT_ARRAY;
+                LPWSTR text = nullptr;
+                DWORD length = FormatMessageW(flags | FORMAT_MESSAGE_ALLOCATE_BUFFER, source, 0, 0,
+                                              LPWSTR(&text), 0, args);
+                LocalFree(text);
                 // Wine's FormatMessageW writes past a buffer too small for the message.
-                Buffer b(f, length + 1, harness::AnsiPath() ? 0 : length + 1);
+                Buffer b(f, int(length) + 1, harness::AnsiPath() ? 0 : int(length) + 1);
                 DWORD r = FormatMessageW(flags, source, 0, 0, b.p, b.n, args);
                 EXPECT_LT(r, DWORD(b.n ? b.n : 1));
+                if (r) {
+                    EXPECT_EQ(b.p[r], 0);
+                }
             }),
 
         // ---- files, directories and volumes
@@ -1010,7 +1027,10 @@ std::vector<Row> KernelRows()
                 }
                 LPCWSTR value = f.Pick(2) ? L"-1234567.891" : f.Str();
                 Buffer b(f, 14);
-                GetNumberFormatW(LOCALE_USER_DEFAULT, 0, value, f.Pick(2) ? &format : nullptr, b.p, b.n);
+                int r = GetNumberFormatW(LOCALE_USER_DEFAULT, 0, value, f.Pick(2) ? &format : nullptr, b.p, b.n);
+                if (b.n) {
+                    EXPECT_LE(r, b.n);
+                }
             }),
         FileRow("LCMapStringW",
                 [] {
