@@ -75,6 +75,11 @@ struct Buffer {
     WCHAR* p;
 };
 
+void ExpectInside(LPCWSTR part, const Buffer& b)
+{
+    EXPECT_TRUE(part >= b.p && part < b.p + b.n) << "the file part points outside the buffer";
+}
+
 // A string and a count that stays within it (-1: up to its terminator).
 struct Counted {
     explicit Counted(Fuzz& f) : s(f.Str()), n(f.Pick(2) ? -1 : f.Len(s)) {}
@@ -209,7 +214,8 @@ Result ProcAddress()
     return R(GetProcAddressW(kernel, L"GetTickCount"));
 }
 
-Row FileRow(const char* name, std::function<Result()> call, Result failure)
+// A row whose ANSI path calls kernel32 alone.
+Row KernelRow(const char* name, std::function<Result()> call, Result failure)
 {
     return Row(name, std::move(call), failure).Kernel();
 }
@@ -447,7 +453,8 @@ std::vector<Row> KernelRows()
         Row("GetPrivateProfileStructW",
             [] {
                 DWORD data = 0;
-                return R(GetPrivateProfileStructW(L"section", L"struct", &data, sizeof data, Ini().c_str()));
+                return R(GetPrivateProfileStructW(L"section", L"struct", &data, sizeof data,
+                                                  Ini().c_str()));
             },
             FALSE, Error::AsLeft)
             .Kernel()
@@ -584,40 +591,40 @@ std::vector<Row> KernelRows()
                 if (IsSuccessHandle(R(file)))
                     CloseHandle(file);
             }),
-        FileRow("GetFileAttributesW", [] { return R(GetFileAttributesW(File().c_str())); },
-                INVALID_FILE_ATTRIBUTES)
+        KernelRow("GetFileAttributesW", [] { return R(GetFileAttributesW(File().c_str())); },
+                  INVALID_FILE_ATTRIBUTES)
             .Fuzz([](Fuzz& f) { GetFileAttributesW(f.Path()); }),
-        FileRow("SetFileAttributesW",
-                [] { return R(SetFileAttributesW(File().c_str(), FILE_ATTRIBUTE_NORMAL)); }, FALSE)
+        KernelRow("SetFileAttributesW",
+                  [] { return R(SetFileAttributesW(File().c_str(), FILE_ATTRIBUTE_NORMAL)); }, FALSE)
             .Fuzz([](Fuzz& f) { SetFileAttributesW(Absent(f), FILE_ATTRIBUTE_NORMAL); }),
-        FileRow("GetFileAttributesExW",
-                [] {
-                    WIN32_FILE_ATTRIBUTE_DATA data;
-                    return R(GetFileAttributesExW(File().c_str(), GetFileExInfoStandard, &data));
-                },
-                FALSE)
+        KernelRow("GetFileAttributesExW",
+                  [] {
+                      WIN32_FILE_ATTRIBUTE_DATA data;
+                      return R(GetFileAttributesExW(File().c_str(), GetFileExInfoStandard, &data));
+                  },
+                  FALSE)
             .Fuzz([](Fuzz& f) {
                 auto* data = f.Out<WIN32_FILE_ATTRIBUTE_DATA>(1);
                 GetFileAttributesExW(f.Path(), GetFileExInfoStandard, data);
             }),
-        FileRow("DeleteFileW",
-                [] { return R(DeleteFileW(MakeFile(L"deleted.txt").c_str())); }, FALSE)
+        KernelRow("DeleteFileW",
+                  [] { return R(DeleteFileW(MakeFile(L"deleted.txt").c_str())); }, FALSE)
             .Fuzz([](Fuzz& f) { DeleteFileW(Absent(f)); }),
-        FileRow("CopyFileW",
-                [] { return R(CopyFileW(File().c_str(), PathIn(L"copied.txt").c_str(), FALSE)); }, FALSE)
+        KernelRow("CopyFileW",
+                  [] { return R(CopyFileW(File().c_str(), PathIn(L"copied.txt").c_str(), FALSE)); }, FALSE)
             .Undo([](Result) { RemoveFile(PathIn(L"copied.txt")); })
             .Fuzz([](Fuzz& f) { CopyFileW(f.Path(), Absent(f), FALSE); }),
-        FileRow("MoveFileExW",
-                [] {
-                    return R(MoveFileExW(MakeFile(L"move-from.txt").c_str(), PathIn(L"move-to.txt").c_str(),
-                                         MOVEFILE_REPLACE_EXISTING));
-                },
-                FALSE)
+        KernelRow("MoveFileExW",
+                  [] {
+                      return R(MoveFileExW(MakeFile(L"move-from.txt").c_str(), PathIn(L"move-to.txt").c_str(),
+                                           MOVEFILE_REPLACE_EXISTING));
+                  },
+                  FALSE)
             .Undo([](Result) { RemoveFile(PathIn(L"move-to.txt")); })
             .Fuzz([](Fuzz& f) { MoveFileExW(Absent(f), Absent(f), 0); }),
-        FileRow("CreateDirectoryExW",
-                [] { return R(CreateDirectoryExW(Folder().c_str(), PathIn(L"made-ex").c_str(), nullptr)); },
-                FALSE)
+        KernelRow("CreateDirectoryExW",
+                  [] { return R(CreateDirectoryExW(Folder().c_str(), PathIn(L"made-ex").c_str(), nullptr)); },
+                  FALSE)
             .Undo([](Result) { RemoveDirectoryA(A(PathIn(L"made-ex")).c_str()); })
             .Fuzz([](Fuzz& f) { CreateDirectoryExW(f.Path(), Absent(f), nullptr); }),
         Row("GetFileSecurityW",
@@ -633,12 +640,12 @@ std::vector<Row> KernelRows()
                 GetFileSecurityW(f.Pick(2) ? File().c_str() : f.Path(), OWNER_SECURITY_INFORMATION,
                                  f.Out<BYTE>(size), size, &needed);
             }),
-        FileRow("FindFirstFileW",
-                [] {
-                    WIN32_FIND_DATAW data;
-                    return R(FindFirstFileW(PathIn(L"*").c_str(), &data));
-                },
-                R(INVALID_HANDLE_VALUE))
+        KernelRow("FindFirstFileW",
+                  [] {
+                      WIN32_FIND_DATAW data;
+                      return R(FindFirstFileW(PathIn(L"*").c_str(), &data));
+                  },
+                  R(INVALID_HANDLE_VALUE))
             .Undo([](Result find) { FindClose(HANDLE(find)); })
             .Fuzz([](Fuzz& f) {
                 HANDLE find = FindFirstFileW(f.Path(), f.Out<WIN32_FIND_DATAW>(1));
@@ -646,72 +653,75 @@ std::vector<Row> KernelRows()
                     FindClose(find);
             }),
         // The caller's record is converted before the call, whatever its names hold.
-        FileRow("FindNextFileW",
-                [] {
-                    File();
-                    WIN32_FIND_DATAA first;
-                    HANDLE find = FindFirstFileA(A(PathIn(L"*")).c_str(), &first);
-                    WIN32_FIND_DATAW data = {};
-                    BOOL r = FindNextFileW(find, &data);
-                    FindClose(find);
-                    return R(r);
-                },
-                FALSE)
+        KernelRow("FindNextFileW",
+                  [] {
+                      File();
+                      WIN32_FIND_DATAA first;
+                      HANDLE find = FindFirstFileA(A(PathIn(L"*")).c_str(), &first);
+                      WIN32_FIND_DATAW data = {};
+                      BOOL r = FindNextFileW(find, &data);
+                      FindClose(find);
+                      return R(r);
+                  },
+                  FALSE)
             .Fuzz([](Fuzz& f) {
                 WIN32_FIND_DATAA first;
                 HANDLE find = FindFirstFileA(A(PathIn(L"*")).c_str(), &first);
                 FindNextFileW(find, f.Out<WIN32_FIND_DATAW>(1));
                 FindClose(find);
             }),
-        PathReader("GetSystemDirectoryW", [](LPWSTR buf, int n) { return DWORD(GetSystemDirectoryW(buf, n)); },
+        PathReader("GetSystemDirectoryW",
+                   [](LPWSTR buf, int n) { return DWORD(GetSystemDirectoryW(buf, n)); },
                    [] { return LengthOf(SystemDirectoryA); }),
-        PathReader("GetWindowsDirectoryW", [](LPWSTR buf, int n) { return DWORD(GetWindowsDirectoryW(buf, n)); },
+        PathReader("GetWindowsDirectoryW",
+                   [](LPWSTR buf, int n) { return DWORD(GetWindowsDirectoryW(buf, n)); },
                    [] { return LengthOf(WindowsDirectoryA); }),
         PathReader("GetTempPathW", [](LPWSTR buf, int n) { return GetTempPathW(n, buf); },
                    [] { return LengthOf(TempPathA); }),
         PathReader("GetCurrentDirectoryW", [](LPWSTR buf, int n) { return GetCurrentDirectoryW(n, buf); },
                    [] { return LengthOf(CurrentDirectoryA); }),
-        FileRow("SetCurrentDirectoryW", [] { return R(SetCurrentDirectoryW(CurrentDirectory().c_str())); },
-                FALSE)
+        KernelRow("SetCurrentDirectoryW",
+                  [] { return R(SetCurrentDirectoryW(CurrentDirectory().c_str())); },
+                  FALSE)
             .Fuzz([](Fuzz& f) {
                 std::string dir = A(CurrentDirectory());
                 SetCurrentDirectoryW(f.Path());
                 SetCurrentDirectoryA(dir.c_str());
             }),
-        FileRow("GetShortPathNameW",
-                [] {
-                    WCHAR buf[MAX_PATH];
-                    return R(GetShortPathNameW(File().c_str(), buf, MAX_PATH));
-                },
-                0)
+        KernelRow("GetShortPathNameW",
+                  [] {
+                      WCHAR buf[MAX_PATH];
+                      return R(GetShortPathNameW(File().c_str(), buf, MAX_PATH));
+                  },
+                  0)
             .Fuzz([](Fuzz& f) {
                 LPCWSTR path = f.Pick(2) ? File().c_str() : f.Path();
                 Buffer b(f, f.Len(path));
                 GetShortPathNameW(path, b.p, b.n);
             }),
-        FileRow("GetFullPathNameW",
-                [] {
-                    WCHAR buf[MAX_PATH];
-                    LPWSTR part = nullptr;
-                    return R(GetFullPathNameW(L"kernel.txt", MAX_PATH, buf, &part));
-                },
-                0)
+        KernelRow("GetFullPathNameW",
+                  [] {
+                      WCHAR buf[MAX_PATH];
+                      LPWSTR part = nullptr;
+                      return R(GetFullPathNameW(L"kernel.txt", MAX_PATH, buf, &part));
+                  },
+                  0)
             .Fuzz([](Fuzz& f) {
                 LPCWSTR name = f.Str();
                 Buffer b(f, f.Len(name) + int(CurrentDirectory().size()) + 1);
                 LPWSTR part = nullptr;
                 if (GetFullPathNameW(name, b.n, b.p, &part) && part) {
-                    EXPECT_TRUE(part >= b.p && part < b.p + b.n) << "the file part points outside the buffer";
+                    ExpectInside(part, b);
                 }
             }),
-        FileRow("SearchPathW",
-                [] {
-                    File();
-                    WCHAR buf[MAX_PATH];
-                    LPWSTR part = nullptr;
-                    return R(SearchPathW(Folder().c_str(), L"kernel", L".txt", MAX_PATH, buf, &part));
-                },
-                0)
+        KernelRow("SearchPathW",
+                  [] {
+                      File();
+                      WCHAR buf[MAX_PATH];
+                      LPWSTR part = nullptr;
+                      return R(SearchPathW(Folder().c_str(), L"kernel", L".txt", MAX_PATH, buf, &part));
+                  },
+                  0)
             .Fuzz([](Fuzz& f) {
                 LPCWSTR path = f.Pick(2) ? Folder().c_str() : f.Str(Fuzz::NullOk);
                 LPCWSTR name = f.Pick(2) ? L"kernel" : f.Str(), ext = f.Str(Fuzz::NullOk);
@@ -719,7 +729,7 @@ std::vector<Row> KernelRows()
                 LPWSTR part = nullptr;
                 DWORD r = SearchPathW(path, name, ext, b.n, b.p, &part);
                 if (r && r < DWORD(b.n) && part) {
-                    EXPECT_TRUE(part >= b.p && part < b.p + b.n) << "the file part points outside the buffer";
+                    ExpectInside(part, b);
                 }
             }),
         // A unique number of the caller's own makes a name without creating the file.
@@ -737,24 +747,24 @@ std::vector<Row> KernelRows()
         Row("GetDriveTypeW", [] { return R(GetDriveTypeW(L"C:\\")); }, DRIVE_UNKNOWN, Error::AsLeft)
             .Kernel()
             .Fuzz([](Fuzz& f) { GetDriveTypeW(f.Str(Fuzz::NullOk)); }),
-        FileRow("GetDiskFreeSpaceW",
-                [] {
-                    DWORD a, b, c, d;
-                    return R(GetDiskFreeSpaceW(L"C:\\", &a, &b, &c, &d));
-                },
-                FALSE)
+        KernelRow("GetDiskFreeSpaceW",
+                  [] {
+                      DWORD a, b, c, d;
+                      return R(GetDiskFreeSpaceW(L"C:\\", &a, &b, &c, &d));
+                  },
+                  FALSE)
             .Fuzz([](Fuzz& f) {
                 DWORD a, b, c, d;
                 GetDiskFreeSpaceW(f.Str(Fuzz::NullOk), &a, &b, &c, &d);
             }),
-        FileRow("GetVolumeInformationW",
-                [] {
-                    WCHAR name[MAX_PATH], system[MAX_PATH];
-                    DWORD serial, length, flags;
-                    return R(GetVolumeInformationW(L"C:\\", name, MAX_PATH, &serial, &length, &flags,
-                                                   system, MAX_PATH));
-                },
-                FALSE)
+        KernelRow("GetVolumeInformationW",
+                  [] {
+                      WCHAR name[MAX_PATH], system[MAX_PATH];
+                      DWORD serial, length, flags;
+                      return R(GetVolumeInformationW(L"C:\\", name, MAX_PATH, &serial, &length, &flags,
+                                                     system, MAX_PATH));
+                  },
+                  FALSE)
             .Fuzz([](Fuzz& f) {
                 LPCWSTR root = f.Pick(2) ? L"C:\\" : f.Str(Fuzz::NullOk);
                 static const int labelLength = int(Label().size());
@@ -765,25 +775,25 @@ std::vector<Row> KernelRows()
 
         // ---- processes, modules, environment and named objects
         // The test program itself, started suspended and ended at once.
-        FileRow("CreateProcessW",
-                [] {
-                    char self[MAX_PATH];
-                    GetModuleFileNameA(nullptr, self, MAX_PATH);
-                    std::wstring command = L"sweep --gtest_list_tests";
-                    STARTUPINFOW startup = {};
-                    startup.cb = sizeof startup;
-                    PROCESS_INFORMATION info = {};
-                    BOOL r = CreateProcessW(harness::FromAnsi(self).c_str(), command.data(), nullptr,
-                                            nullptr, FALSE, CREATE_SUSPENDED, nullptr, nullptr, &startup,
-                                            &info);
-                    if (r) {
-                        TerminateProcess(info.hProcess, 0);
-                        CloseHandle(info.hThread);
-                        CloseHandle(info.hProcess);
-                    }
-                    return R(r);
-                },
-                FALSE)
+        KernelRow("CreateProcessW",
+                  [] {
+                      char self[MAX_PATH];
+                      GetModuleFileNameA(nullptr, self, MAX_PATH);
+                      std::wstring command = L"sweep --gtest_list_tests";
+                      STARTUPINFOW startup = {};
+                      startup.cb = sizeof startup;
+                      PROCESS_INFORMATION info = {};
+                      BOOL r = CreateProcessW(harness::FromAnsi(self).c_str(), command.data(), nullptr,
+                                              nullptr, FALSE, CREATE_SUSPENDED, nullptr, nullptr, &startup,
+                                              &info);
+                      if (r) {
+                          TerminateProcess(info.hProcess, 0);
+                          CloseHandle(info.hThread);
+                          CloseHandle(info.hProcess);
+                      }
+                      return R(r);
+                  },
+                  FALSE)
             .Fuzz([](Fuzz& f) {
                 STARTUPINFOW startup = {};
                     startup.cb = sizeof startup;
@@ -795,17 +805,18 @@ std::vector<Row> KernelRows()
                 LPCWSTR program = Copy(f, File() + L"\\" + Clipped(f, 200)), dir = f.Str(Fuzz::NullOk);
                 LPWSTR line = Copy(f, std::wstring(command, f.Len(command)));
                 // The program does not exist: nothing starts.
-                if (CreateProcessW(program, line, nullptr, nullptr, FALSE,
-                                   CREATE_SUSPENDED | CREATE_UNICODE_ENVIRONMENT, env, dir, &startup, &info)) {
+                const DWORD flags = CREATE_SUSPENDED | CREATE_UNICODE_ENVIRONMENT;
+                if (CreateProcessW(program, line, nullptr, nullptr, FALSE, flags, env, dir, &startup,
+                                   &info)) {
                     TerminateProcess(info.hProcess, 0);
                     CloseHandle(info.hThread);
                     CloseHandle(info.hProcess);
                 }
             }),
-        FileRow("GetProcAddressW", ProcAddress, 0)
+        KernelRow("GetProcAddressW", ProcAddress, 0)
             .WorksWhenMissing()
             .Fuzz([](Fuzz& f) { GetProcAddressW(GetModuleHandleA("kernel32.dll"), f.Str()); }),
-        FileRow("LoadLibraryExW", [] { return R(LoadLibraryExW(L"kernel32.dll", nullptr, 0)); }, 0)
+        KernelRow("LoadLibraryExW", [] { return R(LoadLibraryExW(L"kernel32.dll", nullptr, 0)); }, 0)
             .Undo([](Result module) { FreeLibrary(HMODULE(module)); })
             .Fuzz([](Fuzz& f) {
                 if (HMODULE module = LoadLibraryExW(Absent(f), nullptr, LOAD_LIBRARY_AS_DATAFILE))
@@ -813,24 +824,24 @@ std::vector<Row> KernelRows()
             }),
         // The test program's own start-up code calls it, so it is bound before any
         // function can be made absent.
-        FileRow("GetModuleHandleW", [] { return R(GetModuleHandleW(L"kernel32.dll")); }, 0)
+        KernelRow("GetModuleHandleW", [] { return R(GetModuleHandleW(L"kernel32.dll")); }, 0)
             .WorksWhenMissing()
             .Fuzz([](Fuzz& f) { GetModuleHandleW(f.Str(Fuzz::NullOk)); }),
-        FileRow("GetModuleFileNameW",
-                [] {
-                    WCHAR buf[MAX_PATH];
-                    return R(GetModuleFileNameW(nullptr, buf, MAX_PATH));
-                },
-                0)
+        KernelRow("GetModuleFileNameW",
+                  [] {
+                      WCHAR buf[MAX_PATH];
+                      return R(GetModuleFileNameW(nullptr, buf, MAX_PATH));
+                  },
+                  0)
             .Fuzz([](Fuzz& f) {
                 char self[MAX_PATH];
-                int length = int(harness::FromAnsi(std::string(self, GetModuleFileNameA(nullptr, self, MAX_PATH))).size());
-                Buffer b(f, length);
+                std::string name(self, GetModuleFileNameA(nullptr, self, MAX_PATH));
+                Buffer b(f, int(harness::FromAnsi(name).size()));
                 EXPECT_LE(GetModuleFileNameW(nullptr, b.p, b.n), DWORD(b.n));
             }),
-        FileRow("FindResourceExW",
-                [] { return R(FindResourceExW(harness::Torwen(), RT_VERSION, MAKEINTRESOURCEW(1), 0)); },
-                0)
+        KernelRow("FindResourceExW",
+                  [] { return R(FindResourceExW(harness::Torwen(), RT_VERSION, MAKEINTRESOURCEW(1), 0)); },
+                  0)
             .Fuzz([](Fuzz& f) { FindResourceExW(harness::Torwen(), f.Str(), f.Str(), 0); }),
         Row::Void("OutputDebugStringW", [] { OutputDebugStringW(L"torwen sweep\n"); }, Error::AsLeft)
             .Kernel()
@@ -861,46 +872,47 @@ std::vector<Row> KernelRows()
                 Buffer b(f, 5);
                 GetEnvironmentVariableW(name, b.p, b.n);
             }),
-        FileRow("SetEnvironmentVariableW",
-                [] { return R(SetEnvironmentVariableW(L"TORWEN_SWEEP_SET", L"value")); }, FALSE)
+        KernelRow("SetEnvironmentVariableW",
+                  [] { return R(SetEnvironmentVariableW(L"TORWEN_SWEEP_SET", L"value")); }, FALSE)
             .Undo([](Result) { SetEnvironmentVariableA("TORWEN_SWEEP_SET", nullptr); })
             .Fuzz([](Fuzz& f) {
                 SetEnvironmentVariableW(L"TORWEN_SWEEP_SET", f.Str(Fuzz::NullOk));
                 SetEnvironmentVariableA("TORWEN_SWEEP_SET", nullptr);
                 SetEnvironmentVariableW(f.Str(), nullptr);
             }),
-        FileRow("GetLogicalDriveStringsW",
-                [] {
-                    WCHAR buf[256];
-                    return R(GetLogicalDriveStringsW(256, buf));
-                },
-                0)
+        KernelRow("GetLogicalDriveStringsW",
+                  [] {
+                      WCHAR buf[256];
+                      return R(GetLogicalDriveStringsW(256, buf));
+                  },
+                  0)
             .Fuzz([](Fuzz& f) {
                 static const int length = int(GetLogicalDriveStringsA(0, nullptr));
                 Buffer b(f, length);
                 GetLogicalDriveStringsW(b.n, b.p);
             }),
-        FileRow("CreateMutexW", [] { return R(CreateMutexW(nullptr, FALSE, L"torwen-sweep-mutex")); }, 0)
+        KernelRow("CreateMutexW", [] { return R(CreateMutexW(nullptr, FALSE, L"torwen-sweep-mutex")); }, 0)
             .Undo(Close)
             .Fuzz([](Fuzz& f) { Close(R(CreateMutexW(nullptr, FALSE, f.Str(Fuzz::NullOk)))); }),
-        FileRow("CreateEventW", [] { return R(CreateEventW(nullptr, TRUE, FALSE, L"torwen-sweep-event")); }, 0)
+        KernelRow("CreateEventW",
+                  [] { return R(CreateEventW(nullptr, TRUE, FALSE, L"torwen-sweep-event")); }, 0)
             .Undo(Close)
             .Fuzz([](Fuzz& f) { Close(R(CreateEventW(nullptr, TRUE, FALSE, f.Str(Fuzz::NullOk)))); }),
-        FileRow("OpenEventW",
-                [] {
-                    static HANDLE event = CreateEventA(nullptr, TRUE, FALSE, "torwen-sweep-open");
-                    (void)event;
-                    return R(OpenEventW(SYNCHRONIZE, FALSE, L"torwen-sweep-open"));
-                },
-                0)
+        KernelRow("OpenEventW",
+                  [] {
+                      static HANDLE event = CreateEventA(nullptr, TRUE, FALSE, "torwen-sweep-open");
+                      (void)event;
+                      return R(OpenEventW(SYNCHRONIZE, FALSE, L"torwen-sweep-open"));
+                  },
+                  0)
             .Undo(Close)
             .Fuzz([](Fuzz& f) { Close(R(OpenEventW(SYNCHRONIZE, FALSE, f.Str()))); }),
-        FileRow("CreateFileMappingW",
-                [] {
-                    return R(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 4096,
-                                                L"torwen-sweep-mapping"));
-                },
-                0)
+        KernelRow("CreateFileMappingW",
+                  [] {
+                      return R(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 4096,
+                                                  L"torwen-sweep-mapping"));
+                  },
+                  0)
             .Undo(Close)
             .Fuzz([](Fuzz& f) {
                 Close(R(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 4096,
@@ -908,45 +920,49 @@ std::vector<Row> KernelRows()
             }),
 
         // ---- beyond the families above
-        FileRow("CreateDirectoryW", [] { return R(CreateDirectoryW(PathIn(L"made").c_str(), nullptr)); }, FALSE)
+        KernelRow("CreateDirectoryW",
+                  [] { return R(CreateDirectoryW(PathIn(L"made").c_str(), nullptr)); }, FALSE)
             .Undo([](Result) { RemoveDirectoryA(A(PathIn(L"made")).c_str()); })
             .Fuzz([](Fuzz& f) { CreateDirectoryW(Absent(f), nullptr); }),
-        FileRow("RemoveDirectoryW",
-                [] {
-                    CreateDirectoryA(A(PathIn(L"removed")).c_str(), nullptr);
-                    return R(RemoveDirectoryW(PathIn(L"removed").c_str()));
-                },
-                FALSE)
+        KernelRow("RemoveDirectoryW",
+                  [] {
+                      CreateDirectoryA(A(PathIn(L"removed")).c_str(), nullptr);
+                      return R(RemoveDirectoryW(PathIn(L"removed").c_str()));
+                  },
+                  FALSE)
             .Fuzz([](Fuzz& f) { RemoveDirectoryW(Absent(f)); }),
-        FileRow("MoveFileW",
-                [] { return R(MoveFileW(MakeFile(L"moved-from.txt").c_str(), PathIn(L"moved-to.txt").c_str())); },
-                FALSE)
+        KernelRow("MoveFileW",
+                  [] {
+                      std::wstring from = MakeFile(L"moved-from.txt");
+                      return R(MoveFileW(from.c_str(), PathIn(L"moved-to.txt").c_str()));
+                  },
+                  FALSE)
             .Undo([](Result) { RemoveFile(PathIn(L"moved-to.txt")); })
             .Fuzz([](Fuzz& f) { MoveFileW(Absent(f), Absent(f)); }),
-        FileRow("CopyFileExW",
-                [] {
-                    return R(CopyFileExW(File().c_str(), PathIn(L"copied-ex.txt").c_str(), nullptr, nullptr,
-                                         nullptr, 0));
-                },
-                FALSE)
+        KernelRow("CopyFileExW",
+                  [] {
+                      return R(CopyFileExW(File().c_str(), PathIn(L"copied-ex.txt").c_str(), nullptr, nullptr,
+                                           nullptr, 0));
+                  },
+                  FALSE)
             .Undo([](Result) { RemoveFile(PathIn(L"copied-ex.txt")); })
             .Fuzz([](Fuzz& f) { CopyFileExW(f.Path(), Absent(f), nullptr, nullptr, nullptr, 0); }),
-        FileRow("GetDiskFreeSpaceExW",
-                [] {
-                    ULARGE_INTEGER a, b, c;
-                    return R(GetDiskFreeSpaceExW(Folder().c_str(), &a, &b, &c));
-                },
-                FALSE)
+        KernelRow("GetDiskFreeSpaceExW",
+                  [] {
+                      ULARGE_INTEGER a, b, c;
+                      return R(GetDiskFreeSpaceExW(Folder().c_str(), &a, &b, &c));
+                  },
+                  FALSE)
             .Fuzz([](Fuzz& f) {
                 ULARGE_INTEGER a, b, c;
                 GetDiskFreeSpaceExW(f.Str(Fuzz::NullOk), &a, &b, &c);
             }),
-        FileRow("GetLongPathNameW",
-                [] {
-                    WCHAR buf[MAX_PATH];
-                    return R(GetLongPathNameW(File().c_str(), buf, MAX_PATH));
-                },
-                0)
+        KernelRow("GetLongPathNameW",
+                  [] {
+                      WCHAR buf[MAX_PATH];
+                      return R(GetLongPathNameW(File().c_str(), buf, MAX_PATH));
+                  },
+                  0)
             .Fuzz([](Fuzz& f) {
                 LPCWSTR path = f.Pick(2) ? File().c_str() : Copy(f, PathIn(Clipped(f, 200)));
                 Buffer b(f, f.Len(path));
@@ -956,19 +972,19 @@ std::vector<Row> KernelRows()
                 }
             }),
         // The label C: has now, set again.
-        FileRow("SetVolumeLabelW", [] { return R(SetVolumeLabelW(L"C:\\", Label().c_str())); }, FALSE)
+        KernelRow("SetVolumeLabelW", [] { return R(SetVolumeLabelW(L"C:\\", Label().c_str())); }, FALSE)
             .Fuzz([](Fuzz& f) {
                 std::string label = A(Label());
                 // Wine faults on a null label, which would remove it.
                 SetVolumeLabelW(f.Pick(2) ? L"C:\\" : Absent(f), f.Str());
                 SetVolumeLabelA("C:\\", label.c_str());
             }),
-        FileRow("ExpandEnvironmentStringsW",
-                [] {
-                    WCHAR buf[MAX_PATH];
-                    return R(ExpandEnvironmentStringsW(L"%TEMP%\\sweep", buf, MAX_PATH));
-                },
-                0)
+        KernelRow("ExpandEnvironmentStringsW",
+                  [] {
+                      WCHAR buf[MAX_PATH];
+                      return R(ExpandEnvironmentStringsW(L"%TEMP%\\sweep", buf, MAX_PATH));
+                  },
+                  0)
             .Fuzz([](Fuzz& f) {
                 LPCWSTR source = f.Str();
                 Buffer b(f, f.Len(source) + 1);
@@ -977,13 +993,13 @@ std::vector<Row> KernelRows()
                     EXPECT_EQ(b.p[r - 1], 0);
                 }
             }),
-        FileRow("GetComputerNameW",
-                [] {
-                    WCHAR buf[MAX_COMPUTERNAME_LENGTH + 1];
-                    DWORD n = MAX_COMPUTERNAME_LENGTH + 1;
-                    return R(GetComputerNameW(buf, &n));
-                },
-                FALSE)
+        KernelRow("GetComputerNameW",
+                  [] {
+                      WCHAR buf[MAX_COMPUTERNAME_LENGTH + 1];
+                      DWORD n = MAX_COMPUTERNAME_LENGTH + 1;
+                      return R(GetComputerNameW(buf, &n));
+                  },
+                  FALSE)
             .Fuzz([](Fuzz& f) {
                 char name[MAX_COMPUTERNAME_LENGTH + 1];
                 DWORD length = sizeof name;
@@ -1002,22 +1018,22 @@ std::vector<Row> KernelRows()
                   })
             .Kernel()
             .Fuzz([](Fuzz& f) { GetStartupInfoW(f.Out<STARTUPINFOW>(1)); }),
-        FileRow("GetCPInfoExW",
-                [] {
-                    CPINFOEXW info;
-                    return R(GetCPInfoExW(CP_ACP, 0, &info));
-                },
-                FALSE)
+        KernelRow("GetCPInfoExW",
+                  [] {
+                      CPINFOEXW info;
+                      return R(GetCPInfoExW(CP_ACP, 0, &info));
+                  },
+                  FALSE)
             .Fuzz([](Fuzz& f) {
                 const UINT pages[] = {CP_ACP, CP_OEMCP, 932, 1252, 65001, 12345};
                 GetCPInfoExW(pages[f.Pick(6)], 0, f.Out<CPINFOEXW>(1));
             }),
-        FileRow("GetNumberFormatW",
-                [] {
-                    WCHAR buf[64];
-                    return R(GetNumberFormatW(LOCALE_USER_DEFAULT, 0, L"1234.5", nullptr, buf, 64));
-                },
-                0)
+        KernelRow("GetNumberFormatW",
+                  [] {
+                      WCHAR buf[64];
+                      return R(GetNumberFormatW(LOCALE_USER_DEFAULT, 0, L"1234.5", nullptr, buf, 64));
+                  },
+                  0)
             .Fuzz([](Fuzz& f) {
                 WCHAR decimal[] = L".", thousand[] = L",";
                 NUMBERFMTW format = {2, 1, 3, decimal, thousand, 1};
@@ -1027,17 +1043,18 @@ std::vector<Row> KernelRows()
                 }
                 LPCWSTR value = f.Pick(2) ? L"-1234567.891" : f.Str();
                 Buffer b(f, 14);
-                int r = GetNumberFormatW(LOCALE_USER_DEFAULT, 0, value, f.Pick(2) ? &format : nullptr, b.p, b.n);
+                const NUMBERFMTW* chosen = f.Pick(2) ? &format : nullptr;
+                int r = GetNumberFormatW(LOCALE_USER_DEFAULT, 0, value, chosen, b.p, b.n);
                 if (b.n) {
                     EXPECT_LE(r, b.n);
                 }
             }),
-        FileRow("LCMapStringW",
-                [] {
-                    WCHAR buf[64];
-                    return R(LCMapStringW(LOCALE_USER_DEFAULT, LCMAP_UPPERCASE, L"sweep", -1, buf, 64));
-                },
-                0)
+        KernelRow("LCMapStringW",
+                  [] {
+                      WCHAR buf[64];
+                      return R(LCMapStringW(LOCALE_USER_DEFAULT, LCMAP_UPPERCASE, L"sweep", -1, buf, 64));
+                  },
+                  0)
             .Fuzz([](Fuzz& f) {
                 Counted source(f);
                 DWORD flags = f.Pick(2) ? LCMAP_UPPERCASE : LCMAP_SORTKEY;
@@ -1048,18 +1065,18 @@ std::vector<Row> KernelRows()
                 }
             }),
         // Their failure value is also what equal strings answer.
-        FileRow("lstrcmpW", [] { return R(lstrcmpW(L"a", L"b")); }, 0)
+        KernelRow("lstrcmpW", [] { return R(lstrcmpW(L"a", L"b")); }, 0)
             .Fuzz([](Fuzz& f) { lstrcmpW(f.Str(Fuzz::NullOk), f.Str(Fuzz::NullOk)); }),
-        FileRow("lstrcmpiW", [] { return R(lstrcmpiW(L"a", L"B")); }, 0)
+        KernelRow("lstrcmpiW", [] { return R(lstrcmpiW(L"a", L"B")); }, 0)
             .Fuzz([](Fuzz& f) { lstrcmpiW(f.Str(Fuzz::NullOk), f.Str(Fuzz::NullOk)); }),
-        FileRow("LoadLibraryW", [] { return R(LoadLibraryW(L"kernel32.dll")); }, 0)
+        KernelRow("LoadLibraryW", [] { return R(LoadLibraryW(L"kernel32.dll")); }, 0)
             .Undo([](Result module) { FreeLibrary(HMODULE(module)); })
             .Fuzz([](Fuzz& f) {
                 if (HMODULE module = LoadLibraryW(Absent(f)))
                     FreeLibrary(module);
             }),
-        FileRow("CreateSemaphoreW",
-                [] { return R(CreateSemaphoreW(nullptr, 0, 1, L"torwen-sweep-semaphore")); }, 0)
+        KernelRow("CreateSemaphoreW",
+                  [] { return R(CreateSemaphoreW(nullptr, 0, 1, L"torwen-sweep-semaphore")); }, 0)
             .Undo(Close)
             .Fuzz([](Fuzz& f) { Close(R(CreateSemaphoreW(nullptr, 0, 1, f.Str(Fuzz::NullOk)))); }),
         Row("IsBadStringPtrW", [] { return R(IsBadStringPtrW(L"sweep", 100)); }, std::nullopt)
@@ -1069,9 +1086,9 @@ std::vector<Row> KernelRows()
                 LPCWSTR s = f.Str();
                 EXPECT_FALSE(IsBadStringPtrW(s, f.Count(f.Len(s) + 1)));
             }),
-        FileRow("Process32FirstW", [] { return WalkProcesses(Process32FirstW); }, FALSE)
+        KernelRow("Process32FirstW", [] { return WalkProcesses(Process32FirstW); }, FALSE)
             .Fuzz([](Fuzz& f) { WalkWith(f, Process32FirstW); }),
-        FileRow("Process32NextW", [] { return WalkProcesses(Process32NextW); }, FALSE)
+        KernelRow("Process32NextW", [] { return WalkProcesses(Process32NextW); }, FALSE)
             .Fuzz([](Fuzz& f) { WalkWith(f, Process32NextW); }),
     };
 }
