@@ -82,6 +82,13 @@ LPCWSTR List(Fuzz& f, LPCWSTR first, LPCWSTR second)
     return p;
 }
 
+// A fuzzed text, or now and then the marker of a text that the control asks its
+// parent for: that one travels as it is and is never read.
+LPWSTR TextOrMarker(Fuzz& f)
+{
+    return f.Pick(8) ? const_cast<LPWSTR>(f.Str()) : LPSTR_TEXTCALLBACKW;
+}
+
 // An ANSI copy of a fuzzed string, ending at the page.
 LPSTR AnsiOf(Fuzz& f, LPCWSTR s)
 {
@@ -214,7 +221,7 @@ std::vector<Row> ItemRows()
             -1, Error::AsLeft)
             .Undo([](Result i) { Send(ListView(), LVM_DELETEITEM, i); })
             .Fuzz([](Fuzz& f) {
-                LVITEMW item = ListItem(const_cast<LPWSTR>(f.Str()), 0, 1);
+                LVITEMW item = ListItem(TextOrMarker(f), 0, 1);
                 int i = AtListView_InsertItemW(ListView(), &item);
                 if (i >= 0)
                     Send(ListView(), LVM_DELETEITEM, i);
@@ -238,7 +245,7 @@ std::vector<Row> ItemRows()
             },
             FALSE, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
-                LVITEMW item = ListItem(const_cast<LPWSTR>(f.Str()));
+                LVITEMW item = ListItem(TextOrMarker(f));
                 AtListView_SetItemW(ListView(), &item);
                 RestoreListItem();
             }),
@@ -339,7 +346,7 @@ std::vector<Row> ItemRows()
             .Fuzz([](Fuzz& f) {
                 TVINSERTSTRUCTW ins = {TVI_ROOT, TVI_LAST};
                 ins.item.mask = TVIF_TEXT;
-                ins.item.pszText = const_cast<LPWSTR>(f.Str());
+                ins.item.pszText = TextOrMarker(f);
                 if (HTREEITEM item = AtTreeView_InsertItemW(TreeView().hwnd, &ins))
                     Send(TreeView().hwnd, TVM_DELETEITEM, 0, item);
             }),
@@ -363,7 +370,7 @@ std::vector<Row> ItemRows()
             -1, Error::AsLeft)
             .Ok(TRUE)
             .Fuzz([](Fuzz& f) {
-                TVITEMW item = TreeItem(const_cast<LPWSTR>(f.Str()));
+                TVITEMW item = TreeItem(TextOrMarker(f));
                 AtTreeView_SetItemW(TreeView().hwnd, &item);
                 TVITEMA back = {TVIF_TEXT | TVIF_HANDLE, TreeView().root};
                 back.pszText = const_cast<LPSTR>("sweep");
@@ -404,7 +411,7 @@ std::vector<Row> ItemRows()
             -1, Error::AsLeft)
             .Undo([](Result i) { Send(Header(), HDM_DELETEITEM, i); })
             .Fuzz([](Fuzz& f) {
-                HDITEMW item = HeaderItem(const_cast<LPWSTR>(f.Str()), 0);
+                HDITEMW item = HeaderItem(TextOrMarker(f), 0);
                 int i = AtHeader_InsertItemW(Header(), 1, &item);
                 if (i >= 0)
                     Send(Header(), HDM_DELETEITEM, i);
@@ -416,7 +423,7 @@ std::vector<Row> ItemRows()
             },
             FALSE, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
-                HDITEMW item = HeaderItem(const_cast<LPWSTR>(f.Str()), 0);
+                HDITEMW item = HeaderItem(TextOrMarker(f), 0);
                 AtHeader_SetItemW(Header(), 0, &item);
                 HDITEMA back = {HDI_TEXT, 0, const_cast<LPSTR>("sweep")};
                 Send(Header(), HDM_SETITEMA, 0, &back);
@@ -545,7 +552,7 @@ std::function<void(Fuzz&)> FuzzToolText(Set set)
 {
     return [set](Fuzz& f) {
         AddTool2();
-        set(Tooltip(), ToolRecord(f, 2, const_cast<LPWSTR>(f.Str())));
+        set(Tooltip(), ToolRecord(f, 2, TextOrMarker(f)));
         DeleteTool2();
     };
 }
@@ -585,7 +592,11 @@ std::vector<Row> BarRows()
             [] { return R(LoadImageList(L"TESTBITMAP")); }, 0)
             .Undo(DestroyImageList)
             .Fuzz([](Fuzz& f) {
-                if (HIMAGELIST list = LoadImageList(f.Str()))
+                HIMAGELIST list = f.Pick(2) ? LoadImageList(f.Str())
+                                            : ImageList_LoadImageW(nullptr, f.Path(), 16, 0,
+                                                                   CLR_NONE, IMAGE_BITMAP,
+                                                                   LR_LOADFROMFILE);
+                if (list)
                     DestroyImageList(R(list));
             }),
         Row::Void("DrawStatusTextW",
@@ -654,8 +665,12 @@ std::vector<Row> BarRows()
         Row("ToolBar_AddString",
             [] { return R(ToolBar_AddString(Toolbar(), nullptr, L"one\0two\0")); }, -1,
             Error::AsLeft)
+            // A list of strings, or a string resource's number (1 to 4 exist).
             .Fuzz([](Fuzz& f) {
-                ToolBar_AddString(Toolbar(), nullptr, List(f, f.Str(), L"sweep"));
+                if (f.Pick(4))
+                    ToolBar_AddString(Toolbar(), nullptr, List(f, f.Str(), L"sweep"));
+                else
+                    ToolBar_AddString(Toolbar(), Resources(), MAKEINTRESOURCEW(1 + f.Pick(5)));
             }),
         Row("ToolBar_GetButtonText",
             [] {
@@ -704,7 +719,7 @@ std::vector<Row> BarRows()
             FALSE, Error::AsLeft)
             .Undo([](Result) { DeleteTool2(); })
             .Fuzz([](Fuzz& f) {
-                ToolTips_AddTool(Tooltip(), ToolRecord(f, 2, const_cast<LPWSTR>(f.Str())));
+                ToolTips_AddTool(Tooltip(), ToolRecord(f, 2, TextOrMarker(f)));
                 DeleteTool2();
             }),
         Row::Void("ToolTips_DelTool",
