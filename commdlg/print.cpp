@@ -61,9 +61,11 @@ HGLOBAL DevModeToAnsi(HGLOBAL wide)
     Locked<DEVMODEW> w(wide);
     if (!w.get())
         return nullptr;
-    HGLOBAL ansi = NewGlobal(w->dmDriverExtra + AtDevModeASize);
+    // The private-byte count is read only from an object that holds the record.
+    const bool whole = w.size() >= AtDevModeWSize && w.size() >= AtDevModeWSize + w->dmDriverExtra;
+    HGLOBAL ansi = NewGlobal((whole ? w->dmDriverExtra : 0) + AtDevModeASize);
     Locked<DEVMODEA> a(ansi);
-    if (w.size() >= AtDevModeWSize + w->dmDriverExtra) {
+    if (whole) {
         AtDevModeWToA(a.get(), w.get());
     } else {
         DEVMODEW head = {};
