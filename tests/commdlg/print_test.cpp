@@ -304,6 +304,27 @@ TEST_F(PrintAnsiTest, AShortDeviceModeIsReadWithinItsObject)
     GlobalFree(mode);
 }
 
+// So is a device-names object shorter than its header: the values it lacks are 0.
+TEST_F(PrintAnsiTest, AShortDeviceNamesObjectIsReadWithinItsObject)
+{
+    HGLOBAL names = GlobalAlloc(GMEM_MOVEABLE, 80);
+    memset(GlobalLock(names), 0x11, 80);
+    GlobalUnlock(names);
+    names = GlobalReAlloc(names, 4, 0);
+    ASSERT_EQ(GlobalSize(names), 4u);
+    Names seen;
+    TW_HOOK(print, PrintDlgA, [&](LPPRINTDLGA a) {
+        seen = ReadDevNames(a->hDevNames, false);
+        return FALSE;
+    });
+    PRINTDLGW pd = Print(0);
+    pd.hDevNames = names;
+    EXPECT_FALSE(PrintDlgW(&pd));
+    EXPECT_EQ(seen.names, (std::vector<wstring>{L"", L"", L""}));
+    EXPECT_EQ(seen.isDefault, 0);
+    GlobalFree(names);
+}
+
 TEST_F(PrintAnsiTest, PageSetup)
 {
     PAGESETUPDLGA seen = {};
