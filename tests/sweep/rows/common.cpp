@@ -1215,36 +1215,55 @@ CHOOSECOLORW ColourDialog()
 HGLOBAL Global(const void* data, size_t size)
 {
     HGLOBAL h = GlobalAlloc(GMEM_MOVEABLE, size);
-    memcpy(GlobalLock(h), data, size);
-    GlobalUnlock(h);
+    if (void* p = GlobalLock(h)) {
+        memcpy(p, data, size);
+        GlobalUnlock(h);
+    }
     return h;
 }
 
-HGLOBAL DeviceMode()
+// Fuzzed, the objects are cut short or longer than their contents, and their
+// counts and offsets lie. (Never empty: a dialog without an object looks for the
+// default printer.)
+SIZE_T ObjectSize(Fuzz* f, SIZE_T whole)
 {
-    DEVMODEW mode = {};
-    wcscpy(mode.dmDeviceName, L"sweep");
-    mode.dmSize = sizeof mode;
-    mode.dmFields = DM_ORIENTATION;
-    mode.dmOrientation = DMORIENT_PORTRAIT;
-    return Global(&mode, sizeof mode);
+    return f ? std::clamp<SIZE_T>(f->Count(int(whole)), 1, whole) : whole;
 }
 
-HGLOBAL DeviceNames()
+HGLOBAL DeviceMode(Fuzz* f)
+{
+    struct {
+        DEVMODEW mode;
+        BYTE extra[64];
+    } whole = {};
+    wcscpy(whole.mode.dmDeviceName, L"sweep");
+    whole.mode.dmSize = sizeof whole.mode;
+    whole.mode.dmFields = DM_ORIENTATION;
+    whole.mode.dmOrientation = DMORIENT_PORTRAIT;
+    if (f) {
+        whole.mode.dmDriverExtra = WORD(f->Pick(2) ? f->Count(64) : f->Pick(0x10000));
+        whole.mode.dmSize = WORD(f->Count(sizeof whole.mode));
+    }
+    return Global(&whole, ObjectSize(f, f ? sizeof whole : sizeof whole.mode));
+}
+
+HGLOBAL DeviceNames(Fuzz* f)
 {
     static const WCHAR names[] = L"\0\0\0\0winspool\0sweep\0LPT1:\0";
     WCHAR copy[ARRAYSIZE(names)];
     memcpy(copy, names, sizeof names);
     auto* header = reinterpret_cast<DEVNAMES*>(copy);
     *header = {4, 13, 19, 0};
-    return Global(copy, sizeof copy);
+    if (f)
+        *header = {WORD(f->Pick(40)), WORD(f->Pick(40)), WORD(f->Pick(0x10000)), 1};
+    return Global(copy, ObjectSize(f, sizeof copy));
 }
 
 template <typename Record>
-BOOL WithDeviceObjects(Record& record, BOOL(WINAPI* dialog)(Record*))
+BOOL WithDeviceObjects(Record& record, BOOL(WINAPI* dialog)(Record*), Fuzz* f)
 {
-    record.hDevMode = DeviceMode();
-    record.hDevNames = DeviceNames();
+    record.hDevMode = DeviceMode(f);
+    record.hDevNames = DeviceNames(f);
     BOOL r = dialog(&record);
     DWORD error = GetLastError();
     GlobalFree(record.hDevMode);
@@ -1253,7 +1272,7 @@ BOOL WithDeviceObjects(Record& record, BOOL(WINAPI* dialog)(Record*))
     return r;
 }
 
-BOOL PrintDialog(LPCWSTR templateName)
+BOOL PrintDialog(LPCWSTR templateName, Fuzz* f = nullptr)
 {
     PRINTDLGW pd = {};
     pd.lStructSize = sizeof pd;
@@ -1261,10 +1280,10 @@ BOOL PrintDialog(LPCWSTR templateName)
     pd.Flags = PD_ENABLEPRINTTEMPLATE;
     pd.hInstance = Instance();
     pd.lpPrintTemplateName = templateName;
-    return WithDeviceObjects(pd, PrintDlgW);
+    return WithDeviceObjects(pd, PrintDlgW, f);
 }
 
-BOOL PageSetupDialog(LPCWSTR templateName)
+BOOL PageSetupDialog(LPCWSTR templateName, Fuzz* f = nullptr)
 {
     PAGESETUPDLGW psd = {};
     psd.lStructSize = sizeof psd;
@@ -1272,7 +1291,7 @@ BOOL PageSetupDialog(LPCWSTR templateName)
     psd.Flags = PSD_ENABLEPAGESETUPTEMPLATE;
     psd.hInstance = Instance();
     psd.lpPageSetupTemplateName = templateName;
-    return WithDeviceObjects(psd, PageSetupDlgW);
+    return WithDeviceObjects(psd, PageSetupDlgW, f);
 }
 
 std::vector<Row> DialogRows()
@@ -1340,10 +1359,10 @@ std::vector<Row> DialogRows()
             }),
         Row("PrintDlgW", [] { return R(PrintDialog(L"sweep")); }, FALSE, Error::AsLeft)
             .Ok(FALSE)
-            .Fuzz([](Fuzz& f) { PrintDialog(f.Str()); }),
+            .Fuzz([](Fuzz& f) { PrintDialog(f.Str(), &f); }),
         Row("PageSetupDlgW", [] { return R(PageSetupDialog(L"sweep")); }, FALSE, Error::AsLeft)
             .Ok(FALSE)
-            .Fuzz([](Fuzz& f) { PageSetupDialog(f.Str()); }),
+            .Fuzz([](Fuzz& f) { PageSetupDialog(f.Str(), &f); }),
         FindRow("FindTextW", FindTextW, false),
         FindRow("ReplaceTextW", ReplaceTextW, true),
     };
