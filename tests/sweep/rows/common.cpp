@@ -483,6 +483,13 @@ HWND Toolbar()
     return h;
 }
 
+void SetButtonText(const char* text)
+{
+    TBBUTTONINFOA info = {sizeof info, TBIF_TEXT};
+    info.pszText = const_cast<LPSTR>(text);
+    Send(Toolbar(), TB_SETBUTTONINFOA, 1, &info);
+}
+
 TBBUTTON Button()
 {
     return {0, 2, TBSTATE_ENABLED, BTNS_BUTTON, {}, 0, 0};
@@ -679,13 +686,19 @@ std::vector<Row> BarRows()
             },
             -1, Error::AsLeft)
             .Ok(5)
+            // Button 1 has a fuzzed text while the call runs.
             .Fuzz([](Fuzz& f) {
+                LPCWSTR text = f.Str();
+                std::string a = harness::ToAnsi(std::wstring(text, f.Len(text)));
+                SetButtonText(a.c_str());
+                int length = MultiByteToWideChar(CP_ACP, 0, a.c_str(), -1, nullptr, 0) - 1;
+                int count = f.Count(length);
                 // The NT family's toolbar writes the whole text whatever the count.
-                int count = f.Count(5);
-                WCHAR* buf = f.Out<WCHAR>(harness::AnsiPath() ? count : std::max(count, 6));
-                int n = ToolBar_GetButtonText(Toolbar(), 1, buf, count);
+                int room = harness::AnsiPath() ? count : std::max(count, length + 1);
+                int n = ToolBar_GetButtonText(Toolbar(), 1, f.Out<WCHAR>(room), count);
                 if (harness::AnsiPath())
                     ExpectFits(n, count, f);
+                SetButtonText("sweep");
             }),
         Row::Void("ToolBar_SaveRestore",
                   [] {
@@ -748,8 +761,17 @@ std::vector<Row> BarRows()
                 return R(ToolTips_GetToolInfo(Tooltip(), &ti));
             },
             FALSE, Error::AsLeft)
+            // On the ANSI path, tool 4 with a fuzzed text too. (Wine's wide tooltip
+            // copies a tool's whole text, whatever the caller's buffer.)
             .Fuzz([](Fuzz& f) {
                 ToolTips_GetToolInfo(Tooltip(), ToolRecord(f, 1, TipBuffer(&f)));
+                if (!harness::AnsiPath())
+                    return;
+                std::string text = harness::ToAnsi(f.Str());
+                TTTOOLINFOA ti = {44, 0, Window(), 4, {}, nullptr, text.data()};
+                Send(Tooltip(), TTM_ADDTOOLA, 0, &ti);
+                ToolTips_GetToolInfo(Tooltip(), ToolRecord(f, 4, TipBuffer(&f)));
+                Send(Tooltip(), TTM_DELTOOLA, 0, &ti);
             }),
         Row::Void("ToolTips_SetToolInfo",
                   [] {
