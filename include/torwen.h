@@ -227,6 +227,9 @@ TORWEN_API void WINAPI AtCommDlg_OpenSave_SetDefExtW(HWND dialog, LPCWSTR ext);
  * pointer that is LPSTR_TEXTCALLBACK or a resource identifier travels as it is and
  * is never read as a string.
  *
+ * A text converted in for the receiver (label edits, header items) has room for the
+ * item's stated cchTextMax, so a receiver may edit it in place (memory safety).
+ *
  * On the ANSI platforms a failed allocation answers 0 without calling fn (last
  * error 14).
  */
@@ -408,6 +411,8 @@ TORWEN_API int WINAPI AtComboBox_GetLBTextLenW(HWND hwnd, int index);
  * - StartDocW reads lpszDatatype and fwType only when cbSize covers them.
  * - CreateEnhMetaFileW records the description's application name only, with an
  *   empty title (a byte of its own after the name, so nothing beyond is read).
+ * - GetEnhMetaFileDescriptionW answers GDI_ERROR with the A call's last error when
+ *   the A call fails, converting nothing.
  * - A LOGFONTW whose face name fills all 32 characters is read only within the
  *   record: the ANSI face name keeps the first 31.
  */
