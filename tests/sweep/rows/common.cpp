@@ -1046,6 +1046,9 @@ OPENFILENAMEW FuzzedFileDialog(Fuzz& f)
     ofn.hwndOwner = Window();
     ofn.hInstance = Instance();
     ofn.lpstrFilter = List(f, f.Str(), L"*.*");
+    LPCWSTR custom = f.Str();
+    ofn.nMaxCustFilter = f.Count(40);
+    ofn.lpstrCustomFilter = Buffer(f, custom, int(ofn.nMaxCustFilter));
     LPCWSTR name = f.Str();
     ofn.nMaxFile = f.Count(f.Len(name) + 1);
     ofn.lpstrFile = Buffer(f, name, int(ofn.nMaxFile));
