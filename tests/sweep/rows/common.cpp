@@ -1063,22 +1063,19 @@ OPENFILENAMEW FuzzedFileDialog(Fuzz& f)
 }
 
 template <typename Dialog>
-Row FileRow(const char* name, Dialog dialog, bool fuzz = true)
+Row FileRow(const char* name, Dialog dialog)
 {
-    Row row(name,
-            [dialog] {
-                WCHAR file[MAX_PATH], title[MAX_PATH];
-                OPENFILENAMEW ofn = FileDialog(file, title);
-                return R(dialog(&ofn));
-            },
-            FALSE, Error::AsLeft);
-    if (fuzz) {
-        row.Fuzz([dialog](Fuzz& f) {
+    return Row(name,
+               [dialog] {
+                   WCHAR file[MAX_PATH], title[MAX_PATH];
+                   OPENFILENAMEW ofn = FileDialog(file, title);
+                   return R(dialog(&ofn));
+               },
+               FALSE, Error::AsLeft)
+        .Fuzz([dialog](Fuzz& f) {
             OPENFILENAMEW ofn = FuzzedFileDialog(f);
             EXPECT_FALSE(dialog(&ofn)) << f.Describe();
         });
-    }
-    return row;
 }
 
 // A stand-in for an open dialog, for the hook's queries: it answers them as the
@@ -1107,7 +1104,7 @@ LRESULT CALLBACK StandInProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
     if (msg == CDM_SETCONTROLTEXT || msg == CDM_SETDEFEXT) {
         // Reads the text to its end, as the dialog's controls do.
         if (lParam)
-            return harness::AnsiPath() ? lstrlenA(reinterpret_cast<LPCSTR>(lParam))
+            return harness::AnsiPath() ? int(strlen(reinterpret_cast<LPCSTR>(lParam)))
                                        : int(wcslen(reinterpret_cast<LPCWSTR>(lParam)));
         return 0;
     }
