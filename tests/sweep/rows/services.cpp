@@ -582,8 +582,31 @@ std::vector<Row> ServiceRows()
             ERROR_OUTOFMEMORY, Error::Code)
             .Ok([](Result r) { return r == ERROR_NOT_CONNECTED || r == ERROR_NO_NETWORK; })
             .Fuzz([](Fuzz& f) {
-                DWORD n = f.Count(3), got = n;
-                WNetGetConnectionW(f.Str(), f.Out<WCHAR>(n), &got);
+                LPCWSTR local = f.Str();
+                if (!harness::AnsiPath()) {
+                    DWORD n = f.Count(3), got = n;
+                    WNetGetConnectionW(local, f.Out<WCHAR>(n), &got);
+                    return;
+                }
+                // Wine has no network: the rows play a redirected drive. Like the
+                // system's, the A function leaves the count alone when the name fits.
+                DWORD unused = 0;
+                WNetGetConnectionW(L"", nullptr, &unused);  // bound
+                const std::string remoteA = FuzzedAnsi(f);
+                TW_HOOK(play, WNetGetConnectionA, [&](LPCSTR, LPSTR remote, LPDWORD length) {
+                    if (*length < remoteA.size() + 1) {
+                        *length = DWORD(remoteA.size() + 1);
+                        return DWORD(ERROR_MORE_DATA);
+                    }
+                    memcpy(remote, remoteA.c_str(), remoteA.size() + 1);
+                    return DWORD(NO_ERROR);
+                });
+                const std::wstring remoteW = harness::FromAnsi(remoteA);
+                DWORD n = f.Count(int(remoteW.size()) + 1), got = n;
+                WCHAR* remote = f.Out<WCHAR>(n);
+                if (WNetGetConnectionW(local, remote, &got) == NO_ERROR) {
+                    EXPECT_EQ(std::wstring(remote), remoteW);
+                }
             }),
         Row("AtWNetGetConnectionW",
             [] {
