@@ -5,15 +5,24 @@
 #   MSVC_DEF  for lld-link: "_Name@N", the symbol Microsoft's compilers reference
 #             and the name the DLL exports, imported by that exact name;
 #   NAMES_INC the decorated names as a list of C strings.
+# The one C-call export (wsprintfW, whose caller pops a variable argument list)
+# reads "Name = Name": each linker prefixes the underscore a C caller references
+# and imports the plain name.
 file(STRINGS "${DLL_DEF}" lines)
 set(gnu "LIBRARY torwen.dll\nEXPORTS\n")
 set(msvc "LIBRARY torwen.dll\nEXPORTS\n")
 set(names "")
 foreach(line IN LISTS lines)
   if(line MATCHES "^[ \t]*([_A-Za-z0-9@]+)[ \t]*=[ \t]*([_A-Za-z0-9@]+)")
-    string(APPEND gnu "    ${CMAKE_MATCH_2} == ${CMAKE_MATCH_1}\n")
-    string(APPEND msvc "    ${CMAKE_MATCH_1}\n")
-    string(APPEND names "    \"${CMAKE_MATCH_1}\",\n")
+    set(exported ${CMAKE_MATCH_1})
+    set(made ${CMAKE_MATCH_2})
+    if(exported MATCHES "@")
+      string(APPEND gnu "    ${made} == ${exported}\n")
+    else()
+      string(APPEND gnu "    ${exported}\n")
+    endif()
+    string(APPEND msvc "    ${exported}\n")
+    string(APPEND names "    \"${exported}\",\n")
   endif()
 endforeach()
 foreach(pair "GNU_DEF;gnu" "MSVC_DEF;msvc" "NAMES_INC;names")

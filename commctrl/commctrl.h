@@ -15,6 +15,21 @@
 AT_SYSTEM_FUNCTION(user32, SendMessageW, 0)
 AT_SYSTEM_FUNCTION(user32, SendMessageA, 0)
 
+// The members that fail with -1 (the inserts, searches and widths) answer -1 also
+// on a system without the message function: a caller tests for -1, and the 0 of
+// the other binding is a valid index there.
+namespace AtFailsWithMinusOne
+{
+AT_SYSTEM_FUNCTION(user32, SendMessageW, -1)
+}
+
+// Whether a system function, once called, turned out to be missing from the system.
+template <auto& Function> bool AtFoundMissing()
+{
+    using Import = std::remove_reference_t<decltype(Function)>;
+    return Function.fn == &Import::template missing<Function>;
+}
+
 // One control message: on the NT family the W message with the caller's record;
 // otherwise `body` converts and sends the A message. Failures of this family keep
 // no saved error: a caught one leaves 14 (memory) or 87 (a count too large).
@@ -22,8 +37,17 @@ template <typename Body>
 [[gnu::always_inline]] inline LRESULT AtControlMessage(
     HWND hwnd, UINT msgW, WPARAM wParam, const void* lParam, LRESULT failure, Body body)
 {
-    return AtExport(Sys::SendMessageW, hwnd, msgW, wParam, reinterpret_cast<LPARAM>(lParam))
-        .orAnsiWithoutSavedError(failure, body);
+    auto& sendW = failure == -1 ? AtFailsWithMinusOne::Sys::SendMessageW : Sys::SendMessageW;
+    return AtExport(sendW, hwnd, msgW, wParam, reinterpret_cast<LPARAM>(lParam))
+        .orAnsiWithoutSavedError(failure, [=] {
+            LRESULT r = body();
+            // A missing SendMessageA answered 0 to every message the body sent.
+            if (failure && AtFoundMissing<Sys::SendMessageA>()) {
+                SetLastError(ERROR_CALL_NOT_IMPLEMENTED);
+                return failure;
+            }
+            return r;
+        });
 }
 
 template <typename T> LPARAM AtParam(T* record)

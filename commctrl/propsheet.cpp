@@ -187,8 +187,11 @@ INT_PTR WINAPI PropertySheetW(LPCPROPSHEETHEADERW header)
         for (UINT i = 0; i < header->nPages; ++i)
             pages.add(reinterpret_cast<const PROPSHEETPAGEW_V2*>(callers + callerPageStride * i));
         a.ppsp = reinterpret_cast<LPCPROPSHEETPAGEA>(pages.pages);
-        pages.taken = true;
-        return err.keep(Sys::PropertySheetA(&a));
+        INT_PTR r = err.keep(Sys::PropertySheetA(&a));
+        // A system that lacks the function never took the pages: their pairs are
+        // still ours to free.
+        pages.taken = !AtFoundMissing<Sys::PropertySheetA>();
+        return r;
     });
 }
 

@@ -145,7 +145,7 @@ HWND OpenDialog(AtSavedError& err, LPFINDREPLACEW w, bool replace, CallA callA)
         err.value = ERROR_INVALID_PARAMETER;
         return nullptr;
     }
-    AtStringSlot block, findWhat, replaceWith;
+    AtStringSlot block, findWhat, replaceWith, templateName;
     AtAllocBuffer(block, sizeof(FindSession));
     const WORD findBytes = WORD(std::min<DWORD>(0xFFFF, w->wFindWhatLen / sizeof(WCHAR) * AtMaxCharSize));
     const WORD replaceBytes = WORD(std::min<DWORD>(0xFFFF, w->wReplaceWithLen / sizeof(WCHAR) * AtMaxCharSize));
@@ -171,7 +171,10 @@ HWND OpenDialog(AtSavedError& err, LPFINDREPLACEW w, bool replace, CallA callA)
     }
     a.lCustData = reinterpret_cast<LPARAM>(session);
     a.lpfnHook = FindHook;
-    a.lpTemplateName = reinterpret_cast<LPCSTR>(w->lpTemplateName);
+    // The dialog looks its template up as it is made: the name need not outlive the call.
+    if (w->Flags & FR_ENABLETEMPLATE)
+        AtWideToAnsiTemp(templateName, w->lpTemplateName);
+    a.lpTemplateName = templateName;
     HWND dialog = err.keep(callA(&a));
     if (dialog) {  // the dialog owns the block now
         block.value = findWhat.value = replaceWith.value = nullptr;

@@ -1,11 +1,15 @@
 // What the standard-control helpers share: sending a control its message.
+//
+// The including file declares Sys::SendMessageW and Sys::SendMessageA first, with
+// the value its helpers answer when the system lacks them (LB_ERR for the list and
+// combo box helpers, 0 for the others); each file's helpers below use its own.
 #pragma once
 
 #include "core/core.h"
 #include "torwen.h"
 
-AT_SYSTEM_FUNCTION(user32, SendMessageW, 0)
-AT_SYSTEM_FUNCTION(user32, SendMessageA, 0)
+namespace
+{
 
 inline LRESULT AtSend(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
 {
@@ -28,3 +32,5 @@ inline LRESULT AtSendText(HWND hwnd, UINT msg, WPARAM wParam, LPCWSTR text, LRES
             return AtSendA(hwnd, msg, wParam, reinterpret_cast<LPARAM>(AtAnsiTemp(text).value));
         });
 }
+
+} // namespace

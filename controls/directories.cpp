@@ -14,13 +14,17 @@
 // their letters. The answer is the highest index an entry ended up at (the last
 // drive's when drives were listed), LB_ERR when nothing was added or the directory
 // could not be read, LB_ERRSPACE when the list is full.
+#include "core/core.h"
+
+// Without SendMessage the listing answers LB_ERR, as when the list refuses.
+AT_SYSTEM_FUNCTION(user32, SendMessageW, LB_ERR)
+AT_SYSTEM_FUNCTION(user32, SendMessageA, LB_ERR)
 #include "controls/controls.h"
 
 AT_SYSTEM_FUNCTION(user32, GetDlgItem, 0)
 AT_SYSTEM_FUNCTION(user32, SetWindowTextA, FALSE)
 AT_SYSTEM_FUNCTION(user32, CharUpperA, 0)
 AT_SYSTEM_FUNCTION(user32, CharLowerA, 0)
-AT_SYSTEM_FUNCTION(user32, CharNextA, 0)
 AT_SYSTEM_FUNCTION(user32, DlgDirListW, 0)
 
 namespace
@@ -185,9 +189,18 @@ int DirectoryListW(HWND hwnd, const ListMessages& msg, UINT attrs, LPCWSTR pathP
             LB_ERR, [=] { return ListDirectory(hwnd, msg, attrs, AtAnsiTemp(pathPattern)); });
 }
 
+// The next character of the code page. Paths are walked with kernel32's lead-byte
+// test: the walk needs no function bound from another DLL, so it always ends.
+template <typename Char> Char* NextChar(Char* s)
+{
+    if (IsDBCSLeadByte(static_cast<BYTE>(*s)) && s[1])
+        return s + 2;
+    return *s ? s + 1 : s;
+}
+
 bool HasWildcard(const char* s)
 {
-    for (; *s; s = Sys::CharNextA(s))
+    for (; *s; s = NextChar(s))
         if (*s == '*' || *s == '?')
             return true;
     return false;
@@ -197,7 +210,7 @@ bool HasWildcard(const char* s)
 char* PatternOf(char* pathPattern)
 {
     char* pattern = pathPattern;
-    for (char* p = pathPattern; *p; p = Sys::CharNextA(p))
+    for (char* p = pathPattern; *p; p = NextChar(p))
         if (*p == '\\' || *p == '/' || *p == ':')
             pattern = p + 1;
     return pattern;
@@ -253,6 +266,10 @@ int WINAPI DlgDirListW(HWND dialog, LPWSTR pathSpec, int listId, int staticId, U
             if (!pathSpec)
                 return 0;
             HWND list = listId ? Sys::GetDlgItem(dialog, listId) : nullptr;
+            // A dialog without the list is listed into nothing, but without the
+            // window manager's functions nothing can be listed at all.
+            if (listId && !list && GetLastError() == ERROR_CALL_NOT_IMPLEMENTED)
+                return 0;
             if (list)
                 AtSendA(list, LB_RESETCONTENT, 0, 0);
             AtStringSlot pathA, pattern;

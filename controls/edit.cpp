@@ -1,6 +1,11 @@
 // Static and edit controls: their text, lines, password character and selection.
 // On the ANSI platforms the controls hold ANSI text and count positions in bytes;
 // these helpers count in characters on every platform.
+#include "core/core.h"
+
+// Without SendMessage the static and edit helpers answer 0.
+AT_SYSTEM_FUNCTION(user32, SendMessageW, 0)
+AT_SYSTEM_FUNCTION(user32, SendMessageA, 0)
 #include "controls/controls.h"
 
 AT_SYSTEM_FUNCTION(user32, GetWindowTextW, 0)
@@ -8,7 +13,6 @@ AT_SYSTEM_FUNCTION(user32, GetWindowTextA, 0)
 AT_SYSTEM_FUNCTION(user32, SetWindowTextW, FALSE)
 AT_SYSTEM_FUNCTION(user32, SetWindowTextA, FALSE)
 AT_SYSTEM_FUNCTION(user32, GetWindowTextLengthA, 0)
-AT_SYSTEM_FUNCTION(user32, CharNextA, 0)
 
 namespace
 {
@@ -61,10 +65,13 @@ public:
     // Bytes taken by the first `chars` characters.
     int bytesIn(int chars) const
     {
-        const char* p = text;
-        for (int i = 0; i < chars; ++i)
-            p = Sys::CharNextA(p);
-        return static_cast<int>(p - text);
+        int bytes = 0;
+        for (int i = 0; i < chars && bytes < size; ++i) {
+            if (IsDBCSLeadByte(static_cast<BYTE>(text[bytes])) && bytes + 1 < size)
+                ++bytes;
+            ++bytes;
+        }
+        return bytes;
     }
 
 private:

@@ -1,4 +1,10 @@
 // List boxes and combo boxes: adding, finding and reading their strings.
+#include "core/core.h"
+
+// Without SendMessage a list or combo box helper answers LB_ERR (CB_ERR is the
+// same value), as when the control refuses.
+AT_SYSTEM_FUNCTION(user32, SendMessageW, LB_ERR)
+AT_SYSTEM_FUNCTION(user32, SendMessageA, LB_ERR)
 #include "controls/controls.h"
 
 namespace

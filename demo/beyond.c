@@ -1,18 +1,6 @@
-#include <stdarg.h>
 #include <stdio.h>
 
 #include "demo.h"
-
-/* Formats through torwen's wvsprintfW, which every Windows has through torwen. */
-static int Format(WCHAR *buf, const WCHAR *fmt, ...)
-{
-    va_list args;
-    int r;
-    va_start(args, fmt);
-    r = wvsprintfW(buf, fmt, args);
-    va_end(args);
-    return r;
-}
 
 static LRESULT CALLBACK DemoProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
 {
@@ -21,7 +9,7 @@ static LRESULT CALLBACK DemoProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lPar
 
 /* Functions that wide programs import besides the common families: a folder with
  * a name beyond ASCII made, renamed and removed, a window class registered with
- * RegisterClassW, and text formatted with wvsprintfW. */
+ * RegisterClassW, and text formatted with wsprintfW. */
 void DemoBeyond(void)
 {
     /* A name the ANSI code page can hold: on Windows 95, 98 and Me it travels as ANSI. */
@@ -31,8 +19,8 @@ void DemoBeyond(void)
     ATOM atom;
 
     GetTempPathW(MAX_PATH, temp);
-    Format(folder, L"%storwen demo %s", temp, word);
-    Format(moved, L"%s~", folder);
+    wsprintfW(folder, L"%storwen demo %s", temp, word);
+    wsprintfW(moved, L"%s~", folder);
     printf("CreateDirectoryW -> %d\n", CreateDirectoryW(folder, NULL));
     DemoPrint("    ", folder);
     printf("MoveFileW -> %d\n", MoveFileW(folder, moved));

@@ -227,6 +227,9 @@ TORWEN_API void WINAPI AtCommDlg_OpenSave_SetDefExtW(HWND dialog, LPCWSTR ext);
  * pointer that is LPSTR_TEXTCALLBACK or a resource identifier travels as it is and
  * is never read as a string.
  *
+ * A text converted in for the receiver (label edits, header items) has room for the
+ * item's stated cchTextMax, so a receiver may edit it in place (memory safety).
+ *
  * On the ANSI platforms a failed allocation answers 0 without calling fn (last
  * error 14).
  */
@@ -304,6 +307,7 @@ TORWEN_API int WINAPI AtTabCtrl_InsertItemW(HWND hwnd, int i, const TCITEMW *ite
  * GetMenuStringW, GetMenuItemInfoW, GetKeyNameTextW, LoadStringW and the
  * DlgDirSelect functions read a text that the A function left without its NUL (a
  * text filling the whole buffer) only to the buffer's end, cut one byte short.
+ * GetKeyNameTextW with a capacity of 0 answers 0 without calling GetKeyNameTextA.
  * SystemParametersInfoW with SPI_GETICONTITLELOGFONT or SPI_SETICONTITLELOGFONT
  * writes or reads no more of the LOGFONTW than uiParam bytes; with
  * SPI_GETSERIALKEYS the port name's copy has room for MAX_PATH bytes.
@@ -407,6 +411,8 @@ TORWEN_API int WINAPI AtComboBox_GetLBTextLenW(HWND hwnd, int index);
  * - StartDocW reads lpszDatatype and fwType only when cbSize covers them.
  * - CreateEnhMetaFileW records the description's application name only, with an
  *   empty title (a byte of its own after the name, so nothing beyond is read).
+ * - GetEnhMetaFileDescriptionW answers GDI_ERROR with the A call's last error when
+ *   the A call fails, converting nothing.
  * - A LOGFONTW whose face name fills all 32 characters is read only within the
  *   record: the ANSI face name keeps the first 31.
  */
@@ -590,9 +596,9 @@ TORWEN_API void WINAPI AtPropSheet_SetFinishTextW(HWND hDlg, LPCWSTR lpszText);
  * Window-manager functions beyond the families above, on Windows 95, 98 and Me:
  *   wvsprintfW           torwen formats itself (the system has no wide
  *                        formatter); an output that reaches the 1,024-character
- *                        limit ends with a NUL at 1,023 and answers 1,024. Every
- *                        export is a standard call, so the variadic wsprintfW is
- *                        not among them: a program formats through wvsprintfW.
+ *                        limit ends with a NUL at 1,023 and answers 1,024.
+ *   wsprintfW            the one C call among the exports, undecorated as the
+ *                        system's; it formats through wvsprintfW on both paths.
  *   CharLowerW, CharUpperW  a character the code page lacks stays as it is.
  *   MessageBoxIndirectW, EnumDisplaySettingsExW, EnumDisplayDevicesW  a null record
  *                        answers 0, ERROR_INVALID_PARAMETER (memory safety).

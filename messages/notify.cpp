@@ -77,20 +77,35 @@ bool IsString(const void* p)
 }
 
 // in: the target points at a converted copy; the marker and identifiers pass as
-// they are.
-LPSTR AnsiIn(AtStringSlot& slot, LPCWSTR s)
+// they are. The copy holds at least the item's stated capacity (in elements of the
+// target's character set): a receiver may edit the text in place within
+// cchTextMax, as it could in the control's own buffer.
+LPSTR AnsiIn(AtStringSlot& slot, LPCWSTR s, int capacity)
 {
     if (!IsString(s))
         return reinterpret_cast<LPSTR>(const_cast<LPWSTR>(s));
-    AtWideToAnsiTemp(slot, s);
+    int needed = WideCharToMultiByte(CP_ACP, 0, s, -1, nullptr, 0, nullptr, nullptr);
+    if (capacity <= needed) {
+        AtWideToAnsiTemp(slot, s);
+        return slot;
+    }
+    AtAllocEmptyAnsiOut(slot, static_cast<DWORD>(capacity));
+    WideCharToMultiByte(CP_ACP, 0, s, -1, slot, capacity, nullptr, nullptr);
     return slot;
 }
 
-LPWSTR WideIn(AtStringSlot& slot, LPCSTR s)
+LPWSTR WideIn(AtStringSlot& slot, LPCSTR s, int capacity)
 {
     if (!IsString(s))
         return reinterpret_cast<LPWSTR>(const_cast<LPSTR>(s));
-    AtAnsiToWideTemp(slot, s);
+    int needed = MultiByteToWideChar(CP_ACP, 0, s, -1, nullptr, 0);
+    if (capacity <= needed) {
+        AtAnsiToWideTemp(slot, s);
+        return slot;
+    }
+    AtAllocWideOut(slot, static_cast<DWORD>(capacity));
+    if (!MultiByteToWideChar(CP_ACP, 0, s, -1, slot, capacity))
+        *static_cast<WCHAR*>(slot) = L'\0';
     return slot;
 }
 
@@ -292,7 +307,7 @@ LRESULT ForwardHeader(HWND hwnd, int idFrom, NMHEADERW* w, WNDPROC fn)
     if (w->pitem) {
         CopyHeaderItem(item, *w->pitem);
         if (w->pitem->mask & HDI_TEXT)
-            item.pszText = AnsiIn(text, w->pitem->pszText);
+            item.pszText = AnsiIn(text, w->pitem->pszText, w->pitem->cchTextMax);
         a.pitem = &item;
     }
     return Send(fn, hwnd, idFrom, &a);
@@ -393,7 +408,7 @@ LRESULT HandleListItem(
     AtStringSlot text;
     bool textBit = a->item.mask & LVIF_TEXT;
     if (how == InOnly || how == InAndBack || (how == InAndBackWithMask && textBit))
-        w.item.pszText = WideIn(text, a->item.pszText);
+        w.item.pszText = WideIn(text, a->item.pszText, w.item.cchTextMax);
     else if (how == OutAndBackIfMasked && textBit)
         w.item.pszText = WideOut(text, a->item.cchTextMax);
     LRESULT r = Call(fn, hwnd, wParam, &w.hdr);
@@ -440,7 +455,7 @@ LRESULT HandleTreeLabel(HWND hwnd, WPARAM wParam, NMTVDISPINFOA* a, AtNotifyHand
     w.item.state = a->item.state;
     w.item.lParam = a->item.lParam;
     AtStringSlot text;
-    w.item.pszText = WideIn(text, a->item.pszText);
+    w.item.pszText = WideIn(text, a->item.pszText, w.item.cchTextMax);
     return Call(fn, hwnd, wParam, &w.hdr);
 }
 
@@ -506,7 +521,7 @@ LRESULT HandleHeader(HWND hwnd, WPARAM wParam, NMHEADERA* a, AtNotifyHandlerW fn
     if (convert && a->pitem) {
         CopyHeaderItem(item, *a->pitem);
         if (a->pitem->mask & HDI_TEXT)
-            item.pszText = WideIn(text, a->pitem->pszText);
+            item.pszText = WideIn(text, a->pitem->pszText, a->pitem->cchTextMax);
         w.pitem = &item;
     }
     return Call(fn, hwnd, wParam, &w.hdr);

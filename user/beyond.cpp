@@ -17,7 +17,7 @@ AT_SYSTEM_FUNCTION(user32, IsCharAlphaW, FALSE)
 AT_SYSTEM_FUNCTION(user32, IsCharAlphaNumericW, FALSE)
 AT_SYSTEM_FUNCTION(user32, MapVirtualKeyW, 0)
 AT_SYSTEM_FUNCTION(user32, MapVirtualKeyA, 0)
-AT_SYSTEM_FUNCTION(user32, wvsprintfW, 0)
+AT_SYSTEM_FUNCTION(user32, wvsprintfW, -1)
 AT_SYSTEM_FUNCTION(user32, MessageBoxIndirectW, 0)
 AT_SYSTEM_FUNCTION(user32, MessageBoxIndirectA, 0)
 AT_SYSTEM_FUNCTION(user32, EnumDisplaySettingsExW, FALSE)
@@ -64,7 +64,9 @@ LPWSTR MapCase(LPWSTR s, MapA mapA)
     }
     AtStringSlot textA;
     AtWideToAnsiTemp(textA, s);
-    mapA(static_cast<char*>(textA));
+    // Without the A function (it answers null) the string stays as it was.
+    if (!mapA(static_cast<char*>(textA)))
+        return nullptr;
     int length = int(wcslen(s)) + 1;
     if (MultiByteToWideChar(CP_ACP, 0, textA, -1, nullptr, 0) == length)
         MultiByteToWideChar(CP_ACP, 0, textA, -1, s, length);
@@ -334,6 +336,18 @@ int WINAPI wvsprintfW(LPWSTR buf, LPCWSTR fmt, va_list args)
         WideFormatter formatter(buf);
         return formatter.run(fmt, args);
     });
+}
+
+// The one export with a variable argument list, and so a C call: the caller
+// pops its arguments. The system's wsprintfW cannot be handed a va_list, so both
+// paths format through wvsprintfW.
+extern "C" int WINAPIV wsprintfW(LPWSTR buf, LPCWSTR fmt, ...)
+{
+    va_list args;
+    va_start(args, fmt);
+    int r = wvsprintfW(buf, fmt, args);
+    va_end(args);
+    return r;
 }
 
 int WINAPI MessageBoxIndirectW(const MSGBOXPARAMSW* params)

@@ -8,8 +8,9 @@
 #include "torwen.h"
 #include "user/user.h"
 
-AT_SYSTEM_FUNCTION(user32, DrawTextW, 0)
-AT_SYSTEM_FUNCTION(user32, DrawTextA, 0)
+// DrawTextW answers -1 whenever it cannot draw, also without the system function.
+AT_SYSTEM_FUNCTION(user32, DrawTextW, -1)
+AT_SYSTEM_FUNCTION(user32, DrawTextA, -1)
 AT_SYSTEM_FUNCTION(user32, DrawTextExW, 0)
 AT_SYSTEM_FUNCTION(user32, DrawTextExA, 0)
 AT_SYSTEM_FUNCTION(user32, TabbedTextOutW, 0)
@@ -101,7 +102,9 @@ template <typename ChangeCaseA> DWORD ChangeCase(LPWSTR text, DWORD n, ChangeCas
     AtStringSlot textA;
     AtAllocAnsiOut(textA, n);
     int bytes = WideCharToMultiByte(CP_ACP, 0, text, n, textA, AtHeapSize(textA), nullptr, nullptr);
-    changeCaseA(static_cast<char*>(textA), bytes);
+    // A text the A function changed none of (it is missing) is left as it was.
+    if (bytes > 0 && !changeCaseA(static_cast<char*>(textA), bytes))
+        return 0;
     if (static_cast<DWORD>(bytes) < n)
         n = bytes;
     return AtAnsiToWideOutN(textA, text, n, n);
@@ -175,14 +178,14 @@ BOOL WINAPI DrawStateW(HDC dc, HBRUSH brush, DRAWSTATEPROC output, LPARAM data, 
 DWORD WINAPI CharLowerBuffW(LPWSTR text, DWORD n)
 {
     return AtExport(Sys::CharLowerBuffW, text, n).orAnsiWithoutSavedError(0ul, [=] {
-        return ChangeCase(text, n, [](LPSTR s, DWORD bytes) { Sys::CharLowerBuffA(s, bytes); });
+        return ChangeCase(text, n, [](LPSTR s, DWORD bytes) { return Sys::CharLowerBuffA(s, bytes); });
     });
 }
 
 DWORD WINAPI CharUpperBuffW(LPWSTR text, DWORD n)
 {
     return AtExport(Sys::CharUpperBuffW, text, n).orAnsiWithoutSavedError(0ul, [=] {
-        return ChangeCase(text, n, [](LPSTR s, DWORD bytes) { Sys::CharUpperBuffA(s, bytes); });
+        return ChangeCase(text, n, [](LPSTR s, DWORD bytes) { return Sys::CharUpperBuffA(s, bytes); });
     });
 }
 
@@ -222,6 +225,10 @@ BOOL WINAPI SetDlgItemTextW(HWND dialog, int id, LPCWSTR text)
 int WINAPI GetKeyNameTextW(LONG key, LPWSTR buf, int n)
 {
     return AtExport(Sys::GetKeyNameTextW, key, buf, n).orAnsiWithoutSavedError(0, [=] {
+        // Without room there is no buffer to hand on: the A function would write its
+        // NUL through a null pointer.
+        if (n <= 0)
+            return 0;
         AtStringSlot bufA;
         AtAllocEmptyAnsiOut(bufA, n);
         int r = Sys::GetKeyNameTextA(key, bufA, AtHeapSize(bufA));

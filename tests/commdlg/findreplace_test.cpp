@@ -99,6 +99,27 @@ TEST_F(FindReplaceTest, OwnerReceivesTheWideRecord)
     }
 }
 
+// A template named by a string reaches the dialog as that name: comdlg32's own
+// find template by its number in text, and one the module lacks.
+TEST_F(FindReplaceTest, NamedTemplates)
+{
+    WCHAR findWhat[8] = L"a";
+    FINDREPLACEW fr = {};
+    fr.lStructSize = sizeof fr;
+    fr.hwndOwner = owner;
+    fr.Flags = FR_ENABLETEMPLATE;
+    fr.hInstance = LoadLibraryA("comdlg32.dll");
+    fr.lpstrFindWhat = findWhat;
+    fr.wFindWhatLen = sizeof findWhat;
+    fr.lpTemplateName = L"#1540";
+    HWND dialog = FindTextW(&fr);
+    EXPECT_NE(dialog, nullptr);
+    DestroyWindow(dialog);
+    fr.lpTemplateName = L"NO SUCH TEMPLATE";
+    EXPECT_EQ(FindTextW(&fr), nullptr);
+    EXPECT_EQ(CommDlgExtendedError(), DWORD(CDERR_FINDRESFAILURE));
+}
+
 TEST_F(FindReplaceTest, RefusedRecordsAndFailedAllocations)
 {
     WCHAR findWhat[8] = L"a";

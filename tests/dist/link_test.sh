@@ -21,6 +21,8 @@ run() {
   ran="$*"
   output=$("$@" 2>&1)
   local status=$?
+  # Lines are compared as the checker prints them, without the console's CR.
+  output=${output//$'\r'/}
   if [ "$status" -ne "$want" ]; then
     fail "status $status, not $want"
   fi
@@ -61,8 +63,10 @@ gnu_link probe-gnu-late.exe -lkernel32 -luser32 -ltorwen || exit 1
 printf 'int Main(void) { return 0; }\n' >main64.c
 clang --target=x86_64-pc-windows-msvc -c main64.c -o main64.obj &&
   lld-link /nologo /nodefaultlib /entry:Main /subsystem:console /out:probe64.exe main64.obj || exit 1
-# A program with a W import torwen does not replace, besides one it does.
-printf '#include <windows.h>\nint main(void) { return SetConsoleTitleW(L"x") + GetDriveTypeW(NULL); }\n' >mixed.c
+# A program with a W import of each group: one torwen exports, one of the NT
+# family only, one torwen does not replace, two Windows 95 implements itself.
+printf '#include <windows.h>\nint main(void) { return SetConsoleTitleW(L"x") + GetDriveTypeW(NULL) +
+  GetMonitorInfoW(NULL, NULL) + lstrlenW(L"x") + MessageBoxW(NULL, NULL, NULL, 0); }\n' >mixed.c
 i686-w64-mingw32-gcc mixed.c -o mixed.exe || exit 1
 cp "$here/probe.c" text.exe
 head -c 200 probe-gnu.exe >headers-cut.exe
@@ -78,23 +82,32 @@ printf '\x00\xff\xff\x7f' | dd of=bad-rva.exe bs=1 seek=$((lfanew + 128)) conv=n
 
 for linker in msvc gnu; do
   run 0 wine "probe-$linker.exe"
-  printed "GetVersionExW from torwen; RegisterWindowMessageW from torwen"
+  printed "GetVersionExW from torwen; RegisterWindowMessageW from torwen; wsprintfW from torwen"
   run 1 wine "probe-$linker-late.exe"
-  printed "GetVersionExW from the system; RegisterWindowMessageW from the system"
+  printed "GetVersionExW from the system; RegisterWindowMessageW from the system; wsprintfW from the system"
 done
 run 0 imports probe-msvc.exe probe-gnu.exe
-printed "probe-msvc.exe: no wide function imported from the system; 2 import(s) from torwen.dll" \
-  "probe-gnu.exe: no wide function imported from the system; 2 import(s) from torwen.dll"
+printed "probe-msvc.exe: no wide function imported from the system; 3 import(s) from torwen.dll" \
+  "probe-gnu.exe: no wide function imported from the system; 3 import(s) from torwen.dll"
 run 1 imports probe-msvc-late.exe probe-gnu.exe probe-gnu-late.exe
 printed "probe-msvc-late.exe imports wide functions" "probe-gnu-late.exe imports wide functions" \
-  "KERNEL32.dll!GetVersionExW: use torwen.dll's _GetVersionExW@4" \
-  "USER32.dll!RegisterWindowMessageW: use torwen.dll's _RegisterWindowMessageW@4" \
-  "2 wide import(s) from the system, 2 of them exported by torwen; 0 import(s) from torwen.dll."
+  "  exported by torwen, imported from the system by link order:
+    KERNEL32.dll!GetVersionExW: use torwen.dll's _GetVersionExW@4
+    USER32.dll!RegisterWindowMessageW: use torwen.dll's _RegisterWindowMessageW@4
+    USER32.dll!wsprintfW: use torwen.dll's wsprintfW" \
+  "3 wide import(s) from the system: 3 exported by torwen, 0 only on the NT family, 0 without a replacement; 0 import(s) from torwen.dll."
+[[ "$output" != *"  only on the NT family:"* && "$output" != *"implemented by"* ]] || fail "a group it has no import of"
 run 1 imports mixed.exe
-printed "KERNEL32.dll!SetConsoleTitleW: torwen has no replacement" \
-  "KERNEL32.dll!GetDriveTypeW: use torwen.dll's _GetDriveTypeW@4" \
-  "2 wide import(s) from the system, 1 of them exported by torwen" \
-  "Link torwen's import library ahead" "Where torwen has no replacement, call the A function"
+printed "  exported by torwen, imported from the system by link order:
+    KERNEL32.dll!GetDriveTypeW: use torwen.dll's _GetDriveTypeW@4" \
+  "  only on the NT family:
+    KERNEL32.dll!SetConsoleTitleW: needs the NT family" \
+  "  without a replacement in torwen yet:
+    USER32.dll!GetMonitorInfoW: torwen has no replacement" \
+  "implemented by Windows 95/98/Me itself: 2 (lstrlenW, MessageBoxW)" \
+  "3 wide import(s) from the system: 1 exported by torwen, 1 only on the NT family, 1 without a replacement" \
+  "Link torwen's import library ahead" "the program needs it, or looks the function up with GetProcAddress" \
+  "Where torwen has no replacement, call the A function"
 # Every file refused with its reason; a file cut anywhere is refused or read,
 # never a crash; the worst status wins.
 run 2 imports probe64.exe text.exe headers-cut.exe mz-only.exe bad-rva.exe missing.exe cut-*.exe \

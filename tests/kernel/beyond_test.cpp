@@ -348,4 +348,66 @@ TEST_F(KernelBeyondTest, AnsiPathConvertsAndFailsCleanly)
     RemoveDirectoryA(ToAnsi(dir).c_str());
 }
 
+// A drive's label. The test relabels no real drive, since other programs of the
+// run read the labels: a drive the machine lacks is refused on both paths as the
+// A function refuses it, and on the ANSI path a stand-in for the A function sees
+// the converted root and label and answers for the export.
+TEST_F(KernelBeyondTest, VolumeLabelsReachTheAnsiFunction)
+{
+    const DWORD drives = GetLogicalDrives();
+    WCHAR absent[] = L"?:\\";
+    for (WCHAR letter = L'Z'; letter >= L'D' && absent[0] == L'?'; --letter)
+        if (!(drives & (1u << (letter - L'A'))))
+            absent[0] = letter;
+    ASSERT_NE(absent[0], L'?');
+    SetLastError(0);
+    EXPECT_FALSE(SetVolumeLabelW(absent, name.c_str()));
+    const DWORD error = GetLastError();
+    SetLastError(0);
+    EXPECT_FALSE(SetVolumeLabelA(ToAnsi(absent).c_str(), ToAnsi(name).c_str()));
+    EXPECT_EQ(error, GetLastError());
+
+    if (!AnsiPath())
+        return;
+    std::string root, label;
+    BOOL answer = FALSE;
+    DWORD answerError = 0;
+    auto shown = [](LPCSTR s) { return s ? std::string(s) : std::string("(null)"); };
+    TW_HOOK(hook, SetVolumeLabelA, [&](LPCSTR r, LPCSTR l) {
+        root = shown(r);
+        label = shown(l);
+        SetLastError(answerError);
+        return answer;
+    });
+    struct Case {
+        const wchar_t* root;
+        const wchar_t* label;
+        BOOL answer;
+        DWORD error;
+    };
+    const wstring folder = L"C:\\" + name + L"\\";
+    // Wine itself faults on a null label (Windows removes the label): only the
+    // stand-in sees one here.
+    const Case cases[] = {{L"C:\\", name.c_str(), TRUE, 0},
+                          {nullptr, name.c_str(), FALSE, ERROR_ACCESS_DENIED},
+                          {folder.c_str(), nullptr, TRUE, ERROR_ALREADY_EXISTS},
+                          {L"C:\\", L"", FALSE, ERROR_INVALID_NAME}};
+    for (const Case& c : cases) {
+        answer = c.answer;
+        answerError = c.error;
+        SetLastError(1234);
+        EXPECT_EQ(SetVolumeLabelW(c.root, c.label), c.answer);
+        EXPECT_EQ(GetLastError(), c.error);
+        EXPECT_EQ(root, c.root ? ToAnsi(c.root) : "(null)");
+        EXPECT_EQ(label, c.label ? ToAnsi(c.label) : "(null)");
+    }
+    answer = TRUE;
+    int runs = SweepAllocationFailures([&](int k) {
+        SetLastError(1234);
+        const BOOL r = SetVolumeLabelW(folder.c_str(), name.c_str());
+        EXPECT_TRUE(HeapAllocCalls() < k || (!r && GetLastError() == 0)) << k;
+    });
+    EXPECT_EQ(runs, 2);
+}
+
 }  // namespace

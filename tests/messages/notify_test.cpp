@@ -316,6 +316,44 @@ TEST_F(NotifyTest, HandledRecords)
     EXPECT_EQ(seen.text, L"null");
 }
 
+// A receiver may edit an item's text in place within the capacity the record
+// states, as in the control's own buffer: the copies made for it hold that much
+// (each of torwen's blocks ends at a no-access page here).
+LRESULT CALLBACK EditsInPlace(HWND, int, NMHDR* nm)
+{
+    auto& item = reinterpret_cast<NMLVDISPINFOW*>(nm)->item;
+    for (int i = 0; i < item.cchTextMax - 1; ++i)
+        item.pszText[i] = L'e';
+    item.pszText[item.cchTextMax - 1] = L'\0';
+    return 1;
+}
+
+LRESULT CALLBACK EditsHeaderInPlace(HWND, UINT, WPARAM, LPARAM lParam)
+{
+    HDITEMA* item = reinterpret_cast<NMHEADERA*>(lParam)->pitem;
+    memset(item->pszText, 'e', item->cchTextMax - 1);
+    item->pszText[item->cchTextMax - 1] = '\0';
+    return 1;
+}
+
+TEST_F(NotifyTest, TextEditedWithinItsStatedCapacity)
+{
+    if (!AnsiPath())
+        GTEST_SKIP() << "the W path passes every record as it is";
+    harness::GuardedHeapBlocks guard;
+    char text[40] = "ab";
+    NMLVDISPINFOA di = { { parent.hwnd, 1, UINT(LVN_BEGINLABELEDITA) } };
+    di.item = { LVIF_TEXT, 0, 0, 0, 0, text, 40 };
+    EXPECT_EQ(AtHANDLE_WM_NOTIFYW(parent.hwnd, 1, LPARAM(&di), EditsInPlace), 1);
+    EXPECT_EQ(std::string(text), std::string(39, 'e'));
+
+    WCHAR wide[] = L"ab";
+    HDITEMW item = { HDI_TEXT, 0, wide, nullptr, 30 };
+    NMHEADERW hd = { { parent.hwnd, 1, UINT(HDN_ITEMCHANGINGW) }, 0, 0, &item };
+    EXPECT_EQ(AtFORWARD_WM_NOTIFYW(parent.hwnd, 1, &hd.hdr, EditsHeaderInPlace), 1);
+    EXPECT_EQ(std::wstring(wide), L"ab") << "nothing comes back";
+}
+
 // A failed allocation answers 0 without calling on.
 TEST_F(NotifyTest, AllocationFailures)
 {

@@ -4,12 +4,20 @@
 #include "sweep/sweep.h"
 
 #include <atomic>
+#include <cstdlib>
 #include <mutex>
 
 namespace {
 
 constexpr int Threads = 8;
-constexpr int Rounds = 150;
+
+// Rounds of each thread; TORWEN_SWEEP_ROUNDS for a longer run.
+int Rounds()
+{
+    char value[16];
+    DWORD n = GetEnvironmentVariableA("TORWEN_SWEEP_ROUNDS", value, sizeof value);
+    return n && n < sizeof value ? atoi(value) : 500;
+}
 
 std::wstring Text(int thread)
 {
@@ -104,7 +112,8 @@ DWORD WINAPI Worker(LPVOID param)
     auto* shared = static_cast<Shared*>(static_cast<void**>(param)[0]);
     int thread = int(reinterpret_cast<INT_PTR>(static_cast<void**>(param)[1]));
     HWND window = ThreadWindow();
-    for (int round = 0; round < Rounds; ++round) {
+    const int rounds = Rounds();
+    for (int round = 0; round < rounds; ++round) {
         for (int p = 0; p < ProbeCount; ++p) {
             int probe = (p + round + thread) % ProbeCount;
             std::wstring got = Probes[probe](thread, window);

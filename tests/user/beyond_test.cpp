@@ -1,6 +1,7 @@
 // The window-manager functions that wide programs import besides the families
 // above, answered as the system's W functions answer on both paths.
 #include <cstdarg>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,8 +14,9 @@ namespace {
 
 class UserBeyondTest : public TorwenTest {};
 
-// The variadic wsprintfW is the system's: torwen's formatter is wvsprintfW.
-int Format(LPWSTR buf, LPCWSTR fmt, ...)
+// The two formatters a program calls: wsprintfW with its arguments, and
+// wvsprintfW with a list of them.
+int FormatV(LPWSTR buf, LPCWSTR fmt, ...)
 {
     va_list args;
     va_start(args, fmt);
@@ -23,35 +25,55 @@ int Format(LPWSTR buf, LPCWSTR fmt, ...)
     return r;
 }
 
+using Formatter = int(__cdecl*)(LPWSTR, LPCWSTR, ...);
+const Formatter formatters[] = {FormatV, wsprintfW};
+
+std::string Named(Formatter format)
+{
+    return format == FormatV ? "wvsprintfW" : "wsprintfW";
+}
+
+// A C caller's wsprintfW binds to torwen's plain-named export, not to the system's.
+TEST_F(UserBeyondTest, FormatterIsTorwens)
+{
+    EXPECT_EQ(reinterpret_cast<void*>(wsprintfW), reinterpret_cast<void*>(GetProcAddress(Torwen(), "wsprintfW")));
+}
+
 // Wide and ANSI arguments by type and size prefix, flags, widths and precisions.
 TEST_F(UserBeyondTest, FormatsAsTheSystemDoes)
 {
-    WCHAR buf[1024];
-    struct Case {
-        int result;
-        const wchar_t* expected;
-    };
-    const Case cases[] = {
-        {Format(buf, L"[%5.2s|%-4c|%C|%S|%hs|%ls|%#x|%05d|%.3d|%lu|%q|%%|%08X|%-6S|]", L"abc", L'w', 'A', "ansi",
-                   "hs", L"ls", 255, -42, 7, 3000000000u, 0xbeef, "r"),
-         L"[   ab|w   |A|ansi|hs|ls|0xff|-0042|007|3000000000|q|%|0000BEEF|r     |]"},
-        {Format(buf, L"%s|%S|%d|%i|%x", nullptr, nullptr, 0, -2147483647 - 1, 0u), L"(null)|(null)|0|-2147483648|0"},
-        {Format(buf, L"%I64d|%p|%hc|%lc|%-5d|%3S", 5LL, reinterpret_cast<void*>(0x1234), 'x', L'y', 3, "abcd"),
-         L"5|00001234|x|y|3    |abcd"},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(c.result, int(wcslen(c.expected))) << c.expected;
-    }
-    // Each call above reused the buffer; the last one shows in it.
-    EXPECT_EQ(wstring(buf), cases[2].expected);
+    for (Formatter Format : formatters) {
+        SCOPED_TRACE(Named(Format));
+        WCHAR buf[1024];
+        struct Case {
+            int result;
+            const wchar_t* expected;
+        };
+        const Case cases[] = {
+            {Format(buf, L"[%5.2s|%-4c|%C|%S|%hs|%ls|%#x|%05d|%.3d|%lu|%q|%%|%08X|%-6S|]", L"abc", L'w', 'A', "ansi",
+                    "hs", L"ls", 255, -42, 7, 3000000000u, 0xbeef, "r"),
+             L"[   ab|w   |A|ansi|hs|ls|0xff|-0042|007|3000000000|q|%|0000BEEF|r     |]"},
+            {Format(buf, L"%s|%S|%d|%i|%x", nullptr, nullptr, 0, -2147483647 - 1, 0u),
+             L"(null)|(null)|0|-2147483648|0"},
+            {Format(buf, L"%I64d|%p|%hc|%lc|%-5d|%3S", 5LL, reinterpret_cast<void*>(0x1234), 'x', L'y', 3, "abcd"),
+             L"5|00001234|x|y|3    |abcd"},
+        };
+        for (const Case& c : cases) {
+            EXPECT_EQ(c.result, int(wcslen(c.expected))) << c.expected;
+        }
+        // Each call above reused the buffer; the last one shows in it.
+        EXPECT_EQ(wstring(buf), cases[2].expected);
 
-    // The code page's characters, passed as ANSI and as wide text.
-    const wstring text = NonAsciiText();
-    const std::string ansi = ToAnsi(text);
-    EXPECT_EQ(Format(buf, L"%s-%S-%hs-%C", text.c_str(), ansi.c_str(), ansi.c_str(), 'e'), int(3 * text.size() + 4));
-    EXPECT_EQ(wstring(buf), text + L"-" + text + L"-" + text + L"-e");
-    // A NUL character is written and counted.
-    EXPECT_EQ(Format(buf, L"a%cb", 0), 3);
+        // The code page's characters, passed as ANSI and as wide text.
+        const wstring text = NonAsciiText();
+        const std::string ansi = ToAnsi(text);
+        EXPECT_EQ(Format(buf, L"%s-%S-%hs-%ls-%C-%c", text.c_str(), ansi.c_str(), ansi.c_str(), text.c_str(), 'e',
+                         text[0]),
+                  int(4 * text.size() + 7));
+        EXPECT_EQ(wstring(buf), text + L"-" + text + L"-" + text + L"-" + text + L"-e-" + text[0]);
+        // A NUL character is written and counted.
+        EXPECT_EQ(Format(buf, L"a%cb", 0), 3);
+    }
 }
 
 // The output never passes 1,024 characters with the terminator, however long the
@@ -67,11 +89,13 @@ TEST_F(UserBeyondTest, FormattingStopsAtItsLimit)
     };
     const Case cases[] = {{longText.c_str(), nullptr}, {L"%s", longText.c_str()}, {L"%S", longAnsi.c_str()},
                           {L"%2000d", nullptr}};
-    for (const Case& c : cases) {
-        WCHAR* buf = guard.End<WCHAR>(1024, L'#');
-        EXPECT_EQ(Format(buf, c.fmt, c.arg), 1024) << (&c - cases);
-        EXPECT_EQ(buf[1023], L'\0');
-        EXPECT_EQ(wcslen(buf), 1023u);
+    for (Formatter Format : formatters) {
+        for (const Case& c : cases) {
+            WCHAR* buf = guard.End<WCHAR>(1024, L'#');
+            EXPECT_EQ(Format(buf, c.fmt, c.arg), 1024) << Named(Format) << ' ' << (&c - cases);
+            EXPECT_EQ(buf[1023], L'\0');
+            EXPECT_EQ(wcslen(buf), 1023u);
+        }
     }
 }
 
@@ -145,6 +169,87 @@ TEST_F(UserBeyondTest, ClassesDisplaysAndBoxes)
     if (AnsiPath()) {  // the W path would show the box
         EXPECT_EQ(MessageBoxIndirectW(nullptr), 0);
     }
+}
+
+// A registered message broadcast to the applications reaches a top-level window of
+// this program, sent and posted, with the caller's values; the A function is
+// handed the caller's flags and recipients as they are, and nothing is allocated.
+TEST_F(UserBeyondTest, BroadcastsReachTopLevelWindows)
+{
+    static UINT message;
+    static std::vector<std::pair<WPARAM, LPARAM>> received;
+    message = RegisterWindowMessageA("twb broadcast");
+    received.clear();
+    struct Receiver {
+        static LRESULT CALLBACK Proc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp)
+        {
+            if (msg == message) {
+                received.emplace_back(wp, lp);
+                return TRUE;
+            }
+            return DefWindowProcA(hwnd, msg, wp, lp);
+        }
+    };
+    WNDCLASSA wc = {};
+    wc.lpfnWndProc = Receiver::Proc;
+    wc.hInstance = GetModuleHandleA(nullptr);
+    wc.lpszClassName = "twb broadcast";
+    ASSERT_NE(RegisterClassA(&wc), 0);
+    HWND hwnd = CreateWindowExA(0, wc.lpszClassName, "", WS_OVERLAPPEDWINDOW, 0, 0, 10, 10, nullptr, nullptr,
+                                wc.hInstance, nullptr);
+    ASSERT_NE(hwnd, nullptr);
+
+    struct Seen {
+        DWORD flags = 0, recipients = 0;
+        LPDWORD where = nullptr;
+    } seen;
+    const bool ansi = AnsiPath();
+    // torwen binds the A function on its first call, which the hook then replaces.
+    DWORD everyone = BSM_APPLICATIONS;
+    BroadcastSystemMessageW(BSF_IGNORECURRENTTASK | BSF_POSTMESSAGE, &everyone, message, 0, 0);
+    std::optional<Hook<decltype(&BroadcastSystemMessageA)>> hook;
+    if (ansi)
+        hook.emplace("BroadcastSystemMessageA", [&](DWORD flags, LPDWORD recipients, UINT msg, WPARAM wp, LPARAM lp) {
+            seen = {flags, *recipients, recipients};
+            return hook->real(flags, recipients, msg, wp, lp);
+        });
+
+    struct Case {
+        DWORD flags;
+        WPARAM wp;
+        LPARAM lp;
+    };
+    // Other programs of the test run may own windows too: a sent broadcast must not
+    // wait on one that is busy.
+    const Case cases[] = {{BSF_IGNORECURRENTTASK | BSF_NOHANG, 1, 2}, {BSF_NOHANG, 3, 4}, {BSF_POSTMESSAGE, 5, 6}};
+    for (const Case& c : cases) {
+        received.clear();
+        DWORD recipients = BSM_APPLICATIONS;
+        const int allocations = HeapAllocCalls();
+        const LONG r = BroadcastSystemMessageW(c.flags, &recipients, message, c.wp, c.lp);
+        EXPECT_EQ(HeapAllocCalls(), allocations);
+        if (c.flags & BSF_POSTMESSAGE) {
+            EXPECT_GT(r, 0);
+            MSG msg;
+            for (DWORD start = GetTickCount(); received.empty() && GetTickCount() - start < 2000;)
+                if (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE))
+                    DispatchMessageA(&msg);
+        }
+        if (c.flags & BSF_IGNORECURRENTTASK) {
+            EXPECT_TRUE(received.empty()) << "the caller's own windows are left out";
+        } else {
+            EXPECT_GT(r, 0);
+            ASSERT_EQ(received.size(), 1u) << c.flags;
+            EXPECT_EQ(received[0], std::make_pair(c.wp, c.lp));
+        }
+        if (ansi) {
+            EXPECT_EQ(seen.flags, c.flags);
+            EXPECT_EQ(seen.where, &recipients);
+            EXPECT_EQ(seen.recipients, DWORD(BSM_APPLICATIONS));
+        }
+    }
+    DestroyWindow(hwnd);
+    UnregisterClassA(wc.lpszClassName, wc.hInstance);
 }
 
 }  // namespace

@@ -1,258 +1,29 @@
 // torwen-imports: reads the import table of a 32-bit program or DLL and lists the
 // wide-character functions it takes from the system's DLLs instead of from
 // torwen.dll. On Windows 95, 98 and Me those calls fail (the system DLLs there
-// implement the ANSI forms only), so each one is named with the torwen export that
-// would serve it when torwen's import library is linked ahead of the system's.
+// implement the ANSI forms only). They are listed in three groups, each with its
+// remedy: those torwen exports (torwen's import library belongs ahead of the
+// system's), those of the NT family only (no Windows 95, 98 or Me can run them),
+// and those torwen has no replacement for yet. The few that Windows 95, 98 and Me
+// implement themselves are counted on one line.
 //
-// Exit status: 0 when no such import was found, 1 when some were, 2 when the file
-// could not be read as a 32-bit PE image.
-//
-// It reads the file as bytes and calls nothing of the system beyond the C library,
-// so it behaves the same on every Windows and under Wine.
-#include <algorithm>
-#include <cstdint>
+// Exit status: 0 when no import of the three groups was found, 1 when some were, 2
+// when the file could not be read as a 32-bit PE image.
 #include <cstdio>
-#include <cstring>
 #include <string>
 #include <vector>
 
-namespace {
+#include "imports.h"
 
-// Every export of torwen.dll under its decorated name, made from the
-// module-definition file by the build.
-const char* const torwenExports[] = {
-#include "torwen-exports.inc"
-};
-
-// The few wide functions that Windows 95 implements itself: importing them from
-// the system is fine on every platform.
-const char* const nativeOnWindows95[] = {
-    "EnumResourceLanguagesW", "EnumResourceNamesW", "EnumResourceTypesW", "ExtTextOutW",
-    "FindResourceExW", "FindResourceW", "GetCharWidthW", "GetCommandLineW",
-    "GetTextExtentPoint32W", "GetTextExtentPointW", "lstrlenW", "MessageBoxExW", "MessageBoxW",
-    "TextOutW",
-};
-
-// The system DLLs whose wide functions torwen stands in for.
-const char* const systemDlls[] = {
-    "advapi32.dll", "comctl32.dll", "comdlg32.dll", "gdi32.dll",   "imm32.dll",
-    "kernel32.dll", "mpr.dll",      "msvfw32.dll",  "ole32.dll",   "oleaut32.dll",
-    "oledlg.dll",   "rpcrt4.dll",   "shell32.dll",  "shlwapi.dll", "user32.dll",
-    "version.dll",  "winmm.dll",    "winspool.drv",
-};
-
-// The checker reads the whole file; a program or DLL of a 32-bit process is far
-// smaller than this.
-constexpr size_t maxImageSize = 256u << 20;
-
-struct BadImage {
-    std::string why;
-};
-
-std::string Lower(std::string s)
+namespace
 {
-    for (char& c : s)
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c - 'A' + 'a');
-    return s;
-}
 
-template <size_t N> bool Contains(const char* const (&list)[N], const std::string& name)
-{
-    return std::any_of(std::begin(list), std::end(list),
-                       [&](const char* entry) { return name == entry; });
-}
-
-// "_GetVersionExW@4" -> "GetVersionExW": the name a system DLL exports it under.
-std::string Undecorated(const std::string& decorated)
-{
-    std::string name = decorated;
-    if (!name.empty() && name[0] == '_')
-        name.erase(0, 1);
-    size_t at = name.rfind('@');
-    if (at != std::string::npos)
-        name.erase(at);
-    return name;
-}
-
-// Two exports keep names of their own for a system function.
-struct Alias {
-    const char* system;
-    const char* torwen;
-};
-const Alias aliases[] = {
-    {"GetKerningPairsW", "GetKerningParisW"},
-    {"CreateScalableFontResourceW", "CreateScalableFontResource"},
-};
-
-std::string TorwenExportFor(std::string name)
-{
-    for (const Alias& alias : aliases)
-        if (name == alias.system)
-            name = alias.torwen;
-    for (const char* exported : torwenExports)
-        if (Undecorated(exported) == name)
-            return exported;
-    return {};
-}
-
-// The wide form of a function carries a final capital W.
-bool IsWideName(const std::string& name)
-{
-    return name.size() > 1 && name.back() == 'W';
-}
-
-// The image as bytes, read with bounds checked on every access: a damaged or
-// truncated file ends in a BadImage, never in a read past the buffer.
-class Image {
-public:
-    explicit Image(std::vector<unsigned char> bytes) : bytes_(std::move(bytes)) {}
-
-    uint32_t U16(uint64_t off) const { return Get(off, 2); }
-    uint32_t U32(uint64_t off) const { return Get(off, 4); }
-    size_t Size() const { return bytes_.size(); }
-
-    std::string String(uint64_t off) const
-    {
-        std::string s;
-        for (;; ++off) {
-            if (off >= bytes_.size())
-                throw BadImage{"truncated: a name runs past the end of the file"};
-            if (!bytes_[off])
-                return s;
-            s += static_cast<char>(bytes_[off]);
-        }
-    }
-
-private:
-    uint32_t Get(uint64_t off, int n) const
-    {
-        if (off + n > bytes_.size())
-            throw BadImage{
-                "truncated: the headers or the import table run past the end of the file"};
-        uint32_t v = 0;
-        for (int i = n - 1; i >= 0; --i)
-            v = v << 8 | bytes_[off + i];
-        return v;
-    }
-
-    std::vector<unsigned char> bytes_;
-};
-
-struct Import {
-    std::string dll;
-    std::string name;
-};
-
-class PeReader {
-public:
-    explicit PeReader(const Image& image) : image_(image) { ReadHeaders(); }
-
-    std::vector<Import> Imports() const
-    {
-        std::vector<Import> imports;
-        if (importRva_ == 0)
-            return imports;
-        // Each descriptor is 20 bytes; the table ends with a descriptor of zeros.
-        for (uint64_t desc = FileOffset(importRva_);; desc += 20) {
-            uint32_t lookup = image_.U32(desc);
-            uint32_t nameRva = image_.U32(desc + 12);
-            uint32_t firstThunk = image_.U32(desc + 16);
-            if (!nameRva && !firstThunk)
-                break;
-            std::string dll = image_.String(FileOffset(nameRva));
-            // Without a lookup table the bound thunks still hold the names.
-            uint64_t thunk = FileOffset(lookup ? lookup : firstThunk);
-            for (;; thunk += 4) {
-                uint32_t entry = image_.U32(thunk);
-                if (!entry)
-                    break;
-                if (entry & 0x80000000u)
-                    continue; // imported by ordinal: no name to judge
-                imports.push_back({dll, image_.String(FileOffset(entry) + 2)});
-            }
-        }
-        return imports;
-    }
-
-private:
-    void ReadHeaders()
-    {
-        if (image_.Size() < 2 || image_.U16(0) != 0x5A4D)
-            throw BadImage{"not a Windows program or DLL (no MZ header)"};
-        uint64_t pe = image_.U32(0x3C);
-        if (image_.U32(pe) != 0x00004550)
-            throw BadImage{"not a PE image (no PE signature where the MZ header points)"};
-        uint64_t fileHeader = pe + 4;
-        uint32_t machine = image_.U16(fileHeader);
-        uint32_t sections = image_.U16(fileHeader + 2);
-        uint32_t optionalSize = image_.U16(fileHeader + 16);
-        uint64_t optional = fileHeader + 20;
-        uint32_t magic = image_.U16(optional);
-        if (magic == 0x20B)
-            throw BadImage{"a 64-bit image: torwen serves 32-bit programs only"};
-        if (magic != 0x10B || machine != 0x14C)
-            throw BadImage{"not a 32-bit x86 image"};
-        uint32_t directories = image_.U32(optional + 92);
-        if (directories > 1 && optionalSize >= 96 + 2 * 8)
-            importRva_ = image_.U32(optional + 96 + 8);
-        headersSize_ = image_.U32(optional + 60);
-        for (uint64_t s = optional + optionalSize, i = 0; i < sections; ++i, s += 40)
-            sections_.push_back(
-                {image_.U32(s + 12), image_.U32(s + 8), image_.U32(s + 16), image_.U32(s + 20)});
-    }
-
-    uint64_t FileOffset(uint32_t rva) const
-    {
-        for (const Section& s : sections_) {
-            uint32_t span = std::max(s.virtualSize, s.rawSize);
-            if (rva >= s.rva && rva - s.rva < span) {
-                if (rva - s.rva >= s.rawSize)
-                    throw BadImage{"damaged: the import table points outside the file's data"};
-                return uint64_t(s.rawOffset) + (rva - s.rva);
-            }
-        }
-        if (rva < headersSize_)
-            return rva;
-        throw BadImage{"damaged: the import table points outside every section"};
-    }
-
-    struct Section {
-        uint32_t rva, virtualSize, rawSize, rawOffset;
-    };
-    const Image& image_;
-    uint32_t importRva_ = 0;
-    uint32_t headersSize_ = 0;
-    std::vector<Section> sections_;
-};
-
-enum class Read { ok, unreadable, tooLarge };
-
-Read ReadFile(const char* path, std::vector<unsigned char>& bytes)
-{
-    FILE* f = std::fopen(path, "rb");
-    if (!f)
-        return Read::unreadable;
-    unsigned char chunk[65536];
-    size_t n;
-    Read result = Read::ok;
-    while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0) {
-        if (bytes.size() + n > maxImageSize) {
-            result = Read::tooLarge;
-            break;
-        }
-        bytes.insert(bytes.end(), chunk, chunk + n);
-    }
-    if (std::ferror(f))
-        result = Read::unreadable;
-    std::fclose(f);
-    return result;
-}
+using namespace torwen_imports;
 
 int Check(const char* path)
 {
     std::vector<unsigned char> bytes;
-    switch (ReadFile(path, bytes)) {
+    switch (ReadImage(path, bytes)) {
     case Read::unreadable:
         std::fprintf(stderr, "torwen-imports: %s: cannot read the file\n", path);
         return 2;
@@ -271,43 +42,78 @@ int Check(const char* path)
         return 2;
     }
 
-    int fromTorwen = 0, misplaced = 0, replaceable = 0;
+    // Each wide import of a system DLL in its group; the ones Windows 95, 98 and
+    // Me implement themselves are only counted.
+    struct Reported {
+        Group group;
+        const char* heading;
+    };
+    const Reported reported[] = {
+        { Group::torwen, "exported by torwen, imported from the system by link order" },
+        { Group::ntOnly, "only on the NT family" },
+        { Group::missing, "without a replacement in torwen yet" },
+    };
+    std::vector<Import> groups[std::size(reported)];
+    std::string native;
+    int fromTorwen = 0, nativeCount = 0;
     for (const Import& imp : imports) {
-        std::string dll = Lower(imp.dll);
-        if (dll == "torwen.dll") {
+        if (Lower(imp.dll) == "torwen.dll") {
             ++fromTorwen;
             continue;
         }
-        if (!Contains(systemDlls, dll) || !IsWideName(imp.name) ||
-            Contains(nativeOnWindows95, imp.name))
+        Group group = Classify(imp.dll, imp.name);
+        if (group == Group::windows9x) {
+            native += (nativeCount++ ? ", " : "") + imp.name;
             continue;
-        if (!misplaced++)
-            std::printf("%s imports wide functions from the system; on Windows 95, 98 and Me "
-                        "they fail:\n",
-                        path);
-        std::string instead = TorwenExportFor(imp.name);
-        if (instead.empty()) {
-            std::printf("  %s!%s: torwen has no replacement\n", imp.dll.c_str(), imp.name.c_str());
-        } else {
-            ++replaceable;
-            std::printf("  %s!%s: use torwen.dll's %s\n", imp.dll.c_str(), imp.name.c_str(),
-                        instead.c_str());
         }
+        for (size_t i = 0; i < std::size(reported); ++i)
+            if (group == reported[i].group)
+                groups[i].push_back(imp);
     }
+    const int linkOrder = int(groups[0].size()), ntOnly = int(groups[1].size()),
+              missing = int(groups[2].size());
+    const int misplaced = linkOrder + ntOnly + missing;
     if (misplaced) {
-        std::printf("%d wide import(s) from the system, %d of them exported by torwen; %d "
-                    "import(s) from torwen.dll.\n",
-                    misplaced, replaceable, fromTorwen);
-        if (replaceable)
-            std::printf("Link torwen's import library ahead of the system libraries.\n");
-        if (replaceable < misplaced)
-            std::printf("Where torwen has no replacement, call the A function on Windows 95, 98 "
-                        "and Me.\n");
-        return 1;
+        std::printf("%s imports wide functions from the system; on Windows 95, 98 and Me they "
+                    "fail:\n",
+            path);
+        for (size_t i = 0; i < std::size(reported); ++i) {
+            if (groups[i].empty())
+                continue;
+            std::printf("  %s:\n", reported[i].heading);
+            for (const Import& imp : groups[i]) {
+                std::printf("    %s!%s: ", imp.dll.c_str(), imp.name.c_str());
+                if (reported[i].group == Group::torwen)
+                    std::printf("use torwen.dll's %s\n", TorwenExportFor(imp.name).c_str());
+                else if (reported[i].group == Group::ntOnly)
+                    std::printf("needs the NT family\n");
+                else
+                    std::printf("torwen has no replacement\n");
+            }
+        }
+    } else {
+        std::printf("%s: no wide function imported from the system; %d import(s) from "
+                    "torwen.dll\n",
+            path, fromTorwen);
     }
-    std::printf("%s: no wide function imported from the system; %d import(s) from torwen.dll\n",
-                path, fromTorwen);
-    return 0;
+    if (nativeCount)
+        std::printf(
+            "implemented by Windows 95/98/Me itself: %d (%s)\n", nativeCount, native.c_str());
+    if (!misplaced)
+        return 0;
+    std::printf("%d wide import(s) from the system: %d exported by torwen, %d only on the NT "
+                "family, %d without a replacement; %d import(s) from torwen.dll.\n",
+        misplaced, linkOrder, ntOnly, missing, fromTorwen);
+    if (linkOrder)
+        std::printf("Link torwen's import library ahead of the system libraries.\n");
+    if (ntOnly)
+        std::printf("Where a function exists only on the NT family, the program needs it, or "
+                    "looks the function up with GetProcAddress and does without it on Windows "
+                    "95, 98 and Me.\n");
+    if (missing)
+        std::printf("Where torwen has no replacement, call the A function on Windows 95, 98 "
+                    "and Me.\n");
+    return 1;
 }
 
 } // namespace
@@ -315,9 +121,10 @@ int Check(const char* path)
 int main(int argc, char** argv)
 {
     if (argc < 2) {
-        std::fprintf(stderr, "usage: torwen-imports PROGRAM.exe|LIBRARY.dll...\n"
-                             "Lists the wide functions a 32-bit image imports from the system's "
-                             "DLLs instead of from torwen.dll.\n");
+        std::fprintf(stderr,
+            "usage: torwen-imports PROGRAM.exe|LIBRARY.dll...\n"
+            "Lists the wide functions a 32-bit image imports from the system's "
+            "DLLs instead of from torwen.dll.\n");
         return 2;
     }
     int status = 0;

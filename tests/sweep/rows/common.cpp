@@ -1,10 +1,1348 @@
+// Common controls and common dialogs. The controls are children of the sweep's
+// window, made once with comctl32's A classes and messages; the modal dialogs
+// close themselves from a hook, or stop at a template that does not exist so that
+// fuzzed records cost no dialog.
 #include "sweep/sweep.h"
+#include "torwen.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include <commctrl.h>
+#include <commdlg.h>
+#include <dlgs.h>
+#include <vfw.h>
+
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
 
 namespace sweep {
 
+namespace {
+
+// ---- comctl32, which the test programs do not import
+
+template <typename F>
+F Fn(const char* dll, const char* name)
+{
+    return reinterpret_cast<F>(reinterpret_cast<void*>(GetProcAddress(LoadLibraryA(dll), name)));
+}
+
+void InitControls()
+{
+    static const bool done = [] {
+        INITCOMMONCONTROLSEX icc = {sizeof icc, 0x3FFF};
+        using Init = BOOL(WINAPI*)(const INITCOMMONCONTROLSEX*);
+        return Fn<Init>("comctl32.dll", "InitCommonControlsEx")(&icc);
+    }();
+    (void)done;
+}
+
+HWND Child(const char* cls, DWORD style, HINSTANCE inst = Instance())
+{
+    InitControls();
+    return CreateWindowExA(0, cls, "", WS_CHILD | style, 0, 0, 300, 200, Window(), HMENU(1), inst,
+                           nullptr);
+}
+
+template <typename T = void>
+LRESULT Send(HWND hwnd, UINT msg, WPARAM wParam, const T* lParam = nullptr)
+{
+    return SendMessageA(hwnd, msg, wParam, reinterpret_cast<LPARAM>(lParam));
+}
+
+// The test DLL's resources: a bitmap and a dialog template, found by name.
+HINSTANCE Resources()
+{
+    static HINSTANCE dll = LoadLibraryA("test-resources.dll");
+    return dll;
+}
+
+// ---- fuzzed text in the shapes the records take
+
+// A copy of `s` in a buffer of `count` characters (cut, and terminated when there
+// is room), ending at the no-access page.
+LPWSTR Buffer(Fuzz& f, LPCWSTR s, int count)
+{
+    WCHAR* buf = f.Out<WCHAR>(count);
+    if (count > 0) {
+        int n = std::min(f.Len(s), count - 1);
+        std::copy(s, s + n, buf);
+        buf[n] = L'\0';
+    }
+    return buf;
+}
+
+// A list of strings (each with its NUL, then an empty one) that ends at the page.
+LPCWSTR List(Fuzz& f, LPCWSTR first, LPCWSTR second)
+{
+    std::wstring list = std::wstring(first, f.Len(first)) + L'\0' + second + L'\0';
+    WCHAR* p = f.Out<WCHAR>(int(list.size() + 1));
+    std::copy(list.begin(), list.end(), p);
+    p[list.size()] = L'\0';
+    return p;
+}
+
+// An ANSI copy of a fuzzed string, ending at the page.
+LPSTR AnsiOf(Fuzz& f, LPCWSTR s)
+{
+    std::string a = harness::ToAnsi(std::wstring(s, f.Len(s)));
+    char* p = f.Out<char>(int(a.size() + 1));
+    std::copy(a.begin(), a.end(), p);
+    p[a.size()] = '\0';
+    return p;
+}
+
+// A text that came back as `n` characters (without its NUL) fits the caller's
+// `count`; a text that does not fit answers 0 and leaves the buffer unspecified
+// (a count of 0 asks for the length).
+void ExpectFits(int n, int count, Fuzz& f)
+{
+    if (n > 0 && count > 0) {
+        EXPECT_LT(n, count) << f.Describe();
+    }
+}
+
+bool Created(Result r)
+{
+    return r != 0 && r != -1;
+}
+
+void Destroy(Result window)
+{
+    DestroyWindow(HWND(window));
+}
+
+// ---- list views, tree views, headers and tab controls
+
+wchar_t sweepText[] = L"sweep";
+
+HWND ListView()
+{
+    static HWND lv = [] {
+        HWND h = Child(WC_LISTVIEWA, LVS_REPORT | LVS_EDITLABELS);
+        LVCOLUMNA col = {LVCF_TEXT | LVCF_WIDTH, 0, 100, const_cast<LPSTR>("sweep")};
+        Send(h, LVM_INSERTCOLUMNA, 0, &col);
+        LVITEMA item = {LVIF_TEXT, 0, 0, 0, 0, const_cast<LPSTR>("sweep")};
+        Send(h, LVM_INSERTITEMA, 0, &item);
+        return h;
+    }();
+    return lv;
+}
+
+void RestoreListItem()
+{
+    LVITEMA item = {0, 0, 0, 0, 0, const_cast<LPSTR>("sweep")};
+    Send(ListView(), LVM_SETITEMTEXTA, 0, &item);
+}
+
+LVITEMW ListItem(LPWSTR text, int cch = 0, int index = 0)
+{
+    LVITEMW item = {LVIF_TEXT | LVIF_PARAM, index, 0, 0, 0, text, cch};
+    return item;
+}
+
+LVCOLUMNW Column(LPWSTR text, int cch = 0)
+{
+    return {LVCF_TEXT | LVCF_WIDTH, 0, 80, text, cch};
+}
+
+struct Tree {
+    HWND hwnd;
+    HTREEITEM root;
+};
+
+Tree TreeView()
+{
+    static Tree tree = [] {
+        HWND h = Child(WC_TREEVIEWA, TVS_EDITLABELS);
+        TVINSERTSTRUCTA ins = {TVI_ROOT, TVI_LAST};
+        ins.item.mask = TVIF_TEXT;
+        ins.item.pszText = const_cast<LPSTR>("sweep");
+        return Tree{h, HTREEITEM(Send(h, TVM_INSERTITEMA, 0, &ins))};
+    }();
+    return tree;
+}
+
+TVITEMW TreeItem(LPWSTR text, int cch = 0)
+{
+    TVITEMW item = {TVIF_TEXT | TVIF_HANDLE, TreeView().root};
+    item.pszText = text;
+    item.cchTextMax = cch;
+    return item;
+}
+
+HWND Header()
+{
+    static HWND h = [] {
+        HWND hdr = Child(WC_HEADERA, 0);
+        HDITEMA item = {HDI_TEXT | HDI_WIDTH, 50, const_cast<LPSTR>("sweep")};
+        Send(hdr, HDM_INSERTITEMA, 0, &item);
+        return hdr;
+    }();
+    return h;
+}
+
+HDITEMW HeaderItem(LPWSTR text, int cch)
+{
+    return {HDI_TEXT | HDI_WIDTH, 50, text, nullptr, cch};
+}
+
+HWND Tab()
+{
+    static HWND h = [] {
+        HWND tab = Child(WC_TABCONTROLA, 0);
+        TCITEMA item = {TCIF_TEXT, 0, 0, const_cast<LPSTR>("sweep")};
+        Send(tab, TCM_INSERTITEMA, 0, &item);
+        return tab;
+    }();
+    return h;
+}
+
+TCITEMW TabItem(LPWSTR text, int cch = 0)
+{
+    return {TCIF_TEXT, 0, 0, text, cch};
+}
+
+std::vector<Row> ItemRows()
+{
+    return {
+        Row("AtListView_InsertItemW",
+            [] {
+                LVITEMW item = ListItem(sweepText, 0, 1);
+                return R(AtListView_InsertItemW(ListView(), &item));
+            },
+            -1, Error::AsLeft)
+            .Undo([](Result i) { Send(ListView(), LVM_DELETEITEM, i); })
+            .Fuzz([](Fuzz& f) {
+                LVITEMW item = ListItem(const_cast<LPWSTR>(f.Str()), 0, 1);
+                int i = AtListView_InsertItemW(ListView(), &item);
+                if (i >= 0)
+                    Send(ListView(), LVM_DELETEITEM, i);
+            }),
+        Row("AtListView_GetItemW",
+            [] {
+                WCHAR buf[64];
+                LVITEMW item = ListItem(buf, 64);
+                return R(AtListView_GetItemW(ListView(), &item) && !wcscmp(buf, L"sweep"));
+            },
+            FALSE, Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                int count = f.Count(5);
+                LVITEMW item = ListItem(f.Out<WCHAR>(count), count);
+                AtListView_GetItemW(ListView(), &item);
+            }),
+        Row("AtListView_SetItemW",
+            [] {
+                LVITEMW item = ListItem(sweepText);
+                return R(AtListView_SetItemW(ListView(), &item));
+            },
+            FALSE, Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                LVITEMW item = ListItem(const_cast<LPWSTR>(f.Str()));
+                AtListView_SetItemW(ListView(), &item);
+                RestoreListItem();
+            }),
+        Row("AtListView_FindItemW",
+            [] {
+                LVFINDINFOW find = {LVFI_STRING, L"sweep"};
+                return R(AtListView_FindItemW(ListView(), -1, &find));
+            },
+            -1, Error::AsLeft)
+            .Ok(0)
+            .Fuzz([](Fuzz& f) {
+                LVFINDINFOW find = {f.Pick(2) ? UINT(LVFI_STRING) : UINT(LVFI_PARTIAL), f.Str()};
+                AtListView_FindItemW(ListView(), -1, &find);
+            }),
+        Row("AtListView_GetStringWidthW",
+            [] { return R(AtListView_GetStringWidthW(ListView(), L"sweep")); }, -1, Error::AsLeft)
+            .Ok([](Result r) { return r > 0; })
+            .Fuzz([](Fuzz& f) { AtListView_GetStringWidthW(ListView(), f.Str()); }),
+        Row("AtListView_EditLabelW", [] { return R(AtListView_EditLabelW(ListView(), 0)); }, 0,
+            Error::AsLeft)
+            .Undo([](Result) { Send(ListView(), LVM_CANCELEDITLABEL, 0); }),
+        Row("AtListView_GetColumnW",
+            [] {
+                WCHAR buf[64];
+                LVCOLUMNW col = Column(buf, 64);
+                return R(AtListView_GetColumnW(ListView(), 0, &col) && !wcscmp(buf, L"sweep"));
+            },
+            FALSE, Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                int count = f.Count(5);
+                LVCOLUMNW col = Column(f.Out<WCHAR>(count), count);
+                AtListView_GetColumnW(ListView(), 0, &col);
+            }),
+        Row("AtListView_SetColumnW",
+            [] {
+                LVCOLUMNW col = Column(sweepText);
+                return R(AtListView_SetColumnW(ListView(), 0, &col));
+            },
+            FALSE, Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                LVCOLUMNW col = Column(const_cast<LPWSTR>(f.Str()));
+                AtListView_SetColumnW(ListView(), 0, &col);
+                LVCOLUMNA back = {LVCF_TEXT, 0, 0, const_cast<LPSTR>("sweep")};
+                Send(ListView(), LVM_SETCOLUMNA, 0, &back);
+            }),
+        Row("AtListView_InsertColumnW",
+            [] {
+                LVCOLUMNW col = Column(sweepText);
+                return R(AtListView_InsertColumnW(ListView(), 1, &col));
+            },
+            -1, Error::AsLeft)
+            .Undo([](Result i) { Send(ListView(), LVM_DELETECOLUMN, i); })
+            .Fuzz([](Fuzz& f) {
+                LVCOLUMNW col = Column(const_cast<LPWSTR>(f.Str()));
+                int i = AtListView_InsertColumnW(ListView(), 1, &col);
+                if (i >= 0)
+                    Send(ListView(), LVM_DELETECOLUMN, i);
+            }),
+        Row::Void("AtListView_GetItemTextW",
+                  [] {
+                      WCHAR buf[64] = L"";
+                      AtListView_GetItemTextW(ListView(), 0, 0, buf, 64);
+                  },
+                  Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                int count = f.Count(5);
+                // Wine's list view measures what it left in the buffer, even in one of
+                // no characters: on the NT family the buffer holds a NUL to stop it.
+                WCHAR* buf = f.Out<WCHAR>(harness::AnsiPath() ? count : std::max(count, 1));
+                if (!harness::AnsiPath())
+                    buf[0] = L'\0';
+                AtListView_GetItemTextW(ListView(), 0, 0, buf, count);
+            }),
+        Row::Void("AtListView_SetItemTextW",
+                  [] { AtListView_SetItemTextW(ListView(), 0, 0, L"sweep"); }, Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                AtListView_SetItemTextW(ListView(), 0, 0, f.Str(Fuzz::NullOk));
+                RestoreListItem();
+            }),
+        // No incremental search is under way: the string is empty.
+        Row("AtListView_GetISearchStringW",
+            [] {
+                WCHAR buf[260];
+                return R(AtListView_GetISearchStringW(ListView(), buf));
+            },
+            0, Error::AsLeft)
+            .Ok(0)
+            .Fuzz([](Fuzz& f) { AtListView_GetISearchStringW(ListView(), f.Out<WCHAR>(260)); }),
+        Row("AtTreeView_InsertItemW",
+            [] {
+                TVINSERTSTRUCTW ins = {TVI_ROOT, TVI_LAST};
+                ins.item.mask = TVIF_TEXT;
+                ins.item.pszText = sweepText;
+                return R(AtTreeView_InsertItemW(TreeView().hwnd, &ins));
+            },
+            0, Error::AsLeft)
+            .Undo([](Result item) { Send(TreeView().hwnd, TVM_DELETEITEM, 0, HTREEITEM(item)); })
+            .Fuzz([](Fuzz& f) {
+                TVINSERTSTRUCTW ins = {TVI_ROOT, TVI_LAST};
+                ins.item.mask = TVIF_TEXT;
+                ins.item.pszText = const_cast<LPWSTR>(f.Str());
+                if (HTREEITEM item = AtTreeView_InsertItemW(TreeView().hwnd, &ins))
+                    Send(TreeView().hwnd, TVM_DELETEITEM, 0, item);
+            }),
+        Row("AtTreeView_GetItemW",
+            [] {
+                WCHAR buf[64];
+                TVITEMW item = TreeItem(buf, 64);
+                return R(AtTreeView_GetItemW(TreeView().hwnd, &item) && !wcscmp(buf, L"sweep"));
+            },
+            FALSE, Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                int count = f.Count(5);
+                TVITEMW item = TreeItem(f.Out<WCHAR>(count), count);
+                AtTreeView_GetItemW(TreeView().hwnd, &item);
+            }),
+        Row("AtTreeView_SetItemW",
+            [] {
+                TVITEMW item = TreeItem(sweepText);
+                return R(AtTreeView_SetItemW(TreeView().hwnd, &item));
+            },
+            -1, Error::AsLeft)
+            .Ok(TRUE)
+            .Fuzz([](Fuzz& f) {
+                TVITEMW item = TreeItem(const_cast<LPWSTR>(f.Str()));
+                AtTreeView_SetItemW(TreeView().hwnd, &item);
+                TVITEMA back = {TVIF_TEXT | TVIF_HANDLE, TreeView().root};
+                back.pszText = const_cast<LPSTR>("sweep");
+                Send(TreeView().hwnd, TVM_SETITEMA, 0, &back);
+            }),
+        Row("AtTreeView_EditLabelW",
+            [] { return R(AtTreeView_EditLabelW(TreeView().hwnd, TreeView().root)); }, 0,
+            Error::AsLeft)
+            .Undo([](Result) { Send(TreeView().hwnd, TVM_ENDEDITLABELNOW, TRUE); }),
+        Row("AtTreeView_GetISearchStringW",
+            [] {
+                WCHAR buf[260];
+                return R(AtTreeView_GetISearchStringW(TreeView().hwnd, buf));
+            },
+            0, Error::AsLeft)
+            .Ok(0)
+            .Fuzz([](Fuzz& f) {
+                AtTreeView_GetISearchStringW(TreeView().hwnd, f.Out<WCHAR>(260));
+            }),
+        // The header answers no longer a text than the one the buffer holds.
+        Row("AtHeader_GetItemW",
+            [] {
+                WCHAR buf[64] = L"xxxxxxxxxx";
+                HDITEMW item = HeaderItem(buf, 64);
+                return R(AtHeader_GetItemW(Header(), 0, &item) && !wcscmp(buf, L"sweep"));
+            },
+            FALSE, Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                int count = f.Count(5);
+                HDITEMW item = HeaderItem(f.Out<WCHAR>(count), count);
+                AtHeader_GetItemW(Header(), 0, &item);
+            }),
+        Row("AtHeader_InsertItemW",
+            [] {
+                HDITEMW item = HeaderItem(sweepText, 0);
+                return R(AtHeader_InsertItemW(Header(), 1, &item));
+            },
+            -1, Error::AsLeft)
+            .Undo([](Result i) { Send(Header(), HDM_DELETEITEM, i); })
+            .Fuzz([](Fuzz& f) {
+                HDITEMW item = HeaderItem(const_cast<LPWSTR>(f.Str()), 0);
+                int i = AtHeader_InsertItemW(Header(), 1, &item);
+                if (i >= 0)
+                    Send(Header(), HDM_DELETEITEM, i);
+            }),
+        Row("AtHeader_SetItemW",
+            [] {
+                HDITEMW item = HeaderItem(sweepText, 0);
+                return R(AtHeader_SetItemW(Header(), 0, &item));
+            },
+            FALSE, Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                HDITEMW item = HeaderItem(const_cast<LPWSTR>(f.Str()), 0);
+                AtHeader_SetItemW(Header(), 0, &item);
+                HDITEMA back = {HDI_TEXT, 0, const_cast<LPSTR>("sweep")};
+                Send(Header(), HDM_SETITEMA, 0, &back);
+            }),
+        Row("AtTabCtrl_GetItemW",
+            [] {
+                WCHAR buf[64];
+                TCITEMW item = TabItem(buf, 64);
+                return R(AtTabCtrl_GetItemW(Tab(), 0, &item) && !wcscmp(buf, L"sweep"));
+            },
+            FALSE, Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                int count = f.Count(5);
+                TCITEMW item = TabItem(f.Out<WCHAR>(count), count);
+                AtTabCtrl_GetItemW(Tab(), 0, &item);
+            }),
+        Row("AtTabCtrl_SetItemW",
+            [] {
+                TCITEMW item = TabItem(sweepText);
+                return R(AtTabCtrl_SetItemW(Tab(), 0, &item));
+            },
+            FALSE, Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                TCITEMW item = TabItem(const_cast<LPWSTR>(f.Str()));
+                AtTabCtrl_SetItemW(Tab(), 0, &item);
+                TCITEMA back = {TCIF_TEXT, 0, 0, const_cast<LPSTR>("sweep")};
+                Send(Tab(), TCM_SETITEMA, 0, &back);
+            }),
+        Row("AtTabCtrl_InsertItemW",
+            [] {
+                TCITEMW item = TabItem(sweepText);
+                return R(AtTabCtrl_InsertItemW(Tab(), 1, &item));
+            },
+            -1, Error::AsLeft)
+            .Undo([](Result i) { Send(Tab(), TCM_DELETEITEM, i); })
+            .Fuzz([](Fuzz& f) {
+                TCITEMW item = TabItem(const_cast<LPWSTR>(f.Str()));
+                int i = AtTabCtrl_InsertItemW(Tab(), 1, &item);
+                if (i >= 0)
+                    Send(Tab(), TCM_DELETEITEM, i);
+            }),
+    };
+}
+
+// ---- toolbars, tooltips, status bars, animation and image lists
+
+HWND Toolbar()
+{
+    static HWND h = [] {
+        HWND tb = Child(TOOLBARCLASSNAMEA, 0);
+        Send(tb, TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON));
+        Send(tb, TB_ADDSTRINGA, 0, "sweep\0");
+        TBBUTTON button = {0, 1, TBSTATE_ENABLED, BTNS_BUTTON, {}, 0, 0};
+        Send(tb, TB_ADDBUTTONSA, 1, &button);
+        return tb;
+    }();
+    return h;
+}
+
+TBBUTTON Button()
+{
+    return {0, 2, TBSTATE_ENABLED, BTNS_BUTTON, {}, 0, 0};
+}
+
+void DeleteButton(int index)
+{
+    Send(Toolbar(), TB_DELETEBUTTON, index);
+}
+
+// A tooltip with tool 1 over the top-left corner of the sweep's window. Tool 1
+// keeps its text ("sweep"); the rows that change texts use tool 2.
+HWND Tooltip()
+{
+    static HWND h = [] {
+        InitControls();
+        HWND tt = CreateWindowExA(0, TOOLTIPS_CLASSA, nullptr, WS_POPUP | TTS_ALWAYSTIP, 0, 0, 0, 0,
+                                  Window(), nullptr, Instance(), nullptr);
+        TTTOOLINFOA ti = {44, 0, Window(), 1, {0, 0, 50, 50}, nullptr, const_cast<LPSTR>("sweep")};
+        Send(tt, TTM_ADDTOOLA, 0, &ti);
+        return tt;
+    }();
+    return h;
+}
+
+TTTOOLINFOW Tool(UINT_PTR id, LPWSTR text)
+{
+    TTTOOLINFOW ti = {sizeof ti, 0, Window(), id, {0, 0, 50, 50}, nullptr, text};
+    return ti;
+}
+
+void AddTool2()
+{
+    TTTOOLINFOA ti = {44, 0, Window(), 2, {50, 50, 60, 60}, nullptr, const_cast<LPSTR>("two")};
+    Send(Tooltip(), TTM_ADDTOOLA, 0, &ti);
+}
+
+void DeleteTool2()
+{
+    TTTOOLINFOA ti = {44, 0, Window(), 2};
+    Send(Tooltip(), TTM_DELTOOLA, 0, &ti);
+}
+
+// The queries' text buffer: 255 characters, as the caller provides.
+LPWSTR TipBuffer(Fuzz* f = nullptr)
+{
+    static WCHAR buf[255];
+    return f ? f->Out<WCHAR>(255) : buf;
+}
+
+// A tool record of the size it states (without lParam, with it, or the whole
+// record) that ends at the no-access page: the size is all that may be read or
+// written.
+TTTOOLINFOW* ToolRecord(Fuzz& f, UINT_PTR id, LPWSTR text)
+{
+    static const UINT sizes[] = {TTTOOLINFOW_V1_SIZE, TTTOOLINFOW_V2_SIZE, sizeof(TTTOOLINFOW)};
+    TTTOOLINFOW whole = Tool(id, text);
+    whole.cbSize = sizes[f.Pick(3)];
+    auto* record = reinterpret_cast<TTTOOLINFOW*>(f.Out<BYTE>(int(whole.cbSize)));
+    memcpy(record, &whole, whole.cbSize);
+    return record;
+}
+
+// A tool text setter, fuzzed on tool 2 (added and removed around the call).
+template <typename Set>
+std::function<void(Fuzz&)> FuzzToolText(Set set)
+{
+    return [set](Fuzz& f) {
+        AddTool2();
+        set(Tooltip(), ToolRecord(f, 2, const_cast<LPWSTR>(f.Str())));
+        DeleteTool2();
+    };
+}
+
+HWND StatusBar()
+{
+    static HWND h = [] {
+        HWND sb = Child(STATUSCLASSNAMEA, 0);
+        Send(sb, SB_SETTEXTA, 0, "sweep");
+        return sb;
+    }();
+    return h;
+}
+
+// The control looks for a named clip among the resources of its own module: shell32
+// has the file-copy animation (161).
+HWND Animation()
+{
+    static HWND h = Child(ANIMATE_CLASSA, 0, LoadLibraryA("shell32.dll"));
+    return h;
+}
+
+HIMAGELIST LoadImageList(LPCWSTR name)
+{
+    return ImageList_LoadImageW(Resources(), name, 16, 0, CLR_NONE, IMAGE_BITMAP, 0);
+}
+
+void DestroyImageList(Result list)
+{
+    Fn<BOOL(WINAPI*)(HIMAGELIST)>("comctl32.dll", "ImageList_Destroy")(HIMAGELIST(list));
+}
+
+std::vector<Row> BarRows()
+{
+    return {
+        Row("ImageList_LoadImageW",
+            [] { return R(LoadImageList(L"TESTBITMAP")); }, 0)
+            .Undo(DestroyImageList)
+            .Fuzz([](Fuzz& f) {
+                if (HIMAGELIST list = LoadImageList(f.Str()))
+                    DestroyImageList(R(list));
+            }),
+        Row::Void("DrawStatusTextW",
+                  [] {
+                      HDC dc = GetDC(Window());
+                      RECT rect = {0, 0, 100, 20};
+                      DrawStatusTextW(dc, &rect, L"sweep", 0);
+                      DWORD error = GetLastError();
+                      ReleaseDC(Window(), dc);
+                      SetLastError(error);
+                  },
+                  Error::AsLeft)
+            // The ANSI path binds comctl32's function by ordinal, which the missing
+            // sweep (taking functions away by name) leaves in place, as Windows 95 has it.
+            .Kernel()
+            .Fuzz([](Fuzz& f) {
+                HDC dc = GetDC(Window());
+                RECT rect = {0, 0, 100, 20};
+                DrawStatusTextW(dc, &rect, f.Str(Fuzz::NullOk), 0);
+                ReleaseDC(Window(), dc);
+            }),
+        Row("CreateStatusWindowW",
+            [] { return R(CreateStatusWindowW(WS_CHILD, L"sweep", Window(), 2)); }, 0)
+            .Kernel()  // by ordinal, as DrawStatusTextW
+            .Undo(Destroy)
+            .Fuzz([](Fuzz& f) {
+                DestroyWindow(CreateStatusWindowW(WS_CHILD, f.Str(), Window(), 2));
+            }),
+        Row("AtAnimate_CreateW",
+            [] { return R(AtAnimate_CreateW(Window(), 3, WS_CHILD, Instance())); }, 0)
+            .Undo(Destroy),
+        // The NT family's control is sent the wide name as ANSI text, which only an
+        // identifier survives.
+        Row("AtAnimate_OpenW",
+            [] {
+                LPCWSTR clip = harness::AnsiPath() ? L"#161" : MAKEINTRESOURCEW(161);
+                return R(AtAnimate_OpenW(Animation(), clip));
+            },
+            FALSE, Error::AsLeft)
+            .Undo([](Result) { Send(Animation(), ACM_OPENA, 0); })
+            .Fuzz([](Fuzz& f) {
+                AtAnimate_OpenW(Animation(), f.Path());
+                Send(Animation(), ACM_OPENA, 0);
+            }),
+        Row("AtStatusBar_SetTextW",
+            [] { return R(AtStatusBar_SetTextW(StatusBar(), 0, L"sweep")); }, FALSE, Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                AtStatusBar_SetTextW(StatusBar(), 1, f.Str());
+                Send(StatusBar(), SB_SETTEXTA, 1, "");
+            }),
+        // The buffer holds the text and its NUL, as callers size it from the length.
+        Row("AtStatusBar_GetTextW",
+            [] {
+                WCHAR buf[64];
+                return R(AtStatusBar_GetTextW(StatusBar(), 0, buf));
+            },
+            0, Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                LPCWSTR text = f.Str();
+                std::string a = harness::ToAnsi(std::wstring(text, f.Len(text)));
+                Send(StatusBar(), SB_SETTEXTA, 1, a.c_str());
+                int length = MultiByteToWideChar(CP_ACP, 0, a.c_str(), -1, nullptr, 0);
+                AtStatusBar_GetTextW(StatusBar(), 1, f.Out<WCHAR>(length));
+                Send(StatusBar(), SB_SETTEXTA, 1, "");
+            }),
+        Row("ToolBar_AddString",
+            [] { return R(ToolBar_AddString(Toolbar(), nullptr, L"one\0two\0")); }, -1,
+            Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                ToolBar_AddString(Toolbar(), nullptr, List(f, f.Str(), L"sweep"));
+            }),
+        Row("ToolBar_GetButtonText",
+            [] {
+                WCHAR buf[64];
+                return R(ToolBar_GetButtonText(Toolbar(), 1, buf, 64));
+            },
+            -1, Error::AsLeft)
+            .Ok(5)
+            .Fuzz([](Fuzz& f) {
+                // The NT family's toolbar writes the whole text whatever the count.
+                int count = f.Count(5);
+                WCHAR* buf = f.Out<WCHAR>(harness::AnsiPath() ? count : std::max(count, 6));
+                int n = ToolBar_GetButtonText(Toolbar(), 1, buf, count);
+                if (harness::AnsiPath())
+                    ExpectFits(n, count, f);
+            }),
+        Row::Void("ToolBar_SaveRestore",
+                  [] {
+                      TBSAVEPARAMSW params = {Key(), L"", L"toolbar"};
+                      ToolBar_SaveRestore(Toolbar(), TRUE, &params);
+                  },
+                  Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                TBSAVEPARAMSW params = {Key(), L"", f.Str()};
+                ToolBar_SaveRestore(Toolbar(), TRUE, &params);
+            }),
+        Row("ToolBar_AddButtons",
+            [] {
+                TBBUTTON button = Button();
+                return R(ToolBar_AddButtons(Toolbar(), 1, &button));
+            },
+            FALSE, Error::AsLeft)
+            .Undo([](Result) { DeleteButton(int(Send(Toolbar(), TB_BUTTONCOUNT, 0)) - 1); }),
+        Row("ToolBar_InsertButton",
+            [] {
+                TBBUTTON button = Button();
+                return R(ToolBar_InsertButton(Toolbar(), 0, &button));
+            },
+            FALSE, Error::AsLeft)
+            .Undo([](Result) { DeleteButton(0); }),
+        Row("ToolTips_AddTool",
+            [] {
+                TTTOOLINFOW ti = Tool(2, sweepText);
+                return R(ToolTips_AddTool(Tooltip(), &ti));
+            },
+            FALSE, Error::AsLeft)
+            .Undo([](Result) { DeleteTool2(); })
+            .Fuzz([](Fuzz& f) {
+                ToolTips_AddTool(Tooltip(), ToolRecord(f, 2, const_cast<LPWSTR>(f.Str())));
+                DeleteTool2();
+            }),
+        Row::Void("ToolTips_DelTool",
+                  [] {
+                      AddTool2();
+                      TTTOOLINFOW ti = Tool(2, nullptr);
+                      ToolTips_DelTool(Tooltip(), &ti);
+                  },
+                  Error::AsLeft)
+            .Undo([](Result) { DeleteTool2(); })
+            .Fuzz([](Fuzz& f) {
+                AddTool2();
+                ToolTips_DelTool(Tooltip(), ToolRecord(f, 2, nullptr));
+                DeleteTool2();
+            }),
+        Row::Void("ToolTips_NewToolRect",
+                  [] {
+                      TTTOOLINFOW ti = Tool(1, nullptr);
+                      ToolTips_NewToolRect(Tooltip(), &ti);
+                  },
+                  Error::AsLeft)
+            .Fuzz([](Fuzz& f) { ToolTips_NewToolRect(Tooltip(), ToolRecord(f, 1, nullptr)); }),
+        Row("ToolTips_GetToolInfo",
+            [] {
+                TTTOOLINFOW ti = Tool(1, TipBuffer());
+                return R(ToolTips_GetToolInfo(Tooltip(), &ti));
+            },
+            FALSE, Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                ToolTips_GetToolInfo(Tooltip(), ToolRecord(f, 1, TipBuffer(&f)));
+            }),
+        Row::Void("ToolTips_SetToolInfo",
+                  [] {
+                      TTTOOLINFOW ti = Tool(1, sweepText);
+                      ToolTips_SetToolInfo(Tooltip(), &ti);
+                  },
+                  Error::AsLeft)
+            .Fuzz(FuzzToolText(ToolTips_SetToolInfo)),
+        Row("ToolTips_HitTest",
+            [] {
+                TTHITTESTINFOW hit = {Window(), {10, 10}, Tool(0, TipBuffer())};
+                return R(ToolTips_HitTest(Tooltip(), &hit));
+            },
+            FALSE, Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                TTHITTESTINFOW hit = {Window(), {10, 10}, Tool(0, TipBuffer(&f))};
+                ToolTips_HitTest(Tooltip(), &hit);
+            }),
+        Row::Void("ToolTips_UpdateTipText",
+                  [] {
+                      TTTOOLINFOW ti = Tool(1, sweepText);
+                      ToolTips_UpdateTipText(Tooltip(), &ti);
+                  },
+                  Error::AsLeft)
+            .Fuzz(FuzzToolText(ToolTips_UpdateTipText)),
+        Row("ToolTips_EnumTools",
+            [] {
+                TTTOOLINFOW ti = Tool(0, TipBuffer());
+                return R(ToolTips_EnumTools(Tooltip(), 0, &ti));
+            },
+            FALSE, Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                ToolTips_EnumTools(Tooltip(), 0, ToolRecord(f, 0, TipBuffer(&f)));
+            }),
+        // Wine's tooltip makes no tool current unless the mouse rests on one: the
+        // query answers FALSE.
+        Row("ToolTips_GetCurrentTool",
+            [] {
+                TTTOOLINFOW ti = Tool(0, TipBuffer());
+                return R(ToolTips_GetCurrentTool(Tooltip(), &ti));
+            },
+            FALSE, Error::AsLeft)
+            .Ok(FALSE)
+            .Fuzz([](Fuzz& f) {
+                ToolTips_GetCurrentTool(Tooltip(), ToolRecord(f, 0, TipBuffer(&f)));
+            }),
+    };
+}
+
+// ---- property sheets
+
+// An empty child dialog in memory.
+struct Template {
+    DLGTEMPLATE t;
+    WORD menu, cls, title;
+};
+const Template emptyPage = {{WS_CHILD | WS_VISIBLE, 0, 0, 0, 0, 100, 50}, 0, 0, 0};
+
+INT_PTR CALLBACK PageProc(HWND, UINT, WPARAM, LPARAM)
+{
+    return FALSE;
+}
+
+// The wide callback that the adapter calls: it sees its own lParam.
+UINT CALLBACK PageCallback(HWND, UINT, LPPROPSHEETPAGEW page)
+{
+    return page->lParam == 7;
+}
+
+PROPSHEETPAGEW Page(LPCWSTR title)
+{
+    PROPSHEETPAGEW page = {};
+    page.dwSize = sizeof(PROPSHEETPAGEW_V2);
+    page.dwFlags = PSP_DLGINDIRECT | PSP_USETITLE | PSP_USECALLBACK;
+    page.pResource = &emptyPage.t;
+    page.pszTitle = title;
+    page.pfnDlgProc = PageProc;
+    page.lParam = 7;
+    page.pfnCallback = PageCallback;
+    return page;
+}
+
+// A page named by the test DLL's dialog resource.
+PROPSHEETPAGEW NamedPage(LPCWSTR name, LPCWSTR title)
+{
+    PROPSHEETPAGEW page = Page(title);
+    page.dwFlags &= ~PSP_DLGINDIRECT;
+    page.hInstance = Resources();
+    page.pszTemplate = name;
+    return page;
+}
+
+PROPSHEETHEADERW Sheet(LPCWSTR caption, const PROPSHEETPAGEW* page)
+{
+    PROPSHEETHEADERW header = {};
+    header.dwSize = sizeof header;
+    header.dwFlags = PSH_MODELESS | PSH_PROPSHEETPAGE | PSH_NOAPPLYNOW;
+    header.hwndParent = Window();
+    header.pszCaption = caption;
+    header.nPages = 1;
+    header.ppsp = page;
+    return header;
+}
+
+// A modeless wizard made by comctl32's A function, for the messages to the sheet.
+HWND Wizard()
+{
+    static HWND h = [] {
+        InitControls();
+        PROPSHEETPAGEA page = {};
+        page.dwSize = sizeof(PROPSHEETPAGEA_V2);
+        page.dwFlags = PSP_DLGINDIRECT;
+        page.pResource = &emptyPage.t;
+        page.pfnDlgProc = PageProc;
+        PROPSHEETHEADERA header = {};
+        header.dwSize = sizeof header;
+        header.dwFlags = PSH_MODELESS | PSH_PROPSHEETPAGE | PSH_WIZARD;
+        header.hwndParent = Window();
+        header.pszCaption = "sweep";
+        header.nPages = 1;
+        header.ppsp = &page;
+        using Sheet = INT_PTR(WINAPI*)(LPCPROPSHEETHEADERA);
+        return HWND(Fn<Sheet>("comctl32.dll", "PropertySheetA")(&header));
+    }();
+    return h;
+}
+
+void DestroyPage(Result page)
+{
+    using Destroy = BOOL(WINAPI*)(HPROPSHEETPAGE);
+    Fn<Destroy>("comctl32.dll", "DestroyPropertySheetPage")(HPROPSHEETPAGE(page));
+}
+
+// The page the system hands the adapter: its lParam holds the caller's callback and
+// lParam.
+struct SavedPair {
+    LPFNPSPCALLBACKW callback;
+    LPARAM lParam;
+};
+
+UINT CallAdapter(LPCSTR name, LPCSTR title)
+{
+    SavedPair pair = {PageCallback, 7};
+    PROPSHEETPAGEA page = {};
+    page.dwSize = 68;
+    page.dwFlags = PSP_USETITLE | PSP_USECALLBACK;
+    page.hInstance = Resources();
+    page.pszTemplate = name;
+    page.pszTitle = title;
+    page.lParam = LPARAM(&pair);
+    page.pfnCallback = fnAtPropertySheetA;
+    return fnAtPropertySheetA(nullptr, PSPCB_CREATE, &page);
+}
+
+std::vector<Row> SheetRows()
+{
+    return {
+        // The page with the callback carries no strings: the adapter, which the sheet
+        // calls while it is made, then allocates nothing of its own.
+        Row("PropertySheetW",
+            [] {
+                PROPSHEETPAGEW pages[2] = {Page(nullptr), Page(L"sweep")};
+                pages[0].dwFlags &= ~PSP_USETITLE;
+                pages[1].dwFlags &= ~PSP_USECALLBACK;
+                PROPSHEETHEADERW header = Sheet(L"sweep", pages);
+                header.nPages = 2;
+                return R(PropertySheetW(&header));
+            },
+            -1)
+            .Ok(Created)
+            .Undo(Destroy)
+            // A sheet whose owner is gone fails once its pages are made, before the
+            // sheet's window is: the fuzzed strings cost no window. (Its page has no
+            // callback: on some of these failures Wine's sheet never releases the
+            // pages it made, nor the callback's pair with them.)
+            .Fuzz([](Fuzz& f) {
+                static HWND gone = [] {
+                    HWND w = CreateWindowExA(0, "STATIC", "", WS_POPUP, 0, 0, 0, 0, nullptr,
+                                             nullptr, Instance(), nullptr);
+                    DestroyWindow(w);
+                    return w;
+                }();
+                PROPSHEETPAGEW page = Page(f.Str());
+                page.dwFlags &= ~PSP_USECALLBACK;
+                PROPSHEETHEADERW header = Sheet(f.Str(), &page);
+                header.hwndParent = gone;
+                INT_PTR r = PropertySheetW(&header);
+                EXPECT_FALSE(Created(r)) << f.Describe();
+                if (Created(r))
+                    Destroy(r);
+            }),
+        // Without a callback: the system calls a page's callback as it makes the page,
+        // and the adapter's allocations are not the export's.
+        Row("CreatePropertySheetPageW",
+            [] {
+                PROPSHEETPAGEW page = NamedPage(L"CONTROLS", L"sweep");
+                page.dwFlags &= ~PSP_USECALLBACK;
+                return R(CreatePropertySheetPageW(&page));
+            },
+            0)
+            .Undo(DestroyPage)
+            .Fuzz([](Fuzz& f) {
+                PROPSHEETPAGEW page = NamedPage(f.Str(), f.Str(Fuzz::NullOk));
+                if (HPROPSHEETPAGE made = CreatePropertySheetPageW(&page))
+                    DestroyPage(R(made));
+            }),
+        // The system calls the adapter on Windows 95, 98 and Me only; on the NT family
+        // the row hands it a page without strings, which it converts without memory.
+        Row("fnAtPropertySheetA",
+            [] {
+                return harness::AnsiPath() ? R(CallAdapter("CONTROLS", "sweep"))
+                                           : R(CallAdapter(MAKEINTRESOURCEA(1), nullptr));
+            },
+            0, Error::AsLeft)
+            .WorksWhenMissing()
+            .Fuzz([](Fuzz& f) { CallAdapter(AnsiOf(f, f.Str()), AnsiOf(f, f.Str())); }),
+        Row::Void("AtPropSheet_SetTitleW", [] { AtPropSheet_SetTitleW(Wizard(), 0, L"sweep"); },
+                  Error::AsLeft)
+            .Fuzz([](Fuzz& f) { AtPropSheet_SetTitleW(Wizard(), 0, f.Str()); }),
+        Row::Void("AtPropSheet_SetFinishTextW",
+                  [] { AtPropSheet_SetFinishTextW(Wizard(), L"sweep"); }, Error::AsLeft)
+            .Fuzz([](Fuzz& f) { AtPropSheet_SetFinishTextW(Wizard(), f.Str()); }),
+    };
+}
+
+// ---- common dialogs
+
+// The open and save dialogs press OK as soon as they are up; the others at their
+// first message.
+UINT_PTR CALLBACK PressOkWhenUp(HWND child, UINT msg, WPARAM, LPARAM lParam)
+{
+    if (msg == WM_NOTIFY && reinterpret_cast<NMHDR*>(lParam)->code == CDN_INITDONE)
+        PostMessageA(GetParent(child), WM_COMMAND, IDOK, 0);
+    return 0;
+}
+
+UINT_PTR CALLBACK PressOk(HWND dialog, UINT msg, WPARAM, LPARAM)
+{
+    if (msg == WM_INITDIALOG)
+        PostMessageA(dialog, WM_COMMAND, IDOK, 0);
+    return 0;
+}
+
+OPENFILENAMEW FileDialog(LPWSTR file, LPWSTR title)
+{
+    static const std::wstring folder = Folder();
+    MakeFile(L"sweep.txt");
+    wcscpy(file, L"sweep.txt");
+    OPENFILENAMEW ofn = {};
+    ofn.lStructSize = sizeof ofn;
+    ofn.hwndOwner = Window();
+    ofn.lpstrFilter = L"Text\0*.txt\0All\0*.*\0";
+    ofn.nFilterIndex = 1;
+    ofn.lpstrFile = file;
+    ofn.nMaxFile = MAX_PATH;
+    ofn.lpstrFileTitle = title;
+    ofn.nMaxFileTitle = MAX_PATH;
+    ofn.lpstrInitialDir = folder.c_str();
+    ofn.lpstrTitle = L"sweep";
+    ofn.lpstrDefExt = L"txt";
+    ofn.Flags = OFN_EXPLORER | OFN_ENABLEHOOK | OFN_NOCHANGEDIR | OFN_HIDEREADONLY;
+    ofn.lpfnHook = PressOkWhenUp;
+    return ofn;
+}
+
+// Every string and buffer fuzzed, and an old-style dialog whose template the test
+// program lacks: the dialog fails before it shows.
+OPENFILENAMEW FuzzedFileDialog(Fuzz& f)
+{
+    OPENFILENAMEW ofn = {};
+    ofn.lStructSize = sizeof ofn;
+    ofn.hwndOwner = Window();
+    ofn.hInstance = Instance();
+    ofn.lpstrFilter = List(f, f.Str(), L"*.*");
+    LPCWSTR name = f.Str();
+    ofn.nMaxFile = f.Count(f.Len(name) + 1);
+    ofn.lpstrFile = Buffer(f, name, int(ofn.nMaxFile));
+    ofn.nMaxFileTitle = f.Count(MAX_PATH);
+    ofn.lpstrFileTitle = f.Out<WCHAR>(int(ofn.nMaxFileTitle));
+    ofn.lpstrInitialDir = f.Str(Fuzz::NullOk);
+    ofn.lpstrTitle = f.Str(Fuzz::NullOk);
+    ofn.lpstrDefExt = f.Str(Fuzz::NullOk);
+    ofn.Flags = OFN_ENABLETEMPLATE | OFN_NOCHANGEDIR;
+    ofn.lpTemplateName = f.Str();
+    return ofn;
+}
+
+template <typename Dialog>
+Row FileRow(const char* name, Dialog dialog, bool fuzz = true)
+{
+    Row row(name,
+            [dialog] {
+                WCHAR file[MAX_PATH], title[MAX_PATH];
+                OPENFILENAMEW ofn = FileDialog(file, title);
+                return R(dialog(&ofn));
+            },
+            FALSE, Error::AsLeft);
+    if (fuzz) {
+        row.Fuzz([dialog](Fuzz& f) {
+            OPENFILENAMEW ofn = FuzzedFileDialog(f);
+            EXPECT_FALSE(dialog(&ofn)) << f.Describe();
+        });
+    }
+    return row;
+}
+
+// A stand-in for an open dialog, for the hook's queries: it answers them as the
+// dialog does, in the character set it was sent (ANSI on Windows 95, 98 and Me),
+// copying as much as the size allows and answering the text's size with its NUL.
+LRESULT CALLBACK StandInProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
+{
+    static const char* answers[] = {"sweep.txt", "C:\\sweep\\sweep.txt", "C:\\sweep"};
+    if (msg >= CDM_GETSPEC && msg <= CDM_GETFOLDERPATH) {
+        std::string text = answers[msg - CDM_GETSPEC];
+        int size = int(wParam);
+        if (harness::AnsiPath()) {
+            if (size > 0)
+                lstrcpynA(reinterpret_cast<LPSTR>(lParam), text.c_str(), size);
+        } else {
+            std::wstring wide(text.begin(), text.end());
+            if (size > 0) {
+                auto* buf = reinterpret_cast<LPWSTR>(lParam);
+                size_t n = std::min(wide.size(), size_t(size - 1));
+                std::copy(wide.begin(), wide.begin() + n, buf);
+                buf[n] = 0;
+            }
+        }
+        return LRESULT(text.size() + 1);
+    }
+    if (msg == CDM_SETCONTROLTEXT || msg == CDM_SETDEFEXT) {
+        // Reads the text to its end, as the dialog's controls do.
+        if (lParam)
+            return harness::AnsiPath() ? lstrlenA(reinterpret_cast<LPCSTR>(lParam))
+                                       : int(wcslen(reinterpret_cast<LPCWSTR>(lParam)));
+        return 0;
+    }
+    return DefWindowProcA(hwnd, msg, wParam, lParam);
+}
+
+HWND StandIn()
+{
+    static HWND h = [] {
+        WNDCLASSA wc = {};
+        wc.lpfnWndProc = StandInProc;
+        wc.hInstance = Instance();
+        wc.lpszClassName = "torwen-sweep-open-dialog";
+        RegisterClassA(&wc);
+        return CreateWindowExA(0, wc.lpszClassName, "", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr,
+                               Instance(), nullptr);
+    }();
+    return h;
+}
+
+template <typename Query>
+Row QueryRow(const char* name, Query query)
+{
+    return Row(name,
+               [query] {
+                   WCHAR buf[MAX_PATH];
+                   return R(query(StandIn(), buf, MAX_PATH));
+               },
+               0, Error::AsLeft)
+        .Fuzz([query](Fuzz& f) {
+            int count = f.Count(20);
+            query(StandIn(), f.Out<WCHAR>(count), count);
+        });
+}
+
+FINDREPLACEW* FindRecord(bool replacing, Fuzz* f = nullptr)
+{
+    static WCHAR find[64], replace[64];
+    static FINDREPLACEW fr;
+    // comdlg32's own templates, named by their numbers in text.
+    static const WCHAR* templates[] = {L"#1540", L"#1541"};  // FINDDLGORD, REPLACEDLGORD
+    fr = {sizeof fr, Window(), LoadLibraryA("comdlg32.dll"), FR_DOWN | FR_ENABLETEMPLATE,
+          find, replace, sizeof find, sizeof replace};
+    fr.lpTemplateName = templates[replacing];
+    wcscpy(find, L"sweep");
+    wcscpy(replace, L"swept");
+    if (f) {
+        // A template the test program lacks: the dialog fails before it is made.
+        fr.hInstance = Instance();
+        fr.lpTemplateName = f->Str();
+        // The record counts its buffers' bytes in 16 bits.
+        LPCWSTR text = f->Str();
+        int count = std::min(f->Count(f->Len(text) + 1), 0x7FFF);
+        fr.wFindWhatLen = fr.wReplaceWithLen = WORD(count * sizeof(WCHAR));
+        // Wine's FindTextW and ReplaceTextW read as many characters as the record
+        // counts bytes: on the NT family the buffers are twice as long.
+        if (!harness::AnsiPath())
+            count *= 2;
+        fr.lpstrFindWhat = Buffer(*f, text, count);
+        fr.lpstrReplaceWith = Buffer(*f, f->Str(), count);
+    }
+    return &fr;
+}
+
+template <typename Open>
+Row FindRow(const char* name, Open open, bool replace)
+{
+    return Row(name, [open, replace] { return R(open(FindRecord(replace))); }, 0)
+        .Undo(Destroy)
+        .Fuzz([open, replace](Fuzz& f) {
+            EXPECT_FALSE(open(FindRecord(replace, &f))) << f.Describe();
+        });
+}
+
+int CALLBACK FirstTrueType(const LOGFONTA* font, const TEXTMETRICA*, DWORD type, LPARAM face)
+{
+    if (!(type & TRUETYPE_FONTTYPE) || font->lfFaceName[0] == '@')
+        return 1;
+    *reinterpret_cast<std::wstring*>(face) = harness::FromAnsi(font->lfFaceName);
+    return 0;
+}
+
+LOGFONTW SomeFont()
+{
+    static const std::wstring face = [] {
+        std::wstring name;
+        LOGFONTA all = {};
+        all.lfCharSet = DEFAULT_CHARSET;
+        HDC dc = GetDC(nullptr);
+        EnumFontFamiliesExA(dc, &all, FirstTrueType, LPARAM(&name), 0);
+        ReleaseDC(nullptr, dc);
+        return name;
+    }();
+    LOGFONTW font = {};
+    font.lfHeight = -12;
+    font.lfWeight = FW_NORMAL;
+    font.lfCharSet = DEFAULT_CHARSET;
+    wcsncpy(font.lfFaceName, face.c_str(), LF_FACESIZE - 1);
+    return font;
+}
+
+CHOOSEFONTW FontDialog(LOGFONTW* font, LPWSTR style)
+{
+    CHOOSEFONTW cf = {};
+    cf.lStructSize = sizeof cf;
+    cf.hwndOwner = Window();
+    cf.lpLogFont = font;
+    cf.lpszStyle = style;
+    cf.Flags = CF_SCREENFONTS | CF_INITTOLOGFONTSTRUCT | CF_USESTYLE | CF_ENABLEHOOK;
+    cf.lpfnHook = PressOk;
+    return cf;
+}
+
+CHOOSECOLORW ColourDialog()
+{
+    static COLORREF custom[16];
+    CHOOSECOLORW cc = {};
+    cc.lStructSize = sizeof cc;
+    cc.hwndOwner = Window();
+    cc.rgbResult = RGB(1, 2, 3);
+    cc.lpCustColors = custom;
+    cc.Flags = CC_RGBINIT | CC_ENABLEHOOK;
+    cc.lpfnHook = PressOk;
+    return cc;
+}
+
+// Wine without a printer ends the process in a print dialog that looks for one: the
+// rows' dialogs stop at a template the test program lacks, after torwen converted
+// the device objects, and answer FALSE.
+HGLOBAL Global(const void* data, size_t size)
+{
+    HGLOBAL h = GlobalAlloc(GMEM_MOVEABLE, size);
+    memcpy(GlobalLock(h), data, size);
+    GlobalUnlock(h);
+    return h;
+}
+
+HGLOBAL DeviceMode()
+{
+    DEVMODEW mode = {};
+    wcscpy(mode.dmDeviceName, L"sweep");
+    mode.dmSize = sizeof mode;
+    mode.dmFields = DM_ORIENTATION;
+    mode.dmOrientation = DMORIENT_PORTRAIT;
+    return Global(&mode, sizeof mode);
+}
+
+HGLOBAL DeviceNames()
+{
+    static const WCHAR names[] = L"\0\0\0\0winspool\0sweep\0LPT1:\0";
+    WCHAR copy[ARRAYSIZE(names)];
+    memcpy(copy, names, sizeof names);
+    auto* header = reinterpret_cast<DEVNAMES*>(copy);
+    *header = {4, 13, 19, 0};
+    return Global(copy, sizeof copy);
+}
+
+template <typename Record>
+BOOL WithDeviceObjects(Record& record, BOOL(WINAPI* dialog)(Record*))
+{
+    record.hDevMode = DeviceMode();
+    record.hDevNames = DeviceNames();
+    BOOL r = dialog(&record);
+    DWORD error = GetLastError();
+    GlobalFree(record.hDevMode);
+    GlobalFree(record.hDevNames);
+    SetLastError(error);
+    return r;
+}
+
+BOOL PrintDialog(LPCWSTR templateName)
+{
+    PRINTDLGW pd = {};
+    pd.lStructSize = sizeof pd;
+    pd.hwndOwner = Window();
+    pd.Flags = PD_ENABLEPRINTTEMPLATE;
+    pd.hInstance = Instance();
+    pd.lpPrintTemplateName = templateName;
+    return WithDeviceObjects(pd, PrintDlgW);
+}
+
+BOOL PageSetupDialog(LPCWSTR templateName)
+{
+    PAGESETUPDLGW psd = {};
+    psd.lStructSize = sizeof psd;
+    psd.hwndOwner = Window();
+    psd.Flags = PSD_ENABLEPAGESETUPTEMPLATE;
+    psd.hInstance = Instance();
+    psd.lpPageSetupTemplateName = templateName;
+    return WithDeviceObjects(psd, PageSetupDlgW);
+}
+
+std::vector<Row> DialogRows()
+{
+    return {
+        FileRow("GetOpenFileNameW", GetOpenFileNameW),
+        FileRow("GetSaveFileNameW", GetSaveFileNameW),
+        FileRow("GetOpenFileNamePreviewW", GetOpenFileNamePreviewW),
+        FileRow("GetSaveFileNamePreviewW", GetSaveFileNamePreviewW),
+        Row("GetFileTitleW",
+            [] {
+                WCHAR title[MAX_PATH];
+                return R(GetFileTitleW(MakeFile(L"sweep.txt").c_str(), title, MAX_PATH));
+            },
+            -1, Error::AsLeft)
+            .Ok(0)
+            .Fuzz([](Fuzz& f) {
+                LPCWSTR path = f.Pick(2) ? f.Path() : f.Str();
+                int count = f.Count(f.Len(path) + 1);
+                GetFileTitleW(path, f.Out<WCHAR>(count), WORD(count));
+            }),
+        QueryRow("AtCommDlg_OpenSave_GetSpecW", AtCommDlg_OpenSave_GetSpecW),
+        QueryRow("AtCommDlg_OpenSave_GetFilePathW", AtCommDlg_OpenSave_GetFilePathW),
+        QueryRow("AtCommDlg_OpenSave_GetFolderPathW", AtCommDlg_OpenSave_GetFolderPathW),
+        Row::Void("AtCommDlg_OpenSave_SetControlTextW",
+                  [] { AtCommDlg_OpenSave_SetControlTextW(StandIn(), edt1, L"sweep"); },
+                  Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                AtCommDlg_OpenSave_SetControlTextW(StandIn(), edt1, f.Str(Fuzz::NullOk));
+            }),
+        Row::Void("AtCommDlg_OpenSave_SetDefExtW",
+                  [] { AtCommDlg_OpenSave_SetDefExtW(StandIn(), L"txt"); }, Error::AsLeft)
+            .Fuzz([](Fuzz& f) { AtCommDlg_OpenSave_SetDefExtW(StandIn(), f.Str(Fuzz::NullOk)); }),
+        Row("ChooseColorW",
+            [] {
+                CHOOSECOLORW cc = ColourDialog();
+                return R(ChooseColorW(&cc));
+            },
+            FALSE, Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                CHOOSECOLORW cc = ColourDialog();
+                cc.Flags |= CC_ENABLETEMPLATE;
+                cc.hInstance = HWND(Instance());
+                cc.lpTemplateName = f.Str();
+                EXPECT_FALSE(ChooseColorW(&cc)) << f.Describe();
+            }),
+        Row("ChooseFontW",
+            [] {
+                LOGFONTW font = SomeFont();
+                WCHAR style[64] = L"";
+                CHOOSEFONTW cf = FontDialog(&font, style);
+                return R(ChooseFontW(&cf));
+            },
+            FALSE, Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                LOGFONTW font = SomeFont();
+                LPCWSTR face = f.Str();
+                wcsncpy(font.lfFaceName, face, std::min(f.Len(face), LF_FACESIZE - 1));
+                LPCWSTR style = f.Str();
+                CHOOSEFONTW cf = FontDialog(&font, Buffer(f, style, f.Len(style) + 1));
+                cf.Flags |= CF_ENABLETEMPLATE;
+                cf.hInstance = Instance();
+                cf.lpTemplateName = f.Str();
+                EXPECT_FALSE(ChooseFontW(&cf)) << f.Describe();
+            }),
+        Row("PrintDlgW", [] { return R(PrintDialog(L"sweep")); }, FALSE, Error::AsLeft)
+            .Ok(FALSE)
+            .Fuzz([](Fuzz& f) { PrintDialog(f.Str()); }),
+        Row("PageSetupDlgW", [] { return R(PageSetupDialog(L"sweep")); }, FALSE, Error::AsLeft)
+            .Ok(FALSE)
+            .Fuzz([](Fuzz& f) { PageSetupDialog(f.Str()); }),
+        FindRow("FindTextW", FindTextW, false),
+        FindRow("ReplaceTextW", ReplaceTextW, true),
+    };
+}
+
+}  // namespace
+
 std::vector<Row> CommonRows()
 {
-    return {};
+    std::vector<Row> rows;
+    for (auto part : {ItemRows, BarRows, SheetRows, DialogRows})
+        for (Row& row : part())
+            rows.push_back(std::move(row));
+    return rows;
 }
 
 }  // namespace sweep
