@@ -174,7 +174,10 @@ FARPROC WINAPI GetProcAddressW(HMODULE module, LPCWSTR procName);
  *
  * AtWNetGetConnectionW is WNetGetConnectionW under a name of torwen's own. On
  * Windows 95, 98 and Me a failure inside torwen answers ERROR_OUTOFMEMORY, and a
- * failed lookup empties the caller's remote name only when it has room.
+ * failed lookup empties the caller's remote name only when it has room. A remote
+ * name with more characters than the caller's count answers ERROR_MORE_DATA with
+ * the characters needed, as the NT family does, where the ANSI function found room
+ * for its bytes (the name is otherwise left without a terminator).
  * UuidToStringW's string must be released with torwen's RpcStringFreeW; a failure
  * inside torwen answers RPC_S_OUT_OF_MEMORY. SysReAllocStringLen answers FALSE for
  * a null BSTR slot.
