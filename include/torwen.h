@@ -570,7 +570,9 @@ TORWEN_API void WINAPI AtPropSheet_SetFinishTextW(HWND hDlg, LPCWSTR lpszText);
  * follows when the flags announce it). Without their record these commands answer
  * MCIERR_NULL_PARAMETER_BLOCK. Every other command reaches mciSendCommandA
  * unchanged, so its record must hold no text. A failure inside torwen answers
- * MCIERR_OUT_OF_MEMORY.
+ * MCIERR_OUT_OF_MEMORY. A reply, error text or information text with more
+ * characters than the caller's count comes back empty, never cut off without a
+ * terminator (the ANSI buffer of that many characters may still have held it).
  */
 
 /*

@@ -275,6 +275,12 @@ void FuzzTextOut(Fuzz& f, const char* ansiName, UINT(WINAPI* wide)(HKL, LPWSTR, 
     }
 }
 
+// Whether a text the caller reads back ends within its n characters.
+bool Terminated(LPCWSTR text, UINT n)
+{
+    return std::wstring(text, n).find(L'\0') != std::wstring::npos;
+}
+
 // An ANSI copy of a fuzzed string that ends at a no-access page too.
 LPCSTR AnsiCopy(Fuzz& f, LPCWSTR s)
 {
@@ -1112,9 +1118,13 @@ std::vector<Row> ServiceRows()
             std::nullopt, Error::AsLeft)
             .Ok(0)
             .Fuzz([](Fuzz& f) {
-                UINT n = f.Count(2);
+                // The name of the first device: a reply of a few characters.
+                UINT n = f.Count(8);
                 WCHAR* reply = f.Out<WCHAR>(n);
-                mciSendStringW(f.Pick(2) ? L"sysinfo all quantity" : f.Str(), reply, n, nullptr);
+                LPCWSTR command = f.Pick(2) ? L"sysinfo all name 1" : f.Str();
+                if (!mciSendStringW(command, reply, n, nullptr) && n) {
+                    EXPECT_TRUE(Terminated(reply, n));
+                }
             }),
         Row("mciSendCommandW",
             [] {
@@ -1150,10 +1160,12 @@ std::vector<Row> ServiceRows()
             },
             FALSE, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
-                UINT n = f.Count(20);
+                char textA[256] = "";
+                mciGetErrorStringA(MCIERR_INVALID_DEVICE_NAME, textA, sizeof textA);
+                UINT n = f.Count(int(harness::FromAnsi(textA).size()));
                 WCHAR* text = f.Out<WCHAR>(n);
                 if (mciGetErrorStringW(MCIERR_INVALID_DEVICE_NAME, text, n) && n) {
-                    EXPECT_LT(UINT(lstrlenW(text)), n);
+                    EXPECT_TRUE(Terminated(text, n));
                 }
             }),
     };
