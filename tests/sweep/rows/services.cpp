@@ -997,8 +997,7 @@ std::vector<Row> ServiceRows()
                 STYLEBUFW* styles = n || f.Pick(2) ? f.Out<STYLEBUFW>(n) : nullptr;
                 UINT r = ImmGetRegisterWordStyleW(Layout(), n, styles);
                 for (UINT i = 0; styles && i < std::min(r, n); ++i) {
-                    EXPECT_LT(std::wstring(styles[i].szDescription, STYLE_DESCRIPTION_SIZE).find(L'\0'),
-                              std::size_t(STYLE_DESCRIPTION_SIZE));
+                    EXPECT_TRUE(Terminated(styles[i].szDescription, STYLE_DESCRIPTION_SIZE));
                 }
             }),
         Row("ImmEnumRegisterWordW",
@@ -1073,8 +1072,7 @@ std::vector<Row> ServiceRows()
                 }
                 LOGFONTW* font = f.Out<LOGFONTW>(1);
                 if (ImmGetCompositionFontW(Context(), font)) {
-                    EXPECT_LT(std::wstring(font->lfFaceName, LF_FACESIZE).find(L'\0'),
-                              std::size_t(LF_FACESIZE));
+                    EXPECT_TRUE(Terminated(font->lfFaceName, LF_FACESIZE));
                 }
             }),
         Row("ImmSetCompositionFontW",
