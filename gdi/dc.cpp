@@ -171,7 +171,8 @@ UINT WINAPI GetEnhMetaFileDescriptionW(HENHMETAFILE metafile, UINT count, LPWSTR
             AtStringSlot bufA;
             AtAllocAnsiOut(bufA, count);
             UINT r = Sys::GetEnhMetaFileDescriptionA(metafile, UINT(AtHeapSize(bufA)), bufA);
-            if (!buf && r > 0)
+            // A failure counted no bytes: it reaches the caller with the A call's error.
+            if (r == GDI_ERROR || (!buf && r > 0))
                 return r;
             return UINT(AtAnsiToWideOutN(bufA, buf, count, r));
         });

@@ -304,6 +304,10 @@ TORWEN_API int WINAPI AtTabCtrl_InsertItemW(HWND hwnd, int i, const TCITEMW *ite
  * DlgDirListComboBoxW gives the A function a path buffer of at least MAX_PATH bytes.
  * EnumDisplaySettingsW writes no more of the DEVMODEW than its dmSize declares (and
  * dmSize then reads that size).
+ * Every export that takes a DEVMODEW (ChangeDisplaySettingsExW, the printing
+ * dialogs' and the spooler's device modes) reads a record whose dmSize is below 212
+ * only to its dmSize, its missing fields as zero, and its private bytes right after
+ * it, where the system's W functions find them.
  * GetMenuStringW, GetMenuItemInfoW, GetKeyNameTextW, LoadStringW and the
  * DlgDirSelect functions read a text that the A function left without its NUL (a
  * text filling the whole buffer) only to the buffer's end, cut one byte short.
@@ -411,6 +415,8 @@ TORWEN_API int WINAPI AtComboBox_GetLBTextLenW(HWND hwnd, int index);
  * - StartDocW reads lpszDatatype and fwType only when cbSize covers them.
  * - CreateEnhMetaFileW records the description's application name only, with an
  *   empty title (a byte of its own after the name, so nothing beyond is read).
+ * - GetEnhMetaFileDescriptionW answers GDI_ERROR with the A call's last error when
+ *   the A call fails, converting nothing.
  * - A LOGFONTW whose face name fills all 32 characters is read only within the
  *   record: the ANSI face name keeps the first 31.
  */

@@ -95,11 +95,15 @@ DWORD WideCandidateListSize(const CANDIDATELIST* a, DWORD sizeA)
     DWORD size = DWORD(offsetof(CANDIDATELIST, dwOffset)) + a->dwCount * sizeof(DWORD);
     for (DWORD i = 0; i < a->dwCount; ++i) {
         DWORD offset = a->dwOffset[i];
-        if (offset >= sizeA)
-            continue;
-        const char* s = reinterpret_cast<const char*>(a) + offset;
-        int len = int(strnlen(s, sizeA - offset));
-        size += 2 * (MultiByteToWideChar(CP_ACP, 0, s, len, nullptr, 0) + 1);
+        int chars = 0;
+        if (offset < sizeA) {
+            const char* s = reinterpret_cast<const char*>(a) + offset;
+            int len = int(strnlen(s, sizeA - offset));
+            chars = MultiByteToWideChar(CP_ACP, 0, s, len, nullptr, 0);
+        }
+        // A string outside the list is rebuilt as an empty one: its terminator
+        // still takes room.
+        size += 2 * (chars + 1);
     }
     return size;
 }

@@ -1,8 +1,9 @@
 // Network connections by wide names.
 #include "services/services.h"
 
-AT_SYSTEM_FUNCTION(mpr, WNetGetConnectionW, ERROR_NO_NETWORK)
-AT_SYSTEM_FUNCTION(mpr, WNetGetConnectionA, ERROR_NO_NETWORK)
+// The result is the error code: a system without the function answers that it has none.
+AT_SYSTEM_FUNCTION(mpr, WNetGetConnectionW, ERROR_CALL_NOT_IMPLEMENTED)
+AT_SYSTEM_FUNCTION(mpr, WNetGetConnectionA, ERROR_CALL_NOT_IMPLEMENTED)
 
 // On success the remote name is converted and *length is left alone; on failure
 // the remote name is emptied and *length receives the A function's count, in ANSI

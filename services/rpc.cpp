@@ -4,12 +4,13 @@
 // and must be released with torwen's RpcStringFreeW, never with the system's.
 #include "services/services.h"
 
-AT_SYSTEM_FUNCTION(rpcrt4, UuidFromStringW, RPC_S_CANNOT_SUPPORT)
-AT_SYSTEM_FUNCTION(rpcrt4, UuidFromStringA, RPC_S_CANNOT_SUPPORT)
-AT_SYSTEM_FUNCTION(rpcrt4, UuidToStringW, RPC_S_CANNOT_SUPPORT)
-AT_SYSTEM_FUNCTION(rpcrt4, UuidToStringA, RPC_S_CANNOT_SUPPORT)
-AT_SYSTEM_FUNCTION(rpcrt4, RpcStringFreeW, RPC_S_CANNOT_SUPPORT)
-AT_SYSTEM_FUNCTION(rpcrt4, RpcStringFreeA, RPC_S_CANNOT_SUPPORT)
+// The results are error codes: a system without the function answers that it has none.
+AT_SYSTEM_FUNCTION(rpcrt4, UuidFromStringW, ERROR_CALL_NOT_IMPLEMENTED)
+AT_SYSTEM_FUNCTION(rpcrt4, UuidFromStringA, ERROR_CALL_NOT_IMPLEMENTED)
+AT_SYSTEM_FUNCTION(rpcrt4, UuidToStringW, ERROR_CALL_NOT_IMPLEMENTED)
+AT_SYSTEM_FUNCTION(rpcrt4, UuidToStringA, ERROR_CALL_NOT_IMPLEMENTED)
+AT_SYSTEM_FUNCTION(rpcrt4, RpcStringFreeW, ERROR_CALL_NOT_IMPLEMENTED)
+AT_SYSTEM_FUNCTION(rpcrt4, RpcStringFreeA, ERROR_CALL_NOT_IMPLEMENTED)
 
 namespace
 {

@@ -18,8 +18,9 @@ AT_SYSTEM_FUNCTION(shell32, ShellAboutW, FALSE)
 AT_SYSTEM_FUNCTION(shell32, ShellAboutA, FALSE)
 AT_SYSTEM_FUNCTION(shell32, ExtractIconExW, 0)
 AT_SYSTEM_FUNCTION(shell32, ExtractIconExA, 0)
-AT_SYSTEM_FUNCTION(mpr, WNetGetLastErrorW, ERROR_NO_NETWORK)
-AT_SYSTEM_FUNCTION(mpr, WNetGetLastErrorA, ERROR_NO_NETWORK)
+// The result is the error: a system without the function answers that.
+AT_SYSTEM_FUNCTION(mpr, WNetGetLastErrorW, ERROR_CALL_NOT_IMPLEMENTED)
+AT_SYSTEM_FUNCTION(mpr, WNetGetLastErrorA, ERROR_CALL_NOT_IMPLEMENTED)
 
 namespace {
 

@@ -23,8 +23,9 @@ AT_SPOOLER_FUNCTION(EnumPrintersW, FALSE)
 AT_SPOOLER_FUNCTION(EnumPrintersA, FALSE)
 AT_SPOOLER_FUNCTION(DocumentPropertiesW, -1)
 AT_SPOOLER_FUNCTION(DocumentPropertiesA, -1)
-AT_SPOOLER_FUNCTION(DeviceCapabilitiesW, -1)
-AT_SPOOLER_FUNCTION(DeviceCapabilitiesA, -1)
+// 0, as a failed allocation answers: the one failure value callers test for.
+AT_SPOOLER_FUNCTION(DeviceCapabilitiesW, 0)
+AT_SPOOLER_FUNCTION(DeviceCapabilitiesA, 0)
 
 namespace {
 

@@ -31,7 +31,8 @@ void InitControls()
 {
     static const bool done = [] {
         INITCOMMONCONTROLSEX icc = {sizeof icc, 0x3FFF};
-        return Fn<BOOL(WINAPI*)(const INITCOMMONCONTROLSEX*)>("comctl32.dll", "InitCommonControlsEx")(&icc);
+        using Init = BOOL(WINAPI*)(const INITCOMMONCONTROLSEX*);
+        return Fn<Init>("comctl32.dll", "InitCommonControlsEx")(&icc);
     }();
     (void)done;
 }
@@ -252,8 +253,8 @@ std::vector<Row> ItemRows()
                 LVFINDINFOW find = {f.Pick(2) ? UINT(LVFI_STRING) : UINT(LVFI_PARTIAL), f.Str()};
                 AtListView_FindItemW(ListView(), -1, &find);
             }),
-        Row("AtListView_GetStringWidthW", [] { return R(AtListView_GetStringWidthW(ListView(), L"sweep")); },
-            -1, Error::AsLeft)
+        Row("AtListView_GetStringWidthW",
+            [] { return R(AtListView_GetStringWidthW(ListView(), L"sweep")); }, -1, Error::AsLeft)
             .Ok([](Result r) { return r > 0; })
             .Fuzz([](Fuzz& f) { AtListView_GetStringWidthW(ListView(), f.Str()); }),
         Row("AtListView_EditLabelW", [] { return R(AtListView_EditLabelW(ListView(), 0)); }, 0,
@@ -311,8 +312,8 @@ std::vector<Row> ItemRows()
                     buf[0] = L'\0';
                 AtListView_GetItemTextW(ListView(), 0, 0, buf, count);
             }),
-        Row::Void("AtListView_SetItemTextW", [] { AtListView_SetItemTextW(ListView(), 0, 0, L"sweep"); },
-                  Error::AsLeft)
+        Row::Void("AtListView_SetItemTextW",
+                  [] { AtListView_SetItemTextW(ListView(), 0, 0, L"sweep"); }, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
                 AtListView_SetItemTextW(ListView(), 0, 0, f.Str(Fuzz::NullOk));
                 RestoreListItem();
@@ -368,8 +369,9 @@ std::vector<Row> ItemRows()
                 back.pszText = const_cast<LPSTR>("sweep");
                 Send(TreeView().hwnd, TVM_SETITEMA, 0, &back);
             }),
-        Row("AtTreeView_EditLabelW", [] { return R(AtTreeView_EditLabelW(TreeView().hwnd, TreeView().root)); },
-            0, Error::AsLeft)
+        Row("AtTreeView_EditLabelW",
+            [] { return R(AtTreeView_EditLabelW(TreeView().hwnd, TreeView().root)); }, 0,
+            Error::AsLeft)
             .Undo([](Result) { Send(TreeView().hwnd, TVM_ENDEDITLABELNOW, TRUE); }),
         Row("AtTreeView_GetISearchStringW",
             [] {
@@ -378,7 +380,9 @@ std::vector<Row> ItemRows()
             },
             0, Error::AsLeft)
             .Ok(0)
-            .Fuzz([](Fuzz& f) { AtTreeView_GetISearchStringW(TreeView().hwnd, f.Out<WCHAR>(260)); }),
+            .Fuzz([](Fuzz& f) {
+                AtTreeView_GetISearchStringW(TreeView().hwnd, f.Out<WCHAR>(260));
+            }),
         // The header answers no longer a text than the one the buffer holds.
         Row("AtHeader_GetItemW",
             [] {
@@ -522,14 +526,26 @@ LPWSTR TipBuffer(Fuzz* f = nullptr)
     return f ? f->Out<WCHAR>(255) : buf;
 }
 
+// A tool record of the size it states (without lParam, with it, or the whole
+// record) that ends at the no-access page: the size is all that may be read or
+// written.
+TTTOOLINFOW* ToolRecord(Fuzz& f, UINT_PTR id, LPWSTR text)
+{
+    static const UINT sizes[] = {TTTOOLINFOW_V1_SIZE, TTTOOLINFOW_V2_SIZE, sizeof(TTTOOLINFOW)};
+    TTTOOLINFOW whole = Tool(id, text);
+    whole.cbSize = sizes[f.Pick(3)];
+    auto* record = reinterpret_cast<TTTOOLINFOW*>(f.Out<BYTE>(int(whole.cbSize)));
+    memcpy(record, &whole, whole.cbSize);
+    return record;
+}
+
 // A tool text setter, fuzzed on tool 2 (added and removed around the call).
 template <typename Set>
 std::function<void(Fuzz&)> FuzzToolText(Set set)
 {
     return [set](Fuzz& f) {
         AddTool2();
-        TTTOOLINFOW ti = Tool(2, const_cast<LPWSTR>(f.Str()));
-        set(Tooltip(), &ti);
+        set(Tooltip(), ToolRecord(f, 2, const_cast<LPWSTR>(f.Str())));
         DeleteTool2();
     };
 }
@@ -552,6 +568,11 @@ HWND Animation()
     return h;
 }
 
+HIMAGELIST LoadImageList(LPCWSTR name)
+{
+    return ImageList_LoadImageW(Resources(), name, 16, 0, CLR_NONE, IMAGE_BITMAP, 0);
+}
+
 void DestroyImageList(Result list)
 {
     Fn<BOOL(WINAPI*)(HIMAGELIST)>("comctl32.dll", "ImageList_Destroy")(HIMAGELIST(list));
@@ -561,11 +582,10 @@ std::vector<Row> BarRows()
 {
     return {
         Row("ImageList_LoadImageW",
-            [] { return R(ImageList_LoadImageW(Resources(), L"TESTBITMAP", 16, 0, CLR_NONE, IMAGE_BITMAP, 0)); },
-            0)
+            [] { return R(LoadImageList(L"TESTBITMAP")); }, 0)
             .Undo(DestroyImageList)
             .Fuzz([](Fuzz& f) {
-                if (HIMAGELIST list = ImageList_LoadImageW(Resources(), f.Str(), 16, 0, CLR_NONE, IMAGE_BITMAP, 0))
+                if (HIMAGELIST list = LoadImageList(f.Str()))
                     DestroyImageList(R(list));
             }),
         Row::Void("DrawStatusTextW",
@@ -587,17 +607,22 @@ std::vector<Row> BarRows()
                 DrawStatusTextW(dc, &rect, f.Str(Fuzz::NullOk), 0);
                 ReleaseDC(Window(), dc);
             }),
-        Row("CreateStatusWindowW", [] { return R(CreateStatusWindowW(WS_CHILD, L"sweep", Window(), 2)); }, 0)
+        Row("CreateStatusWindowW",
+            [] { return R(CreateStatusWindowW(WS_CHILD, L"sweep", Window(), 2)); }, 0)
             .Kernel()  // by ordinal, as DrawStatusTextW
             .Undo(Destroy)
-            .Fuzz([](Fuzz& f) { DestroyWindow(CreateStatusWindowW(WS_CHILD, f.Str(), Window(), 2)); }),
-        Row("AtAnimate_CreateW", [] { return R(AtAnimate_CreateW(Window(), 3, WS_CHILD, Instance())); }, 0)
+            .Fuzz([](Fuzz& f) {
+                DestroyWindow(CreateStatusWindowW(WS_CHILD, f.Str(), Window(), 2));
+            }),
+        Row("AtAnimate_CreateW",
+            [] { return R(AtAnimate_CreateW(Window(), 3, WS_CHILD, Instance())); }, 0)
             .Undo(Destroy),
         // The NT family's control is sent the wide name as ANSI text, which only an
         // identifier survives.
         Row("AtAnimate_OpenW",
             [] {
-                return R(AtAnimate_OpenW(Animation(), harness::AnsiPath() ? L"#161" : MAKEINTRESOURCEW(161)));
+                LPCWSTR clip = harness::AnsiPath() ? L"#161" : MAKEINTRESOURCEW(161);
+                return R(AtAnimate_OpenW(Animation(), clip));
             },
             FALSE, Error::AsLeft)
             .Undo([](Result) { Send(Animation(), ACM_OPENA, 0); })
@@ -605,8 +630,8 @@ std::vector<Row> BarRows()
                 AtAnimate_OpenW(Animation(), f.Path());
                 Send(Animation(), ACM_OPENA, 0);
             }),
-        Row("AtStatusBar_SetTextW", [] { return R(AtStatusBar_SetTextW(StatusBar(), 0, L"sweep")); }, FALSE,
-            Error::AsLeft)
+        Row("AtStatusBar_SetTextW",
+            [] { return R(AtStatusBar_SetTextW(StatusBar(), 0, L"sweep")); }, FALSE, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
                 AtStatusBar_SetTextW(StatusBar(), 1, f.Str());
                 Send(StatusBar(), SB_SETTEXTA, 1, "");
@@ -626,9 +651,12 @@ std::vector<Row> BarRows()
                 AtStatusBar_GetTextW(StatusBar(), 1, f.Out<WCHAR>(length));
                 Send(StatusBar(), SB_SETTEXTA, 1, "");
             }),
-        Row("ToolBar_AddString", [] { return R(ToolBar_AddString(Toolbar(), nullptr, L"one\0two\0")); }, -1,
+        Row("ToolBar_AddString",
+            [] { return R(ToolBar_AddString(Toolbar(), nullptr, L"one\0two\0")); }, -1,
             Error::AsLeft)
-            .Fuzz([](Fuzz& f) { ToolBar_AddString(Toolbar(), nullptr, List(f, f.Str(), L"sweep")); }),
+            .Fuzz([](Fuzz& f) {
+                ToolBar_AddString(Toolbar(), nullptr, List(f, f.Str(), L"sweep"));
+            }),
         Row("ToolBar_GetButtonText",
             [] {
                 WCHAR buf[64];
@@ -676,8 +704,7 @@ std::vector<Row> BarRows()
             FALSE, Error::AsLeft)
             .Undo([](Result) { DeleteTool2(); })
             .Fuzz([](Fuzz& f) {
-                TTTOOLINFOW ti = Tool(2, const_cast<LPWSTR>(f.Str()));
-                ToolTips_AddTool(Tooltip(), &ti);
+                ToolTips_AddTool(Tooltip(), ToolRecord(f, 2, const_cast<LPWSTR>(f.Str())));
                 DeleteTool2();
             }),
         Row::Void("ToolTips_DelTool",
@@ -687,13 +714,19 @@ std::vector<Row> BarRows()
                       ToolTips_DelTool(Tooltip(), &ti);
                   },
                   Error::AsLeft)
-            .Undo([](Result) { DeleteTool2(); }),
+            .Undo([](Result) { DeleteTool2(); })
+            .Fuzz([](Fuzz& f) {
+                AddTool2();
+                ToolTips_DelTool(Tooltip(), ToolRecord(f, 2, nullptr));
+                DeleteTool2();
+            }),
         Row::Void("ToolTips_NewToolRect",
                   [] {
                       TTTOOLINFOW ti = Tool(1, nullptr);
                       ToolTips_NewToolRect(Tooltip(), &ti);
                   },
-                  Error::AsLeft),
+                  Error::AsLeft)
+            .Fuzz([](Fuzz& f) { ToolTips_NewToolRect(Tooltip(), ToolRecord(f, 1, nullptr)); }),
         Row("ToolTips_GetToolInfo",
             [] {
                 TTTOOLINFOW ti = Tool(1, TipBuffer());
@@ -701,8 +734,7 @@ std::vector<Row> BarRows()
             },
             FALSE, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
-                TTTOOLINFOW ti = Tool(1, TipBuffer(&f));
-                ToolTips_GetToolInfo(Tooltip(), &ti);
+                ToolTips_GetToolInfo(Tooltip(), ToolRecord(f, 1, TipBuffer(&f)));
             }),
         Row::Void("ToolTips_SetToolInfo",
                   [] {
@@ -735,8 +767,7 @@ std::vector<Row> BarRows()
             },
             FALSE, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
-                TTTOOLINFOW ti = Tool(0, TipBuffer(&f));
-                ToolTips_EnumTools(Tooltip(), 0, &ti);
+                ToolTips_EnumTools(Tooltip(), 0, ToolRecord(f, 0, TipBuffer(&f)));
             }),
         // Wine's tooltip makes no tool current unless the mouse rests on one: the
         // query answers FALSE.
@@ -748,8 +779,7 @@ std::vector<Row> BarRows()
             FALSE, Error::AsLeft)
             .Ok(FALSE)
             .Fuzz([](Fuzz& f) {
-                TTTOOLINFOW ti = Tool(0, TipBuffer(&f));
-                ToolTips_GetCurrentTool(Tooltip(), &ti);
+                ToolTips_GetCurrentTool(Tooltip(), ToolRecord(f, 0, TipBuffer(&f)));
             }),
     };
 }
@@ -826,14 +856,16 @@ HWND Wizard()
         header.pszCaption = "sweep";
         header.nPages = 1;
         header.ppsp = &page;
-        return HWND(Fn<INT_PTR(WINAPI*)(LPCPROPSHEETHEADERA)>("comctl32.dll", "PropertySheetA")(&header));
+        using Sheet = INT_PTR(WINAPI*)(LPCPROPSHEETHEADERA);
+        return HWND(Fn<Sheet>("comctl32.dll", "PropertySheetA")(&header));
     }();
     return h;
 }
 
 void DestroyPage(Result page)
 {
-    Fn<BOOL(WINAPI*)(HPROPSHEETPAGE)>("comctl32.dll", "DestroyPropertySheetPage")(HPROPSHEETPAGE(page));
+    using Destroy = BOOL(WINAPI*)(HPROPSHEETPAGE);
+    Fn<Destroy>("comctl32.dll", "DestroyPropertySheetPage")(HPROPSHEETPAGE(page));
 }
 
 // The page the system hands the adapter: its lParam holds the caller's callback and
@@ -874,10 +906,23 @@ std::vector<Row> SheetRows()
             -1)
             .Ok(Created)
             .Undo(Destroy)
+            // A sheet whose owner is gone fails once its pages are made, before the
+            // sheet's window is: the fuzzed strings cost no window. (Its page has no
+            // callback: on some of these failures Wine's sheet never releases the
+            // pages it made, nor the callback's pair with them.)
             .Fuzz([](Fuzz& f) {
+                static HWND gone = [] {
+                    HWND w = CreateWindowExA(0, "STATIC", "", WS_POPUP, 0, 0, 0, 0, nullptr,
+                                             nullptr, Instance(), nullptr);
+                    DestroyWindow(w);
+                    return w;
+                }();
                 PROPSHEETPAGEW page = Page(f.Str());
+                page.dwFlags &= ~PSP_USECALLBACK;
                 PROPSHEETHEADERW header = Sheet(f.Str(), &page);
+                header.hwndParent = gone;
                 INT_PTR r = PropertySheetW(&header);
+                EXPECT_FALSE(Created(r)) << f.Describe();
                 if (Created(r))
                     Destroy(r);
             }),
@@ -906,10 +951,11 @@ std::vector<Row> SheetRows()
             0, Error::AsLeft)
             .WorksWhenMissing()
             .Fuzz([](Fuzz& f) { CallAdapter(AnsiOf(f, f.Str()), AnsiOf(f, f.Str())); }),
-        Row::Void("AtPropSheet_SetTitleW", [] { AtPropSheet_SetTitleW(Wizard(), 0, L"sweep"); }, Error::AsLeft)
-            .Fuzz([](Fuzz& f) { AtPropSheet_SetTitleW(Wizard(), 0, f.Str()); }),
-        Row::Void("AtPropSheet_SetFinishTextW", [] { AtPropSheet_SetFinishTextW(Wizard(), L"sweep"); },
+        Row::Void("AtPropSheet_SetTitleW", [] { AtPropSheet_SetTitleW(Wizard(), 0, L"sweep"); },
                   Error::AsLeft)
+            .Fuzz([](Fuzz& f) { AtPropSheet_SetTitleW(Wizard(), 0, f.Str()); }),
+        Row::Void("AtPropSheet_SetFinishTextW",
+                  [] { AtPropSheet_SetFinishTextW(Wizard(), L"sweep"); }, Error::AsLeft)
             .Fuzz([](Fuzz& f) { AtPropSheet_SetFinishTextW(Wizard(), f.Str()); }),
     };
 }
@@ -1091,7 +1137,9 @@ Row FindRow(const char* name, Open open, bool replace)
 {
     return Row(name, [open, replace] { return R(open(FindRecord(replace))); }, 0)
         .Undo(Destroy)
-        .Fuzz([open, replace](Fuzz& f) { EXPECT_FALSE(open(FindRecord(replace, &f))) << f.Describe(); });
+        .Fuzz([open, replace](Fuzz& f) {
+            EXPECT_FALSE(open(FindRecord(replace, &f))) << f.Describe();
+        });
 }
 
 int CALLBACK FirstTrueType(const LOGFONTA* font, const TEXTMETRICA*, DWORD type, LPARAM face)
@@ -1235,10 +1283,13 @@ std::vector<Row> DialogRows()
         QueryRow("AtCommDlg_OpenSave_GetFilePathW", AtCommDlg_OpenSave_GetFilePathW),
         QueryRow("AtCommDlg_OpenSave_GetFolderPathW", AtCommDlg_OpenSave_GetFolderPathW),
         Row::Void("AtCommDlg_OpenSave_SetControlTextW",
-                  [] { AtCommDlg_OpenSave_SetControlTextW(StandIn(), edt1, L"sweep"); }, Error::AsLeft)
-            .Fuzz([](Fuzz& f) { AtCommDlg_OpenSave_SetControlTextW(StandIn(), edt1, f.Str(Fuzz::NullOk)); }),
-        Row::Void("AtCommDlg_OpenSave_SetDefExtW", [] { AtCommDlg_OpenSave_SetDefExtW(StandIn(), L"txt"); },
+                  [] { AtCommDlg_OpenSave_SetControlTextW(StandIn(), edt1, L"sweep"); },
                   Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                AtCommDlg_OpenSave_SetControlTextW(StandIn(), edt1, f.Str(Fuzz::NullOk));
+            }),
+        Row::Void("AtCommDlg_OpenSave_SetDefExtW",
+                  [] { AtCommDlg_OpenSave_SetDefExtW(StandIn(), L"txt"); }, Error::AsLeft)
             .Fuzz([](Fuzz& f) { AtCommDlg_OpenSave_SetDefExtW(StandIn(), f.Str(Fuzz::NullOk)); }),
         Row("ChooseColorW",
             [] {

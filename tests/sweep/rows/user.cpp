@@ -64,13 +64,17 @@ HDC Dc()
     return dc;
 }
 
-// Two menus: one read and never changed ("&Open" as item 1), one the rows change
-// (item 7, and item 100 while a row has added it).
+// Two menus: one read and never changed (items 1 to 4: "&Open", the code page's
+// text, a separator and a bitmap), one the rows change (item 7, and item 100 while
+// a row has added it).
 HMENU Fixed()
 {
     static HMENU menu = [] {
         HMENU m = CreatePopupMenu();
         AppendMenuA(m, MF_STRING, 1, "&Open");
+        AppendMenuA(m, MF_STRING, 2, harness::ToAnsi(harness::NonAsciiText()).c_str());
+        AppendMenuA(m, MF_SEPARATOR, 3, nullptr);
+        AppendMenuA(m, MF_BITMAP, 4, LPCSTR(CreateBitmap(8, 8, 1, 1, nullptr)));
         return m;
     }();
     return menu;
@@ -198,7 +202,8 @@ Row AddsItem(const char* name, int id, UINT remove, int(WINAPI* add)(HWND, LPCWS
         });
 }
 
-Row InsertsItem(const char* name, int id, UINT remove, int(WINAPI* insert)(HWND, int, LPCWSTR), int failure)
+Row InsertsItem(const char* name, int id, UINT remove, int(WINAPI* insert)(HWND, int, LPCWSTR),
+                int failure)
 {
     return Row(name, [=] { return R(insert(Item(id), 0, L"inserted")); }, failure, Error::AsLeft)
         .Undo([=](Result index) { SendMessageA(Item(id), remove, index, 0); })
@@ -234,7 +239,9 @@ Row ReadsItem(const char* name, int id, UINT add, UINT remove, int(WINAPI* get)(
             if (index < 0)
                 return;
             // The control holds the text's bytes: as many characters at most.
-            LRESULT held = SendMessageA(Item(id), add == LB_ADDSTRING ? LB_GETTEXTLEN : CB_GETLBTEXTLEN, index, 0);
+            LRESULT held =
+                SendMessageA(Item(id), add == LB_ADDSTRING ? LB_GETTEXTLEN : CB_GETLBTEXTLEN, index,
+                             0);
             EXPECT_LE(get(Item(id), int(index), f.Out<WCHAR>(int(held) + 1)), held) << f.Describe();
             SendMessageA(Item(id), remove, index, 0);
         });
@@ -255,7 +262,8 @@ Row MeasuresItem(const char* name, int id, UINT add, UINT remove, int(WINAPI* le
 }
 
 // Listing the sweep folder's files in the directory dialog's list or combo box.
-Row ListsFolder(const char* name, int id, UINT reset, int(WINAPI* dir)(HWND, UINT, LPCWSTR), int failure)
+Row ListsFolder(const char* name, int id, UINT reset, int(WINAPI* dir)(HWND, UINT, LPCWSTR),
+                int failure)
 {
     auto list = [=] { return GetDlgItem(Directories(), id); };
     return Row(name,
@@ -362,8 +370,30 @@ Row MapsInPlace(const char* name, LPWSTR(WINAPI* map)(LPWSTR))
         });
 }
 
+// A display mode's record as the caller sizes it, ending at a no-access page: the
+// older systems' 212 bytes (without the colour-matching fields) or the whole record.
+DEVMODEW* DevModeRecord(Fuzz& f)
+{
+    WORD size = f.Pick(2) ? 212 : sizeof(DEVMODEW);
+    auto* mode = reinterpret_cast<DEVMODEW*>(f.Out<BYTE>(size));
+    memset(mode, 0, size);
+    mode->dmSize = size;
+    return mode;
+}
+
 // The key name of the scan code of A.
 constexpr LONG KeyA = 0x1E << 16;
+
+// A menu item's record as the caller sizes it: the 44 bytes of the older systems or
+// the whole record, ending at a no-access page.
+MENUITEMINFOW* ItemRecord(Fuzz& f, const MENUITEMINFOW& mii)
+{
+    UINT size = f.Pick(2) ? 44 : sizeof mii;
+    auto* record = reinterpret_cast<MENUITEMINFOW*>(f.Out<BYTE>(size));
+    memcpy(record, &mii, size);
+    record->cbSize = size;
+    return record;
+}
 
 std::vector<Row> Menus()
 {
@@ -385,14 +415,16 @@ std::vector<Row> Menus()
                 DropItem100();
             }),
         Row("InsertMenuW",
-            [] { return R(InsertMenuW(Scratch(), 0, MF_BYPOSITION | MF_STRING, 100, L"&New")); }, FALSE)
+            [] { return R(InsertMenuW(Scratch(), 0, MF_BYPOSITION | MF_STRING, 100, L"&New")); },
+            FALSE)
             .Undo(DropItem100)
             .Fuzz([](Fuzz& f) {
                 InsertMenuW(Scratch(), 7, MF_BYCOMMAND | MF_STRING, 100, f.Str());
                 DropItem100();
             }),
         Row("ModifyMenuW",
-            [] { return R(ModifyMenuW(Scratch(), 7, MF_BYCOMMAND | MF_STRING, 7, L"seven")); }, FALSE)
+            [] { return R(ModifyMenuW(Scratch(), 7, MF_BYCOMMAND | MF_STRING, 7, L"seven")); },
+            FALSE)
             .Fuzz([](Fuzz& f) { ModifyMenuW(Scratch(), 7, MF_BYCOMMAND | MF_STRING, 7, f.Str()); }),
         Row("InsertMenuItemW",
             [=] {
@@ -403,7 +435,7 @@ std::vector<Row> Menus()
             .Undo(DropItem100)
             .Fuzz([=](Fuzz& f) {
                 MENUITEMINFOW mii = itemInfo(MIIM_TYPE | MIIM_ID, const_cast<LPWSTR>(f.Str()), 0);
-                InsertMenuItemW(Scratch(), 0, TRUE, &mii);
+                InsertMenuItemW(Scratch(), 0, TRUE, ItemRecord(f, mii));
                 DropItem100();
             }),
         Row("SetMenuItemInfoW",
@@ -414,7 +446,7 @@ std::vector<Row> Menus()
             FALSE)
             .Fuzz([=](Fuzz& f) {
                 MENUITEMINFOW mii = itemInfo(MIIM_TYPE, const_cast<LPWSTR>(f.Str()), 0);
-                SetMenuItemInfoW(Scratch(), 7, FALSE, &mii);
+                SetMenuItemInfoW(Scratch(), 7, FALSE, ItemRecord(f, mii));
             }),
         Row("GetMenuItemInfoW",
             [=] {
@@ -424,9 +456,13 @@ std::vector<Row> Menus()
             },
             FALSE)
             .Fuzz([=](Fuzz& f) {
-                int n = f.Count(5);
-                MENUITEMINFOW mii = itemInfo(MIIM_TYPE, f.Out<WCHAR>(n), n);
-                GetMenuItemInfoW(Fixed(), 1, FALSE, &mii);
+                // Every kind of item, read as the kind the caller expects or another.
+                static const UINT types[] = {MFT_STRING, MFT_SEPARATOR, MFT_BITMAP};
+                static const UINT masks[] = {MIIM_TYPE, MIIM_STRING | MIIM_FTYPE};
+                int n = f.Count(9);
+                MENUITEMINFOW mii = itemInfo(masks[f.Pick(2)], f.Out<WCHAR>(n), n);
+                mii.fType = types[f.Pick(3)];
+                GetMenuItemInfoW(Fixed(), 1 + f.Pick(4), FALSE, ItemRecord(f, mii));
             }),
         Row("GetMenuStringW",
             [] {
@@ -435,10 +471,14 @@ std::vector<Row> Menus()
             },
             0, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
-                ReadText(f, 5, [](LPWSTR buf, int n) { return GetMenuStringW(Fixed(), 1, buf, n, MF_BYCOMMAND); });
+                UINT id = 1 + f.Pick(4);
+                ReadText(f, 9, [=](LPWSTR buf, int n) {
+                    return GetMenuStringW(Fixed(), id, buf, n, MF_BYCOMMAND);
+                });
             }),
-        LoadsResource("LoadMenuW", L"MAINMENU", LoadMenuW, [](Result r) { DestroyMenu(HMENU(r)); },
-                      Error::Saved),
+        LoadsResource(
+            "LoadMenuW", L"MAINMENU", LoadMenuW, [](Result r) { DestroyMenu(HMENU(r)); },
+            Error::Saved),
         Row("LoadMenuIndirectW",
             [] {
                 // A header, then one item: its flags, its identifier and its text.
@@ -446,13 +486,27 @@ std::vector<Row> Menus()
                 return R(LoadMenuIndirectW(menu));
             },
             0)
-            .Undo([](Result r) { DestroyMenu(HMENU(r)); }),
-        LoadsResource("LoadAcceleratorsW", L"ACCELS", LoadAcceleratorsW,
-                      [](Result r) { DestroyAcceleratorTable(HACCEL(r)); }, Error::AsLeft),
-        Row("CopyAcceleratorTableW", [] { return R(CopyAcceleratorTableW(Accelerators(), nullptr, 0)); }, 0)
+            .Undo([](Result r) { DestroyMenu(HMENU(r)); })
+            .Fuzz([](Fuzz& f) {
+                // The one item's text fuzzed, the template ending at a no-access page.
+                LPCWSTR text = f.Str();
+                int length = f.Len(text);
+                WORD* menu = f.Out<WORD>(4 + length + 1);
+                WORD head[] = {0, 0, MF_END, 1};
+                memcpy(menu, head, sizeof head);
+                memcpy(menu + 4, text, (length + 1) * sizeof(WCHAR));
+                if (HMENU loaded = LoadMenuIndirectW(menu))
+                    DestroyMenu(loaded);
+            }),
+        LoadsResource(
+            "LoadAcceleratorsW", L"ACCELS", LoadAcceleratorsW,
+            [](Result r) { DestroyAcceleratorTable(HACCEL(r)); }, Error::AsLeft),
+        Row("CopyAcceleratorTableW",
+            [] { return R(CopyAcceleratorTableW(Accelerators(), nullptr, 0)); }, 0)
             .Fuzz([](Fuzz& f) {
                 int n = f.Count(2);
-                EXPECT_LE(CopyAcceleratorTableW(Accelerators(), f.Out<ACCEL>(n), n), std::max(n, 2));
+                EXPECT_LE(CopyAcceleratorTableW(Accelerators(), f.Out<ACCEL>(n), n),
+                          std::max(n, 2));
             }),
         Row("CreateAcceleratorTableW",
             [] {
@@ -460,7 +514,16 @@ std::vector<Row> Menus()
                 return R(CreateAcceleratorTableW(&entry, 1));
             },
             0)
-            .Undo([](Result r) { DestroyAcceleratorTable(HACCEL(r)); }),
+            .Undo([](Result r) { DestroyAcceleratorTable(HACCEL(r)); })
+            .Fuzz([](Fuzz& f) {
+                // Entries that end at a no-access page: no more are read than counted.
+                int n = f.Count(3);
+                ACCEL* entries = f.Out<ACCEL>(n);
+                for (int i = 0; i < n; ++i)
+                    entries[i] = {FVIRTKEY, WORD(VK_F1 + i % 12), WORD(100 + i)};
+                if (HACCEL table = CreateAcceleratorTableW(entries, n))
+                    DestroyAcceleratorTable(table);
+            }),
     };
 }
 
@@ -481,7 +544,8 @@ std::vector<Row> Text()
                 // takes seconds for a long text: that one is measured only.
                 bool shorten = f.Pick(2) && f.Len(text) < 100;
                 DrawTextW(Dc(), text, TextCount(f, text), &rect,
-                          DT_SINGLELINE | (shorten ? DT_END_ELLIPSIS | DT_MODIFYSTRING : DT_CALCRECT));
+                          DT_SINGLELINE |
+                              (shorten ? DT_END_ELLIPSIS | DT_MODIFYSTRING : DT_CALCRECT));
             }),
         Row("DrawTextExW",
             [] {
@@ -495,25 +559,30 @@ std::vector<Row> Text()
                 RECT rect = {0, 0, 20, 20};
                 DRAWTEXTPARAMS params = {sizeof params, 4, 0, 0, 0};
                 DrawTextExW(Dc(), text, TextCount(f, text), &rect,
-                            f.Pick(2) ? DT_PATH_ELLIPSIS | DT_MODIFYSTRING : DT_EXPANDTABS, &params);
+                            f.Pick(2) ? DT_PATH_ELLIPSIS | DT_MODIFYSTRING : DT_EXPANDTABS,
+                            &params);
             }),
-        Row("TabbedTextOutW", [] { return R(TabbedTextOutW(Dc(), 0, 0, L"a\tb", 3, 0, nullptr, 0)); }, 0,
+        Row("TabbedTextOutW",
+            [] { return R(TabbedTextOutW(Dc(), 0, 0, L"a\tb", 3, 0, nullptr, 0)); }, 0,
             Error::AsLeft)
             .Fuzz([](Fuzz& f) {
                 LPCWSTR s = f.Str();
                 TabbedTextOutW(Dc(), 0, 0, s, std::max(TextCount(f, s), 0), 0, nullptr, 0);
             }),
-        Row("GetTabbedTextExtentW", [] { return R(GetTabbedTextExtentW(Dc(), L"a\tb", 3, 0, nullptr)); },
-            0, Error::AsLeft)
+        Row("GetTabbedTextExtentW",
+            [] { return R(GetTabbedTextExtentW(Dc(), L"a\tb", 3, 0, nullptr)); }, 0, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
                 LPCWSTR s = f.Str();
                 INT stop = 8;
                 GetTabbedTextExtentW(Dc(), s, std::max(TextCount(f, s), 0), 1, &stop);
             }),
         Row("GrayStringW",
-            [] { return R(GrayStringW(Dc(), nullptr, Drawn, LPARAM(L"sweep"), 5, 0, 0, 40, 20)); }, FALSE),
+            [] { return R(GrayStringW(Dc(), nullptr, Drawn, LPARAM(L"sweep"), 5, 0, 0, 40, 20)); },
+            FALSE),
         Row("DrawStateW",
-            [] { return R(DrawStateW(Dc(), nullptr, DrawnState, 0, 0, 0, 0, 10, 10, DST_COMPLEX)); },
+            [] {
+                return R(DrawStateW(Dc(), nullptr, DrawnState, 0, 0, 0, 0, 10, 10, DST_COMPLEX));
+            },
             FALSE),
         ChangesCase("CharLowerBuffW", CharLowerBuffW),
         ChangesCase("CharUpperBuffW", CharUpperBuffW),
@@ -532,7 +601,8 @@ std::vector<Row> Text()
             .Kernel()
             .Fuzz([](Fuzz& f) {
                 LPCWSTR s = f.Str();
-                EXPECT_EQ(CharPrevW(s, s + f.Len(s)), s + std::max(f.Len(s) - 1, 0)) << f.Describe();
+                EXPECT_EQ(CharPrevW(s, s + f.Len(s)), s + std::max(f.Len(s) - 1, 0))
+                    << f.Describe();
             }),
         Row("GetDlgItemTextW",
             [] {
@@ -543,17 +613,23 @@ std::vector<Row> Text()
             0, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
                 SetDlgItemTextA(ControlsDialog(), IDC_LABEL, "Label");
-                ReadText(f, 5, [](LPWSTR buf, int n) { return GetDlgItemTextW(ControlsDialog(), IDC_LABEL, buf, n); });
+                ReadText(f, 5, [](LPWSTR buf, int n) {
+                    return GetDlgItemTextW(ControlsDialog(), IDC_LABEL, buf, n);
+                });
             }),
-        Row("SetDlgItemTextW", [] { return R(SetDlgItemTextW(ControlsDialog(), IDC_LABEL, L"Label")); }, FALSE)
-            .Fuzz([](Fuzz& f) { SetDlgItemTextW(ControlsDialog(), IDC_LABEL, f.Str(Fuzz::NullOk)); }),
+        Row("SetDlgItemTextW",
+            [] { return R(SetDlgItemTextW(ControlsDialog(), IDC_LABEL, L"Label")); }, FALSE)
+            .Fuzz(
+                [](Fuzz& f) { SetDlgItemTextW(ControlsDialog(), IDC_LABEL, f.Str(Fuzz::NullOk)); }),
         Row("GetKeyNameTextW",
             [] {
                 WCHAR name[32];
                 return R(GetKeyNameTextW(KeyA, name, 32));
             },
             0, Error::AsLeft)
-            .Fuzz([](Fuzz& f) { ReadText(f, 1, [](LPWSTR buf, int n) { return GetKeyNameTextW(KeyA, buf, n); }); }),
+            .Fuzz([](Fuzz& f) {
+                ReadText(f, 1, [](LPWSTR buf, int n) { return GetKeyNameTextW(KeyA, buf, n); });
+            }),
         Row("VkKeyScanW", [] { return R(VkKeyScanW(L'a')); }, -1),
         Row("VkKeyScanExW", [] { return R(VkKeyScanExW(L'a', GetKeyboardLayout(0))); }, -1),
         Row("LoadStringW",
@@ -572,19 +648,25 @@ std::vector<Row> Text()
                     EXPECT_LT(r, n) << f.Describe();
                 }
             }),
-        LoadsResource("LoadIconW", L"TESTICON", LoadIconW, [](Result) {}, Error::Saved),
-        LoadsResource("LoadCursorW", L"TESTCURSOR", LoadCursorW, [](Result) {}, Error::Saved),
+        LoadsResource(
+            "LoadIconW", L"TESTICON", LoadIconW, [](Result) {}, Error::Saved),
+        LoadsResource(
+            "LoadCursorW", L"TESTCURSOR", LoadCursorW, [](Result) {}, Error::Saved),
         Row("LoadCursorFromFileW", [] { return R(LoadCursorFromFileW(CursorFile().c_str())); }, 0)
             .Undo([](Result r) { DestroyCursor(HCURSOR(r)); })
             .Fuzz([](Fuzz& f) {
                 if (HCURSOR cursor = LoadCursorFromFileW(f.Path()))
                     DestroyCursor(cursor);
             }),
-        LoadsResource("LoadBitmapW", L"TESTBITMAP", LoadBitmapW, [](Result r) { DeleteObject(HGDIOBJ(r)); },
-                      Error::AsLeft),
-        LoadsResource("LoadImageW", L"TESTBITMAP",
-                      [](HINSTANCE module, LPCWSTR name) { return LoadImageW(module, name, IMAGE_BITMAP, 0, 0, 0); },
-                      [](Result r) { DeleteObject(HGDIOBJ(r)); }, Error::AsLeft),
+        LoadsResource(
+            "LoadBitmapW", L"TESTBITMAP", LoadBitmapW, [](Result r) { DeleteObject(HGDIOBJ(r)); },
+            Error::AsLeft),
+        LoadsResource(
+            "LoadImageW", L"TESTBITMAP",
+            [](HINSTANCE module, LPCWSTR name) {
+                return LoadImageW(module, name, IMAGE_BITMAP, 0, 0, 0);
+            },
+            [](Result r) { DeleteObject(HGDIOBJ(r)); }, Error::AsLeft),
         ListsDialogDirectory("DlgDirListW", IDC_LIST, DlgDirListW, Error::AsLeft),
         ListsDialogDirectory("DlgDirListComboBoxW", IDC_COMBO, DlgDirListComboBoxW, Error::Saved),
         SelectsDirectory("DlgDirSelectExW", IDC_LIST, LB_ADDSTRING, LB_SETCURSEL, DlgDirSelectExW),
@@ -598,17 +680,16 @@ std::vector<Row> Text()
             },
             FALSE)
             .Fuzz([](Fuzz& f) {
-                DEVMODEW mode = {};
-                mode.dmSize = sizeof mode;
-                EnumDisplaySettingsW(f.Str(Fuzz::NullOk), ENUM_CURRENT_SETTINGS, &mode);
+                EnumDisplaySettingsW(f.Str(Fuzz::NullOk), ENUM_CURRENT_SETTINGS, DevModeRecord(f));
             }),
         Row("WinHelpW", [] { return R(WinHelpW(Window(), L"sweep.hlp", HELP_QUIT, 0)); }, FALSE,
             Error::AsLeft),
         Row("SystemParametersInfoW",
             [] {
-                NONCLIENTMETRICSW metrics = {};
-                metrics.cbSize = sizeof metrics;
-                return R(SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0));
+                // The scheme's name comes back through a copy the call allocates.
+                WCHAR scheme[MAX_PATH];
+                HIGHCONTRASTW contrast = {sizeof contrast, 0, scheme};
+                return R(SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof contrast, &contrast, 0));
             },
             FALSE)
             .Fuzz([](Fuzz& f) {
@@ -627,9 +708,10 @@ std::vector<Row> Text()
                 memset(pv, 0, size);
                 *reinterpret_cast<UINT*>(pv) = size;
                 if (record.action == SPI_GETHIGHCONTRAST && size >= sizeof(HIGHCONTRASTW))
-                    reinterpret_cast<HIGHCONTRASTW*>(pv)->lpszDefaultScheme = f.Out<WCHAR>(MAX_PATH);
-                SystemParametersInfoW(record.action, record.action == SPI_GETICONTITLELOGFONT ? size : 0,
-                                      pv, 0);
+                    reinterpret_cast<HIGHCONTRASTW*>(pv)->lpszDefaultScheme =
+                        f.Out<WCHAR>(MAX_PATH);
+                SystemParametersInfoW(record.action,
+                                      record.action == SPI_GETICONTITLELOGFONT ? size : 0, pv, 0);
             }),
     };
 }
@@ -637,8 +719,13 @@ std::vector<Row> Text()
 std::vector<Row> Monitors()
 {
     return {
-        Row("xGetSystemMetrics", [] { return R(xGetSystemMetrics(SM_CMONITORS)); }, 0).WorksWhenMissing(),
-        Row("xMonitorFromPoint", [] { return R(xMonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY)); }, 0)
+        Row("xGetSystemMetrics", [] { return R(xGetSystemMetrics(SM_CMONITORS)); }, 0)
+            .WorksWhenMissing(),
+        Row("xMonitorFromPoint",
+            [] {
+                return R(xMonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY));
+            },
+            0)
             .WorksWhenMissing(),
         Row("xMonitorFromRect",
             [] {
@@ -647,13 +734,15 @@ std::vector<Row> Monitors()
             },
             0)
             .WorksWhenMissing(),
-        Row("xMonitorFromWindow", [] { return R(xMonitorFromWindow(Window(), MONITOR_DEFAULTTOPRIMARY)); }, 0)
+        Row("xMonitorFromWindow",
+            [] { return R(xMonitorFromWindow(Window(), MONITOR_DEFAULTTOPRIMARY)); }, 0)
             .WorksWhenMissing(),
         Row("xGetMonitorInfo",
             [] {
                 MONITORINFOEXW info = {};
                 info.cbSize = sizeof info;
-                return R(xGetMonitorInfo(xMonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY), &info));
+                return R(
+                    xGetMonitorInfo(xMonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY), &info));
             },
             FALSE)
             .Fuzz([](Fuzz& f) {
@@ -663,8 +752,8 @@ std::vector<Row> Monitors()
                 info->cbSize = size;
                 xGetMonitorInfo(xMonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY), info);
             }),
-        Row("xEnumDisplayMonitors", [] { return R(xEnumDisplayMonitors(nullptr, nullptr, EachMonitor, 0)); },
-            FALSE)
+        Row("xEnumDisplayMonitors",
+            [] { return R(xEnumDisplayMonitors(nullptr, nullptr, EachMonitor, 0)); }, FALSE)
             .WorksWhenMissing(),
     };
 }
@@ -681,10 +770,12 @@ std::vector<Row> StandardControls()
             0, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
                 SetWindowTextA(Item(IDC_LABEL), "Label");
-                ReadText(f, 5, [](LPWSTR buf, int n) { return AtStatic_GetTextW(Item(IDC_LABEL), buf, n); });
+                ReadText(f, 5, [](LPWSTR buf, int n) {
+                    return AtStatic_GetTextW(Item(IDC_LABEL), buf, n);
+                });
             }),
-        Row("AtStatic_SetTextW", [] { return R(AtStatic_SetTextW(Item(IDC_LABEL), L"Label")); }, FALSE,
-            Error::AsLeft)
+        Row("AtStatic_SetTextW", [] { return R(AtStatic_SetTextW(Item(IDC_LABEL), L"Label")); },
+            FALSE, Error::AsLeft)
             .Fuzz([](Fuzz& f) { AtStatic_SetTextW(Item(IDC_LABEL), f.Str(Fuzz::NullOk)); }),
         Row("AtEdit_GetLineW",
             [] {
@@ -696,15 +787,21 @@ std::vector<Row> StandardControls()
             .Fuzz([](Fuzz& f) {
                 SetWindowTextA(Item(IDC_EDIT), "sweep");
                 int n = f.Count(5);
-                EXPECT_LE(AtEdit_GetLineW(Item(IDC_EDIT), 0, f.Out<WCHAR>(n), n), n) << f.Describe();
+                EXPECT_LE(AtEdit_GetLineW(Item(IDC_EDIT), 0, f.Out<WCHAR>(n), n), n)
+                    << f.Describe();
             }),
-        Row::Void("AtEdit_ReplaceSelW", [] { AtEdit_ReplaceSelW(Item(IDC_EDIT), L"x"); }, Error::AsLeft)
+        Row::Void("AtEdit_ReplaceSelW", [] { AtEdit_ReplaceSelW(Item(IDC_EDIT), L"x"); },
+                  Error::AsLeft)
             .Fuzz([](Fuzz& f) {
                 SetWindowTextA(Item(IDC_EDIT), "");
                 AtEdit_ReplaceSelW(Item(IDC_EDIT), f.Str());
             }),
         Row::Void("AtEdit_SetPasswordCharW", [] { AtEdit_SetPasswordCharW(Item(IDC_EDIT), L'*'); },
-                  Error::AsLeft),
+                  Error::AsLeft)
+            .Fuzz([](Fuzz& f) {
+                AtEdit_SetPasswordCharW(Item(IDC_EDIT), f.Str()[0]);
+                SendMessageA(Item(IDC_EDIT), EM_SETPASSWORDCHAR, 0, 0);
+            }),
         Row("AtEdit_GetSelW",
             [] {
                 SetWindowTextA(Item(IDC_EDIT), "sweep");
@@ -712,27 +809,46 @@ std::vector<Row> StandardControls()
                 return R(AtEdit_GetSelW(Item(IDC_EDIT)));
             },
             0),
-        Row::Void("AtEdit_SetSelW", [] {
-            SetWindowTextA(Item(IDC_EDIT), "sweep");
-            AtEdit_SetSelW(Item(IDC_EDIT), 1, 3);
-        }),
+        Row::Void("AtEdit_SetSelW",
+                  [] {
+                      SetWindowTextA(Item(IDC_EDIT), "sweep");
+                      AtEdit_SetSelW(Item(IDC_EDIT), 1, 3);
+                  })
+            .Fuzz([](Fuzz& f) {
+                // Positions anywhere in and past a text of double-byte characters,
+                // which the control counts in bytes: the selection read back is
+                // never past the text's characters.
+                std::string text = harness::ToAnsi(f.Str());
+                SetWindowTextA(Item(IDC_EDIT), text.c_str());
+                int length = int(text.size());
+                AtEdit_SetSelW(Item(IDC_EDIT), f.Count(length) - 1, f.Count(length));
+                DWORD selection = AtEdit_GetSelW(Item(IDC_EDIT));
+                EXPECT_LE(LOWORD(selection), length) << f.Describe();
+                EXPECT_LE(HIWORD(selection), length) << f.Describe();
+            }),
         AddsItem("AtListBox_AddStringW", IDC_LIST, LB_DELETESTRING, AtListBox_AddStringW, LB_ERR),
-        InsertsItem("AtListBox_InsertStringW", IDC_LIST, LB_DELETESTRING, AtListBox_InsertStringW, LB_ERR),
+        InsertsItem("AtListBox_InsertStringW", IDC_LIST, LB_DELETESTRING, AtListBox_InsertStringW,
+                    LB_ERR),
         FindsItem("AtListBox_FindStringW", IDC_LIST, AtListBox_FindStringW, LB_ERR),
         FindsItem("AtListBox_FindStringExactW", IDC_LIST, AtListBox_FindStringExactW, LB_ERR),
         FindsItem("AtListBox_SelectStringW", IDC_LIST, AtListBox_SelectStringW, LB_ERR),
-        ReadsItem("AtListBox_GetTextW", IDC_LIST, LB_ADDSTRING, LB_DELETESTRING, AtListBox_GetTextW, LB_ERR),
-        MeasuresItem("AtListBox_GetTextLenW", IDC_LIST, LB_ADDSTRING, LB_DELETESTRING, AtListBox_GetTextLenW, LB_ERR),
+        ReadsItem("AtListBox_GetTextW", IDC_LIST, LB_ADDSTRING, LB_DELETESTRING, AtListBox_GetTextW,
+                  LB_ERR),
+        MeasuresItem("AtListBox_GetTextLenW", IDC_LIST, LB_ADDSTRING, LB_DELETESTRING,
+                     AtListBox_GetTextLenW, LB_ERR),
         AddsItem("AtListBox_AddFileW", IDC_LIST, LB_DELETESTRING, AtListBox_AddFileW, LB_ERR),
         ListsFolder("AtListBox_DirW", IDC_LIST, LB_RESETCONTENT, AtListBox_DirW, LB_ERR),
-        AddsItem("AtComboBox_AddStringW", IDC_COMBO, CB_DELETESTRING, AtComboBox_AddStringW, CB_ERR),
-        InsertsItem("AtComboBox_InsertStringW", IDC_COMBO, CB_DELETESTRING, AtComboBox_InsertStringW, CB_ERR),
+        AddsItem("AtComboBox_AddStringW", IDC_COMBO, CB_DELETESTRING, AtComboBox_AddStringW,
+                 CB_ERR),
+        InsertsItem("AtComboBox_InsertStringW", IDC_COMBO, CB_DELETESTRING,
+                    AtComboBox_InsertStringW, CB_ERR),
         FindsItem("AtComboBox_FindStringW", IDC_COMBO, AtComboBox_FindStringW, CB_ERR),
         FindsItem("AtComboBox_FindStringExactW", IDC_COMBO, AtComboBox_FindStringExactW, CB_ERR),
         FindsItem("AtComboBox_SelectStringW", IDC_COMBO, AtComboBox_SelectStringW, CB_ERR),
-        ReadsItem("AtComboBox_GetLBTextW", IDC_COMBO, CB_ADDSTRING, CB_DELETESTRING, AtComboBox_GetLBTextW,
-                  CB_ERR),
-        MeasuresItem("AtComboBox_GetLBTextLenW", IDC_COMBO, CB_ADDSTRING, CB_DELETESTRING, AtComboBox_GetLBTextLenW, CB_ERR),
+        ReadsItem("AtComboBox_GetLBTextW", IDC_COMBO, CB_ADDSTRING, CB_DELETESTRING,
+                  AtComboBox_GetLBTextW, CB_ERR),
+        MeasuresItem("AtComboBox_GetLBTextLenW", IDC_COMBO, CB_ADDSTRING, CB_DELETESTRING,
+                     AtComboBox_GetLBTextLenW, CB_ERR),
         ListsFolder("AtComboBox_DirW", IDC_COMBO, CB_RESETCONTENT, AtComboBox_DirW, CB_ERR),
     };
 }
@@ -765,8 +881,10 @@ std::vector<Row> Beyond()
             }),
         MapsInPlace("CharLowerW", CharLowerW),
         MapsInPlace("CharUpperW", CharUpperW),
-        Row("IsCharAlphaW", [] { return R(IsCharAlphaW(L'a')); }, FALSE).Kernel(),
-        Row("IsCharAlphaNumericW", [] { return R(IsCharAlphaNumericW(L'1')); }, FALSE).Kernel(),
+        Row("IsCharAlphaW", [] { return R(IsCharAlphaW(L'a')); }, FALSE)
+            .Kernel(),
+        Row("IsCharAlphaNumericW", [] { return R(IsCharAlphaNumericW(L'1')); }, FALSE)
+            .Kernel(),
         Row("MapVirtualKeyW", [] { return R(MapVirtualKeyW('A', MAPVK_VK_TO_CHAR)); }, 0),
         Row("wvsprintfW",
             [] {
@@ -779,7 +897,8 @@ std::vector<Row> Beyond()
                 // The output stops at 1,023 characters and its NUL (an output cut
                 // there answers 1,024 on the ANSI path).
                 WCHAR* out = f.Out<WCHAR>(1024);
-                EXPECT_LE(Format(out, f.Pick(2) ? f.Str() : L"[%s] %d", f.Str(), 7), 1024) << f.Describe();
+                EXPECT_LE(Format(out, f.Pick(2) ? f.Str() : L"[%s] %d", f.Str(), 7), 1024)
+                    << f.Describe();
             }),
         Row("wsprintfW",
             [] {
@@ -801,9 +920,8 @@ std::vector<Row> Beyond()
             },
             FALSE)
             .Fuzz([](Fuzz& f) {
-                DEVMODEW mode = {};
-                mode.dmSize = sizeof mode;
-                EnumDisplaySettingsExW(f.Str(Fuzz::NullOk), ENUM_CURRENT_SETTINGS, &mode, 0);
+                EnumDisplaySettingsExW(f.Str(Fuzz::NullOk), ENUM_CURRENT_SETTINGS, DevModeRecord(f),
+                                       0);
             }),
         Row("ChangeDisplaySettingsExW",
             [] {
@@ -819,8 +937,8 @@ std::vector<Row> Beyond()
                 // Tested only: the display stays as it is.
                 DEVMODEW mode = {};
                 mode.dmSize = sizeof mode;
-                ChangeDisplaySettingsExW(f.Str(Fuzz::NullOk), f.Pick(2) ? &mode : nullptr, nullptr, CDS_TEST,
-                                         nullptr);
+                ChangeDisplaySettingsExW(f.Str(Fuzz::NullOk), f.Pick(2) ? &mode : nullptr, nullptr,
+                                         CDS_TEST, nullptr);
             }),
         Row("EnumDisplayDevicesW",
             [] {
@@ -832,7 +950,8 @@ std::vector<Row> Beyond()
             .Fuzz([](Fuzz& f) {
                 // Every size from the names alone to the whole record.
                 static const DWORD sizes[] = {offsetof(DISPLAY_DEVICEW, DeviceID),
-                                              offsetof(DISPLAY_DEVICEW, DeviceKey), sizeof(DISPLAY_DEVICEW)};
+                                              offsetof(DISPLAY_DEVICEW, DeviceKey),
+                                              sizeof(DISPLAY_DEVICEW)};
                 DWORD size = sizes[f.Pick(3)];
                 auto* device = reinterpret_cast<DISPLAY_DEVICEW*>(f.Out<BYTE>(size));
                 device->cb = size;
@@ -841,7 +960,8 @@ std::vector<Row> Beyond()
         Row("BroadcastSystemMessageW",
             [] {
                 DWORD recipients = BSM_APPLICATIONS;
-                return R(BroadcastSystemMessageW(BSF_IGNORECURRENTTASK, &recipients, WM_NULL, 0, 0));
+                return R(
+                    BroadcastSystemMessageW(BSF_IGNORECURRENTTASK, &recipients, WM_NULL, 0, 0));
             },
             -1),
     };
@@ -853,8 +973,7 @@ std::vector<Row> UserRows()
 {
     std::vector<Row> rows;
     for (auto part : {Menus, Text, Monitors, StandardControls, Beyond})
-        for (Row& row : part())
-            rows.push_back(std::move(row));
+        for (Row& row : part()) rows.push_back(std::move(row));
     return rows;
 }
 
