@@ -124,6 +124,17 @@ ENUMLOGFONTEXW* AtEnumLogFontExAToW(const ENUMLOGFONTEXA* src, ENUMLOGFONTEXW* d
 
 DEVMODEA* AtDevModeWToA(DEVMODEA* dst, const DEVMODEW* src)
 {
+    // An older, shorter record ends at its dmSize, with its private bytes right
+    // after it: nothing past that is the caller's to read. Its missing fields read
+    // as zero, as the system's W functions take them.
+    DEVMODEW whole;
+    const BYTE* extra = reinterpret_cast<const BYTE*>(src) + AtDevModeWSize;
+    if (src->dmSize < AtDevModeWSize) {
+        memset(&whole, 0, sizeof whole);
+        memcpy(&whole, src, src->dmSize > offsetof(DEVMODEW, dmFields) ? src->dmSize : offsetof(DEVMODEW, dmFields));
+        extra = reinterpret_cast<const BYTE*>(src) + src->dmSize;
+        src = &whole;
+    }
     NameWToA(reinterpret_cast<char(&)[CCHDEVICENAME]>(dst->dmDeviceName), src->dmDeviceName);
     DevModeFields(dst, src);
     // The record this library hands to the A functions, whatever the caller's layout.
@@ -131,8 +142,7 @@ DEVMODEA* AtDevModeWToA(DEVMODEA* dst, const DEVMODEW* src)
     NameWToA(reinterpret_cast<char(&)[CCHFORMNAME]>(dst->dmFormName), src->dmFormName);
     DevModeTail(dst, src);
     if (src->dmDriverExtra)
-        memcpy(reinterpret_cast<BYTE*>(dst) + AtDevModeASize,
-            reinterpret_cast<const BYTE*>(src) + AtDevModeWSize, src->dmDriverExtra);
+        memcpy(reinterpret_cast<BYTE*>(dst) + AtDevModeASize, extra, src->dmDriverExtra);
     return dst;
 }
 

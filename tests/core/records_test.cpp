@@ -40,14 +40,14 @@ template <typename T> void Pattern(T* p, std::size_t size)
         b[i] = static_cast<unsigned char>(i * 7 + 3);
 }
 
-// The private bytes sit right after 212 or 148 bytes, whatever dmSize says; dmSize
-// is forced; dmDriverExtra travels unchanged; the reserved pair stays unwritten.
+// The private bytes sit right after 212 or 148 bytes, whatever a larger dmSize says;
+// dmSize is forced; dmDriverExtra travels unchanged; the reserved pair stays unwritten.
 TEST(RecordsTest, DevModesCarryTheirFieldsAndPrivateBytes)
 {
     const struct {
         WORD size; // the source's dmSize
         WORD extra; // its dmDriverExtra
-    } cases[] = { { 212, 0 }, { 212, 5 }, { 220, 16 }, { 188, 3 }, { 148, 0 }, { 156, 7 } };
+    } cases[] = { { 212, 0 }, { 212, 5 }, { 220, 16 } };
     for (const auto& c : cases) {
         // Wide to ANSI, from a source of 220 + extra bytes (room for any dmSize above).
         Buffer src(220 + c.extra), dst(148 + c.extra);
@@ -89,6 +89,31 @@ TEST(RecordsTest, DevModesCarryTheirFieldsAndPrivateBytes)
             offsetof(DEVMODEW, dmReserved1), offsetof(DEVMODEW, dmReserved2) + 4));
         EXPECT_EQ(0, memcmp(back.bytes.data() + 212, src.bytes.data() + 212, c.extra));
         EXPECT_TRUE(back.untouchedFrom(212 + c.extra, back.bytes.size())) << "past the record";
+    }
+}
+
+// An older, shorter wide record is read only to its dmSize (it ends at a no-access
+// page): the fields it lacks convert as zero, its private bytes follow it.
+TEST(RecordsTest, ShorterWideDevModeIsReadToItsSize)
+{
+    harness::GuardPage guard;
+    for (WORD size : {WORD(188), WORD(156), WORD(148)}) {
+        const WORD extra = 3;
+        auto* bytes = guard.End<unsigned char>(size + extra);
+        Pattern(bytes, size + extra);
+        auto* w = reinterpret_cast<DEVMODEW*>(bytes);
+        wcscpy(reinterpret_cast<WCHAR*>(w->dmDeviceName), L"Printer");
+        w->dmSize = size;
+        w->dmDriverExtra = extra;
+        Buffer dst(148 + extra);
+        auto* a = dst.as<DEVMODEA>();
+        EXPECT_EQ(AtDevModeWToA(a, w), a);
+        EXPECT_STREQ(reinterpret_cast<char*>(a->dmDeviceName), "Printer");
+        EXPECT_EQ(a->dmSize, 148);
+        EXPECT_EQ(0, memcmp(&a->dmOrientation, &w->dmOrientation, 13 * sizeof(WORD)));
+        EXPECT_EQ(a->dmDisplayFrequency, size > offsetof(DEVMODEW, dmDisplayFrequency) ? w->dmDisplayFrequency : 0u) << size;
+        EXPECT_EQ(a->dmDitherType, 0u) << size;
+        EXPECT_EQ(0, memcmp(dst.bytes.data() + 148, bytes + size, extra)) << size;
     }
 }
 

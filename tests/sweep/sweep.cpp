@@ -226,15 +226,26 @@ LPCWSTR Fuzz::Str(Nulls nulls)
     switch (kind) {
     case 0: break;
     case 1: s = L"sweep"; break;
-    case 2: s = harness::NonAsciiText(); break;
+    case 2: {
+        static const std::wstring text = harness::NonAsciiText();
+        s = text;
+        break;
+    }
     case 3: s = L"\u0100\u4E00\u20AC\u00E9\u0416"; break;  // each code page lacks some
     case 4: s = L"a\xD800" L"b"; break;
     case 5: s = L"ab\xDC00"; break;
     case 6: s.assign(L"ab\0cd", 5); break;
-    case 7:
-        for (int i = 0; i < 70000; ++i)
-            s += i % 7 ? L'x' : harness::NonAsciiText()[0];
+    case 7: {
+        static const std::wstring huge = [] {
+            std::wstring h;
+            const WCHAR wide = harness::NonAsciiText()[0];
+            for (int i = 0; i < 70000; ++i)
+                h += i % 7 ? L'x' : wide;
+            return h;
+        }();
+        s = huge;
         break;
+    }
     default:
         if (nulls == NullOk)
             return nullptr;

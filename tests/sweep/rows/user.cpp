@@ -486,7 +486,18 @@ std::vector<Row> Menus()
                 return R(LoadMenuIndirectW(menu));
             },
             0)
-            .Undo([](Result r) { DestroyMenu(HMENU(r)); }),
+            .Undo([](Result r) { DestroyMenu(HMENU(r)); })
+            .Fuzz([](Fuzz& f) {
+                // The one item's text fuzzed, the template ending at a no-access page.
+                LPCWSTR text = f.Str();
+                int length = f.Len(text);
+                WORD* menu = f.Out<WORD>(4 + length + 1);
+                WORD head[] = {0, 0, MF_END, 1};
+                memcpy(menu, head, sizeof head);
+                memcpy(menu + 4, text, (length + 1) * sizeof(WCHAR));
+                if (HMENU loaded = LoadMenuIndirectW(menu))
+                    DestroyMenu(loaded);
+            }),
         LoadsResource(
             "LoadAcceleratorsW", L"ACCELS", LoadAcceleratorsW,
             [](Result r) { DestroyAcceleratorTable(HACCEL(r)); }, Error::AsLeft),
@@ -503,7 +514,16 @@ std::vector<Row> Menus()
                 return R(CreateAcceleratorTableW(&entry, 1));
             },
             0)
-            .Undo([](Result r) { DestroyAcceleratorTable(HACCEL(r)); }),
+            .Undo([](Result r) { DestroyAcceleratorTable(HACCEL(r)); })
+            .Fuzz([](Fuzz& f) {
+                // Entries that end at a no-access page: no more are read than counted.
+                int n = f.Count(3);
+                ACCEL* entries = f.Out<ACCEL>(n);
+                for (int i = 0; i < n; ++i)
+                    entries[i] = {FVIRTKEY, WORD(VK_F1 + i % 12), WORD(100 + i)};
+                if (HACCEL table = CreateAcceleratorTableW(entries, n))
+                    DestroyAcceleratorTable(table);
+            }),
     };
 }
 
