@@ -616,9 +616,6 @@ std::vector<Row> BarRows()
                       SetLastError(error);
                   },
                   Error::AsLeft)
-            // The ANSI path binds comctl32's function by ordinal, which the missing
-            // sweep (taking functions away by name) leaves in place, as Windows 95 has it.
-            .Kernel()
             .Fuzz([](Fuzz& f) {
                 HDC dc = GetDC(Window());
                 RECT rect = {0, 0, 100, 20};
@@ -627,7 +624,6 @@ std::vector<Row> BarRows()
             }),
         Row("CreateStatusWindowW",
             [] { return R(CreateStatusWindowW(WS_CHILD, L"sweep", Window(), 2)); }, 0)
-            .Kernel()  // by ordinal, as DrawStatusTextW
             .Undo(Destroy)
             .Fuzz([](Fuzz& f) {
                 DestroyWindow(CreateStatusWindowW(WS_CHILD, f.Str(), Window(), 2));

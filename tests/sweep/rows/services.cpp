@@ -747,7 +747,7 @@ std::vector<Row> ServiceRows()
                 WCHAR* name = f.Pick(4) ? f.Out<WCHAR>(n) : nullptr;
                 VerLanguageNameW(0x411, name, n);
             }),
-        // A result of 0 is success here; missing, the export answers VFF_BUFFTOOSMALL.
+        // A result of 0 is success here, and also what a failed allocation answers.
         Row("VerFindFileW",
             [] {
                 WCHAR cur[MAX_PATH], dest[MAX_PATH];
@@ -755,7 +755,8 @@ std::vector<Row> ServiceRows()
                 return R(VerFindFileW(0, const_cast<LPWSTR>(L"kernel32.dll"), nullptr, nullptr,
                                       cur, &curN, dest, &destN));
             },
-            std::nullopt, Error::AsLeft)
+            0, Error::AsLeft)
+            .WhenMissing(VFF_BUFFTOOSMALL)
             .Ok([](Result r) { return (r & VFF_BUFFTOOSMALL) == 0; })
             .Fuzz([](Fuzz& f) {
                 UINT curN = f.Count(MAX_PATH), destN = f.Count(20);
@@ -776,7 +777,8 @@ std::vector<Row> ServiceRows()
                                          const_cast<LPWSTR>(folder.c_str()),
                                          const_cast<LPWSTR>(L""), tmp, &tmpN));
             },
-            std::nullopt, Error::AsLeft)
+            0, Error::AsLeft)
+            .WhenMissing(VIF_OUTOFMEMORY)
             .Ok(0)
             .Undo([](Result) { DeleteFileA(harness::ToAnsi(PathIn(L"installed")).c_str()); })
             .Fuzz([](Fuzz& f) {
@@ -1107,13 +1109,13 @@ std::vector<Row> ServiceRows()
             .Fuzz([](Fuzz& f) {
                 PlaySoundW(f.Path(), nullptr, SND_FILENAME | SND_SYNC | SND_NODEFAULT);
             }),
-        // MCI answers MCIERR_UNSUPPORTED_FUNCTION when the function is missing.
         Row("mciSendStringW",
             [] {
                 WCHAR reply[32];
                 return R(mciSendStringW(L"sysinfo all quantity", reply, 32, nullptr));
             },
-            std::nullopt, Error::AsLeft)
+            MCIERR_OUT_OF_MEMORY, Error::AsLeft)
+            .WhenMissing(MCIERR_UNSUPPORTED_FUNCTION)
             .Ok(0)
             .Fuzz([](Fuzz& f) {
                 // The name of the first device: a reply of a few characters.
@@ -1134,7 +1136,8 @@ std::vector<Row> ServiceRows()
                 return R(mciSendCommandW(MCI_ALL_DEVICE_ID, MCI_SYSINFO, MCI_SYSINFO_QUANTITY,
                                          DWORD_PTR(&parms)));
             },
-            std::nullopt, Error::AsLeft)
+            MCIERR_OUT_OF_MEMORY, Error::AsLeft)
+            .WhenMissing(MCIERR_UNSUPPORTED_FUNCTION)
             .Ok(0)
             .Fuzz([](Fuzz& f) {
                 MCI_OPEN_PARMSW open = {};

@@ -121,7 +121,8 @@ const Fixture& F()
         x.childClassA = x.classA + " child";
         x.className = Wide(x.classA);
         x.childClassName = Wide(x.childClassA);
-        x.ownTitle = L"sweep " + harness::NonAsciiText();
+        // Its own title: the sweep programs run side by side, each with such a window.
+        x.ownTitle = L"sweep " + harness::NonAsciiText() + L" " + std::to_wstring(GetCurrentProcessId());
         WNDCLASSEXA wc = {};
         wc.cbSize = sizeof wc;
         wc.style = CS_DBLCLKS;
