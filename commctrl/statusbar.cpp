@@ -34,6 +34,8 @@ void WINAPI DrawStatusTextW(HDC hdc, LPCRECT rect, LPCWSTR text, UINT flags)
         .orAnsiWithoutSavedError(AtNoResult {}, [=] {
             if (auto draw = DrawStatusTextByOrdinal())
                 draw(hdc, rect, AtAnsiTemp(text), flags);
+            else
+                SetLastError(ERROR_CALL_NOT_IMPLEMENTED);
         });
 }
 

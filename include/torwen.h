@@ -174,7 +174,10 @@ FARPROC WINAPI GetProcAddressW(HMODULE module, LPCWSTR procName);
  *
  * AtWNetGetConnectionW is WNetGetConnectionW under a name of torwen's own. On
  * Windows 95, 98 and Me a failure inside torwen answers ERROR_OUTOFMEMORY, and a
- * failed lookup empties the caller's remote name only when it has room.
+ * failed lookup empties the caller's remote name only when it has room. A remote
+ * name with more characters than the caller's count answers ERROR_MORE_DATA with
+ * the characters needed, as the NT family does, where the ANSI function found room
+ * for its bytes (the name is otherwise left without a terminator).
  * UuidToStringW's string must be released with torwen's RpcStringFreeW; a failure
  * inside torwen answers RPC_S_OUT_OF_MEMORY. SysReAllocStringLen answers FALSE for
  * a null BSTR slot.
@@ -572,7 +575,9 @@ TORWEN_API void WINAPI AtPropSheet_SetFinishTextW(HWND hDlg, LPCWSTR lpszText);
  * follows when the flags announce it). Without their record these commands answer
  * MCIERR_NULL_PARAMETER_BLOCK. Every other command reaches mciSendCommandA
  * unchanged, so its record must hold no text. A failure inside torwen answers
- * MCIERR_OUT_OF_MEMORY.
+ * MCIERR_OUT_OF_MEMORY. A reply, error text or information text with more
+ * characters than the caller's count comes back empty, never cut off without a
+ * terminator (the ANSI buffer of that many characters may still have held it).
  */
 
 /*

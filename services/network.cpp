@@ -20,7 +20,15 @@ DWORD WINAPI WNetGetConnectionW(LPCWSTR local, LPWSTR remote, LPDWORD length)
             DWORD r
                 = err.keep(Sys::WNetGetConnectionA(localA, remoteA, length ? &lengthA : nullptr));
             if (r == NO_ERROR) {
-                AtAnsiToWideOutN(remoteA, remote, n, std::min(lengthA, DWORD(AtHeapSize(remoteA))));
+                // The ANSI buffer holds n characters of up to AtMaxCharSize bytes, so a
+                // name can fit it and still have more characters than the caller's
+                // n: that is reported as the W function reports it, never as success
+                // with a truncated name that has no terminator.
+                if (!AtBoundedAnsiToWideOut(remoteA, remote, n) && remote) {
+                    remote[0] = L'\0';
+                    *length = DWORD(AtBoundedAnsiToWideOut(remoteA, nullptr, 0));
+                    err.value = r = ERROR_MORE_DATA;
+                }
             } else {
                 if (remote && n)
                     remote[0] = L'\0';

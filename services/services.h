@@ -23,13 +23,20 @@ inline DWORD AtCountAt(const DWORD* p)
 // Converts the ANSI text of an out buffer into the caller's n characters, as
 // AtAnsiToWideOut does, but reading no further than the buffer's own block: an A
 // function that fails or runs out of room may leave it without a terminator.
+// A text that does not fit leaves the caller's buffer empty: the ANSI buffer
+// holds n characters of up to AtMaxCharSize bytes, so the A function may succeed
+// with more characters than the caller has room for, and the converter stops
+// without a terminator when it runs out of room.
 inline int AtBoundedAnsiToWideOut(const AtStringSlot& slot, LPWSTR buf, DWORD n)
 {
     SIZE_T size = AtHeapSize(slot);
     SIZE_T len = size ? strnlen(static_cast<const char*>(slot), size) : 0;
     if (len < size)
         ++len; // the terminator, counted as the unbounded conversion counts it
-    return AtAnsiToWideOutN(slot, buf, n, DWORD(len));
+    int converted = AtAnsiToWideOutN(slot, buf, n, DWORD(len));
+    if (!converted && buf && n)
+        buf[0] = L'\0';
+    return converted;
 }
 
 // A buffer slot as the byte pointer the data functions take.

@@ -140,9 +140,14 @@ SIZE_T WINAPI GuardedHeapSize(HANDLE heap, DWORD flags, LPCVOID p)
 // Functions bound on first use are handed a route of their own.
 FARPROC WINAPI RoutedGetProcAddress(HMODULE module, LPCSTR name)
 {
-    if (IS_INTRESOURCE(name))
-        return realGetProcAddress(module, name);
     Locked locked;
+    if (IS_INTRESOURCE(name)) {
+        if (everythingMissing && module != kernel32) {
+            SetLastError(ERROR_PROC_NOT_FOUND);
+            return nullptr;
+        }
+        return realGetProcAddress(module, name);
+    }
     const bool wide = name[0] && name[lstrlenA(name) - 1] == 'W';
     if (Missing().count(name) || (everythingMissing && (wide || module != kernel32))) {
         SetLastError(ERROR_PROC_NOT_FOUND);

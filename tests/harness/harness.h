@@ -51,7 +51,7 @@ bool Imports(const char* name);
 // Takes effect only if torwen has not bound it yet.
 void MakeMissing(const char* name);
 // Makes GetProcAddress fail for every W function and every function of a DLL other
-// than kernel32, as on Windows 95 without any of them: call it before torwen binds.
+// than kernel32 (by name or by ordinal), as on Windows 95 without any of them: call it before torwen binds.
 void MakeEverythingMissing();
 
 // Generates a stdcall entry that passes `context` ahead of the caller's arguments

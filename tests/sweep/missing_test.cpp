@@ -32,8 +32,8 @@ TEST_P(MissingSweep, AnswersNotImplemented)
         if (row.error == Error::Code) {
             EXPECT_EQ(r, ERROR_CALL_NOT_IMPLEMENTED) << row.name;
         } else {
-            if (row.failure) {
-                EXPECT_EQ(r, *row.failure) << row.name;
+            if (row.missing || row.failure) {
+                EXPECT_EQ(r, row.missing ? *row.missing : *row.failure) << row.name;
             }
             EXPECT_EQ(error, DWORD(ERROR_CALL_NOT_IMPLEMENTED)) << row.name;
         }

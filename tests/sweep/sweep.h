@@ -74,6 +74,9 @@ struct Row {
     // The call with bad and random strings and buffers.
     Row& Fuzz(std::function<void(sweep::Fuzz&)> f) { fuzz = std::move(f); return *this; }
     Row& Kernel() { ansi = Ansi::Kernel32; return *this; }
+    // What the export answers when its system function is missing, where that is not
+    // its failure value (VerFindFileW: VFF_BUFFTOOSMALL; MCI: MCIERR_UNSUPPORTED_FUNCTION).
+    Row& WhenMissing(Result r) { missing = r; return *this; }
     // Answers without the system's function (an emulation of its own, a helper that
     // calls no system function): the missing-function sweep expects a valid answer.
     Row& WorksWhenMissing() { selfContained = true; return *this; }
@@ -86,6 +89,7 @@ struct Row {
     std::function<bool(Result)> ok;
     std::function<void(Result)> undo;
     std::function<void(sweep::Fuzz&)> fuzz;
+    std::optional<Result> missing;
     bool isVoid = false;
     bool selfContained = false;
 

@@ -275,6 +275,12 @@ void FuzzTextOut(Fuzz& f, const char* ansiName, UINT(WINAPI* wide)(HKL, LPWSTR, 
     }
 }
 
+// Whether a text the caller reads back ends within its n characters.
+bool Terminated(LPCWSTR text, UINT n)
+{
+    return std::wstring(text, n).find(L'\0') != std::wstring::npos;
+}
+
 // An ANSI copy of a fuzzed string that ends at a no-access page too.
 LPCSTR AnsiCopy(Fuzz& f, LPCWSTR s)
 {
@@ -582,8 +588,37 @@ std::vector<Row> ServiceRows()
             ERROR_OUTOFMEMORY, Error::Code)
             .Ok([](Result r) { return r == ERROR_NOT_CONNECTED || r == ERROR_NO_NETWORK; })
             .Fuzz([](Fuzz& f) {
-                DWORD n = f.Count(3), got = n;
-                WNetGetConnectionW(f.Str(), f.Out<WCHAR>(n), &got);
+                LPCWSTR local = f.Str();
+                if (!harness::AnsiPath()) {
+                    DWORD n = f.Count(3), got = n;
+                    WNetGetConnectionW(local, f.Out<WCHAR>(n), &got);
+                    return;
+                }
+                // Wine has no network: the rows play a redirected drive. Like the
+                // system's, the A function leaves the count alone when the name fits.
+                DWORD unused = 0;
+                WNetGetConnectionW(L"", nullptr, &unused);  // bound
+                const std::string remoteA = FuzzedAnsi(f);
+                TW_HOOK(play, WNetGetConnectionA, [&](LPCSTR, LPSTR remote, LPDWORD length) {
+                    if (*length < remoteA.size() + 1) {
+                        *length = DWORD(remoteA.size() + 1);
+                        return DWORD(ERROR_MORE_DATA);
+                    }
+                    memcpy(remote, remoteA.c_str(), remoteA.size() + 1);
+                    return DWORD(NO_ERROR);
+                });
+                const std::wstring remoteW = harness::FromAnsi(remoteA);
+                DWORD n = f.Count(int(remoteW.size()) + 1), got = n;
+                WCHAR* remote = f.Out<WCHAR>(n);
+                DWORD r = WNetGetConnectionW(local, remote, &got);
+                if (r == NO_ERROR) {
+                    EXPECT_EQ(std::wstring(remote), remoteW);
+                } else {
+                    // A name longer than the caller's count: the size needed, counted in
+                    // characters or, where the A function reported it, in ANSI bytes.
+                    EXPECT_EQ(r, DWORD(ERROR_MORE_DATA));
+                    EXPECT_GE(got, remoteW.size() + 1);
+                }
             }),
         Row("AtWNetGetConnectionW",
             [] {
@@ -712,7 +747,7 @@ std::vector<Row> ServiceRows()
                 WCHAR* name = f.Pick(4) ? f.Out<WCHAR>(n) : nullptr;
                 VerLanguageNameW(0x411, name, n);
             }),
-        // A result of 0 is success here; missing, the export answers VFF_BUFFTOOSMALL.
+        // A result of 0 is success here, and also what a failed allocation answers.
         Row("VerFindFileW",
             [] {
                 WCHAR cur[MAX_PATH], dest[MAX_PATH];
@@ -720,7 +755,8 @@ std::vector<Row> ServiceRows()
                 return R(VerFindFileW(0, const_cast<LPWSTR>(L"kernel32.dll"), nullptr, nullptr,
                                       cur, &curN, dest, &destN));
             },
-            std::nullopt, Error::AsLeft)
+            0, Error::AsLeft)
+            .WhenMissing(VFF_BUFFTOOSMALL)
             .Ok([](Result r) { return (r & VFF_BUFFTOOSMALL) == 0; })
             .Fuzz([](Fuzz& f) {
                 UINT curN = f.Count(MAX_PATH), destN = f.Count(20);
@@ -741,7 +777,8 @@ std::vector<Row> ServiceRows()
                                          const_cast<LPWSTR>(folder.c_str()),
                                          const_cast<LPWSTR>(L""), tmp, &tmpN));
             },
-            std::nullopt, Error::AsLeft)
+            0, Error::AsLeft)
+            .WhenMissing(VIF_OUTOFMEMORY)
             .Ok(0)
             .Undo([](Result) { DeleteFileA(harness::ToAnsi(PathIn(L"installed")).c_str()); })
             .Fuzz([](Fuzz& f) {
@@ -962,8 +999,7 @@ std::vector<Row> ServiceRows()
                 STYLEBUFW* styles = n || f.Pick(2) ? f.Out<STYLEBUFW>(n) : nullptr;
                 UINT r = ImmGetRegisterWordStyleW(Layout(), n, styles);
                 for (UINT i = 0; styles && i < std::min(r, n); ++i) {
-                    EXPECT_LT(std::wstring(styles[i].szDescription, STYLE_DESCRIPTION_SIZE).find(L'\0'),
-                              std::size_t(STYLE_DESCRIPTION_SIZE));
+                    EXPECT_TRUE(Terminated(styles[i].szDescription, STYLE_DESCRIPTION_SIZE));
                 }
             }),
         Row("ImmEnumRegisterWordW",
@@ -1038,8 +1074,7 @@ std::vector<Row> ServiceRows()
                 }
                 LOGFONTW* font = f.Out<LOGFONTW>(1);
                 if (ImmGetCompositionFontW(Context(), font)) {
-                    EXPECT_LT(std::wstring(font->lfFaceName, LF_FACESIZE).find(L'\0'),
-                              std::size_t(LF_FACESIZE));
+                    EXPECT_TRUE(Terminated(font->lfFaceName, LF_FACESIZE));
                 }
             }),
         Row("ImmSetCompositionFontW",
@@ -1074,18 +1109,22 @@ std::vector<Row> ServiceRows()
             .Fuzz([](Fuzz& f) {
                 PlaySoundW(f.Path(), nullptr, SND_FILENAME | SND_SYNC | SND_NODEFAULT);
             }),
-        // MCI answers MCIERR_UNSUPPORTED_FUNCTION when the function is missing.
         Row("mciSendStringW",
             [] {
                 WCHAR reply[32];
                 return R(mciSendStringW(L"sysinfo all quantity", reply, 32, nullptr));
             },
-            std::nullopt, Error::AsLeft)
+            MCIERR_OUT_OF_MEMORY, Error::AsLeft)
+            .WhenMissing(MCIERR_UNSUPPORTED_FUNCTION)
             .Ok(0)
             .Fuzz([](Fuzz& f) {
-                UINT n = f.Count(2);
+                // The name of the first device: a reply of a few characters.
+                UINT n = f.Count(8);
                 WCHAR* reply = f.Out<WCHAR>(n);
-                mciSendStringW(f.Pick(2) ? L"sysinfo all quantity" : f.Str(), reply, n, nullptr);
+                LPCWSTR command = f.Pick(2) ? L"sysinfo all name 1" : f.Str();
+                if (!mciSendStringW(command, reply, n, nullptr) && n) {
+                    EXPECT_TRUE(Terminated(reply, n));
+                }
             }),
         Row("mciSendCommandW",
             [] {
@@ -1097,7 +1136,8 @@ std::vector<Row> ServiceRows()
                 return R(mciSendCommandW(MCI_ALL_DEVICE_ID, MCI_SYSINFO, MCI_SYSINFO_QUANTITY,
                                          DWORD_PTR(&parms)));
             },
-            std::nullopt, Error::AsLeft)
+            MCIERR_OUT_OF_MEMORY, Error::AsLeft)
+            .WhenMissing(MCIERR_UNSUPPORTED_FUNCTION)
             .Ok(0)
             .Fuzz([](Fuzz& f) {
                 MCI_OPEN_PARMSW open = {};
@@ -1121,10 +1161,12 @@ std::vector<Row> ServiceRows()
             },
             FALSE, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
-                UINT n = f.Count(20);
+                char textA[256] = "";
+                mciGetErrorStringA(MCIERR_INVALID_DEVICE_NAME, textA, sizeof textA);
+                UINT n = f.Count(int(harness::FromAnsi(textA).size()));
                 WCHAR* text = f.Out<WCHAR>(n);
                 if (mciGetErrorStringW(MCIERR_INVALID_DEVICE_NAME, text, n) && n) {
-                    EXPECT_LT(UINT(lstrlenW(text)), n);
+                    EXPECT_TRUE(Terminated(text, n));
                 }
             }),
     };
