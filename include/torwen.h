@@ -464,7 +464,8 @@ TORWEN_API int CALLBACK AtfnEnumRegisterWordProcA(LPCSTR lpszReading, DWORD dwSt
  * without the driver's private bytes. GetPrinterW and EnumPrintersW answer FALSE,
  * ERROR_INSUFFICIENT_BUFFER and the size needed when the wide records would not
  * fit the caller's buffer though the ANSI ones did. DocumentPropertiesW believes an
- * out record's dmDriverExtra only as far as the size its query answered.
+ * out record's dmDriverExtra only as far as the size its query answered, and reads
+ * an out record not yet filled (dmSize below 212) whole when that size holds it.
  * DeviceCapabilitiesW passes every output that is not a list of names (papers,
  * sizes, resolutions...) straight to the caller's buffer, and answers 0 without
  * fetching a list of names longer or shorter than the bins. */

@@ -178,24 +178,32 @@ BOOL PrinterInfo(AtSavedError& err, DWORD level, LPBYTE buf, DWORD cbBuf, LPDWOR
 
 // ---- device modes
 
-// The caller's out record is read in before the dialog fills it, whatever it
-// holds: its count of private bytes is believed only as far as the buffer that the
-// size query told the caller to make (twice the ANSI size).
-struct BoundedDriverExtra {
-    BoundedDriverExtra(DEVMODEW* dm, LONG sizeA) : dm(dm), saved(dm->dmDriverExtra)
+// The caller's records are believed only as far as the buffer that the size query
+// told the caller to make (twice the ANSI size): their count of private bytes no
+// further. The out record is read in before the dialog fills it, whatever it
+// holds: one not yet filled (its dmSize still 0 or short) is read as the whole
+// layout when that buffer holds it.
+struct BoundedRecord {
+    BoundedRecord(DEVMODEW* dm, LONG sizeA, bool out) : dm(dm), extra(dm->dmDriverExtra), size(dm->dmSize)
     {
         LONG room = std::max<LONG>(2 * sizeA - LONG(AtDevModeWSize), 0);
-        dm->dmDriverExtra = WORD(std::min<LONG>(saved, room));
+        dm->dmDriverExtra = WORD(std::min<LONG>(extra, room));
+        if (out && 2 * sizeA >= LONG(AtDevModeWSize))
+            dm->dmSize = std::max<WORD>(size, AtDevModeWSize);
     }
-    ~BoundedDriverExtra() { dm->dmDriverExtra = saved; }
+    ~BoundedRecord()
+    {
+        dm->dmDriverExtra = extra;
+        dm->dmSize = size;
+    }
     DEVMODEW* dm;
-    WORD saved;
+    WORD extra, size;
 };
 
-void DevModeIn(AtStringSlot& slot, DEVMODEW* dm, LONG sizeA)
+void DevModeIn(AtStringSlot& slot, DEVMODEW* dm, LONG sizeA, bool out)
 {
     AtAllocBuffer(slot, dm->dmDriverExtra + SIZE_T(sizeA));
-    BoundedDriverExtra bounded(dm, sizeA);
+    BoundedRecord bounded(dm, sizeA, out);
     AtDevModeWToA(static_cast<DEVMODEA*>(slot.value), dm);
 }
 
@@ -279,9 +287,9 @@ LONG WINAPI DocumentPropertiesW(HWND window, HANDLE printer, LPWSTR deviceName, 
             if (size < 1 || mode == 0)
                 return size * 2;
             if (output)
-                DevModeIn(outA, output, size);
+                DevModeIn(outA, output, size, true);
             if (input)
-                DevModeIn(inA, input, size);
+                DevModeIn(inA, input, size, false);
             LONG r = err.keep(Sys::DocumentPropertiesA(window, printer, nameA, static_cast<DEVMODEA*>(outA.value),
                                                        static_cast<DEVMODEA*>(inA.value), mode));
             if (output && r == IDOK)
