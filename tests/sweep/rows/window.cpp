@@ -761,7 +761,6 @@ template <typename F> std::function<void(Fuzz&)> Guarded(F fuzz)
 
 std::vector<Row> WindowRows()
 {
-    using std::nullopt;
     return {
         // ---- classes
         Row(
@@ -900,8 +899,9 @@ std::vector<Row> WindowRows()
             [] {
                 return R(DialogBoxParamW(F().resources, L"CONTROLS", nullptr, EndingDialogProc, 0));
             },
-            nullopt, Error::AsLeft)
+            0, Error::AsLeft)
             .Ok(1)
+            .WhenMissing(-1)
             .Fuzz([](Fuzz& f) {
                 DialogBoxParamW(F().resources, f.Str(), nullptr, EndingDialogProc, 0);
             }),
