@@ -236,33 +236,4 @@ TEST_F(ChooseAnsiTest, TheFontRecordAndItsStyle)
     EXPECT_EQ(fontSeen.lfWeight, 0);
 }
 
-TEST_F(ChooseAnsiTest, EachAllocationFailureAnswersTheFailureValue)
-{
-    TW_HOOK(colour, ChooseColorA, [](LPCHOOSECOLORA) { return TRUE; });
-    TW_HOOK(font, ChooseFontA, [](LPCHOOSEFONTA) { return TRUE; });
-    COLORREF custom[16] = {};
-    CHOOSECOLORW cc = Colour(custom, IDOK);
-    cc.Flags |= CC_ENABLETEMPLATE;
-    cc.lpTemplateName = L"T";
-    LOGFONTW logFont = SomeFont();
-    wchar_t style[LF_FACESIZE] = L"";
-    CHOOSEFONTW cf = Font(&logFont, style, IDOK);
-    cf.Flags |= CF_ENABLETEMPLATE;
-    cf.lpTemplateName = L"T";
-    const struct { const char* name; int allocations; std::function<BOOL()> call; } cases[] = {
-        {"ChooseColorW", 1, [&] { return ChooseColorW(&cc); }},
-        {"ChooseFontW", 2, [&] { return ChooseFontW(&cf); }},
-    };
-    for (const auto& c : cases) {
-        int runs = SweepAllocationFailures([&](int k) {
-            SetLastError(1234);
-            const BOOL r = c.call();
-            const DWORD error = GetLastError();
-            EXPECT_TRUE(HeapAllocCalls() < k || (!r && error == ERROR_OUTOFMEMORY))
-                << c.name << ", allocation " << k << ": " << r << ", error " << error;
-        });
-        EXPECT_EQ(runs, c.allocations) << c.name;
-    }
-}
-
 }  // namespace

@@ -374,43 +374,6 @@ TEST_F(OpenSaveAnsiTest, ANullFileBufferGetsOneOfItsSize)
     EXPECT_EQ(ofn.nFileOffset, 0);
 }
 
-TEST_F(OpenSaveAnsiTest, EachAllocationFailureAnswersTheFailureValue)
-{
-    TW_HOOK(open, GetOpenFileNameA, [](LPOPENFILENAMEA a) {
-        strcpy(a->lpstrFile, "C:\\x.txt");
-        return TRUE;
-    });
-    wchar_t file[MAX_PATH] = L"a.txt", fileTitle[20], custom[40] = L"";
-    OPENFILENAMEW ofn = Blank();
-    ofn.lpstrFilter = L"All\0*.*\0";
-    ofn.lpstrCustomFilter = custom;
-    ofn.nMaxCustFilter = 40;
-    ofn.lpstrFile = file;
-    ofn.nMaxFile = MAX_PATH;
-    ofn.lpstrFileTitle = fileTitle;
-    ofn.nMaxFileTitle = 20;
-    ofn.lpstrInitialDir = L"C:\\";
-    ofn.lpstrTitle = L"Open";
-    ofn.lpstrDefExt = L"txt";
-    ofn.lpTemplateName = L"T";
-    wchar_t buf[MAX_PATH];
-    const struct { const char* name; int allocations; int failure; std::function<int()> call; } cases[] = {
-        {"GetOpenFileNameW", 8, 0, [&] { return GetOpenFileNameW(&ofn); }},
-        {"GetFileTitleW", 2, -1, [&] { return int(GetFileTitleW(L"C:\\dir\\x.txt", buf, MAX_PATH)); }},
-        {"AtCommDlg_OpenSave_GetFilePathW", 1, 0, [&] { return AtCommDlg_OpenSave_GetFilePathW(nullptr, buf, MAX_PATH); }},
-    };
-    for (const auto& c : cases) {
-        int runs = SweepAllocationFailures([&](int k) {
-            SetLastError(1234);
-            const int r = c.call();
-            const DWORD error = GetLastError();
-            EXPECT_TRUE(HeapAllocCalls() < k || (r == c.failure && error == ERROR_OUTOFMEMORY))
-                << c.name << ", allocation " << k << ": " << r << ", error " << error;
-        });
-        EXPECT_EQ(runs, c.allocations) << c.name;
-    }
-}
-
 // ---- file titles
 
 TEST_F(OpenSaveTest, FileTitles)

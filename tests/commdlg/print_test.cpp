@@ -342,47 +342,4 @@ TEST_F(PrintAnsiTest, PageSetup)
     GlobalFree(psd.hDevMode);
 }
 
-TEST_F(PrintAnsiTest, EachAllocationFailureAnswersTheFailureValue)
-{
-    TW_HOOK(print, PrintDlgA, [](LPPRINTDLGA) { return TRUE; });
-    const std::vector<wstring> names = {L"a", L"b", L"c"};
-    for (int k = 1;; ++k) {
-        PRINTDLGW pd = Print(PD_ENABLEPRINTTEMPLATE);
-        pd.lpPrintTemplateName = L"T";
-        pd.hDevMode = DevModeObject(true, L"p", 1, 0);
-        pd.hDevNames = DevNamesObject(true, names, 0);
-        BOOL r;
-        int calls;
-        std::set<HGLOBAL> left;
-        {
-            GlobalLog globals;
-            globals.failAt = k;
-            SetLastError(1234);
-            r = PrintDlgW(&pd);
-            calls = globals.calls;
-            left = globals.live;
-        }
-        if (calls < k) {
-            EXPECT_TRUE(r);
-            EXPECT_EQ(k, 3) << "the device mode and names, in and out; the mode comes back in place";
-            break;
-        }
-        EXPECT_FALSE(r) << "global allocation " << k;
-        EXPECT_EQ(GetLastError(), DWORD(ERROR_OUTOFMEMORY)) << "global allocation " << k;
-        EXPECT_TRUE(left.empty()) << "global allocation " << k;
-        GlobalFree(pd.hDevMode);
-        GlobalFree(pd.hDevNames);
-    }
-    PRINTDLGW pd = Print(PD_ENABLEPRINTTEMPLATE);
-    pd.lpPrintTemplateName = L"T";
-    pd.hDevNames = DevNamesObject(true, names, 0);
-    int runs = SweepAllocationFailures([&](int k) {
-        SetLastError(1234);
-        const BOOL r = PrintDlgW(&pd);
-        EXPECT_TRUE(HeapAllocCalls() < k || (!r && GetLastError() == ERROR_OUTOFMEMORY)) << k;
-    });
-    EXPECT_EQ(runs, 7) << "three names in, the template, three names out";
-    GlobalFree(pd.hDevNames);
-}
-
 }  // namespace

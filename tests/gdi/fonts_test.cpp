@@ -335,46 +335,6 @@ TEST_F(FontsTest, PolyTextOutDrawsLikeTextOut)
     EXPECT_NE(std::count(expected.begin(), expected.end(), 0u), 0) << "something was drawn";
 }
 
-// Each allocation failing in turn: the failure value, and the error the allocator
-// left (0 where the member restores the error it saved before any call).
-TEST_F(FontsTest, EachAllocationFailureAnswersTheFailureValue)
-{
-    WCHAR face[32];
-    int fit, extents[8];
-    SIZE size;
-    Seen seen;
-    const struct {
-        const char* name;
-        int allocations;
-        DWORD failure, error;
-        std::function<DWORD()> call;
-    } cases[] = {
-        { "AddFontResourceW", 1, 0, 14, [] { return DWORD(AddFontResourceW(L"missing.ttf")); } },
-        { "RemoveFontResourceW", 1, 0, 14,
-            [] { return DWORD(RemoveFontResourceW(L"missing.ttf")); } },
-        { "CreateScalableFontResource", 3, 0, 14,
-            [] { return DWORD(CreateScalableFontResource(0, L"a.fot", L"a.ttf", L"")); } },
-        { "CreateFontW", 1, 0, 14,
-            [] {
-                return DWORD(UINT_PTR(CreateFontW(-12, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, L"x")));
-            } },
-        { "EnumFontFamiliesW", 1, DWORD(-1), 14,
-            [&] { return DWORD(EnumFontFamiliesW(dc, L"x", Collect, LPARAM(&seen))); } },
-        { "GetTextExtentExPointW", 2, 0, 0,
-            [&] { return DWORD(GetTextExtentExPointW(dc, L"abc", 3, 99, &fit, extents, &size)); } },
-        { "GetTextFaceW", 1, 0, 14, [&] { return DWORD(GetTextFaceW(dc, 32, face)); } },
-    };
-    for (const auto& c : cases) {
-        int runs = SweepAllocationFailures([&](int k) {
-            SetLastError(1234);
-            const DWORD r = c.call(), error = GetLastError();
-            EXPECT_TRUE(HeapAllocCalls() < k || (r == c.failure && error == c.error))
-                << c.name << ", allocation " << k << ": " << r << ", error " << error;
-        });
-        EXPECT_EQ(runs, AnsiPath() ? c.allocations : 0) << c.name;
-    }
-}
-
 } // namespace
 
 namespace

@@ -191,45 +191,4 @@ TEST_F(FilesTest, WhatTheAFunctionsAreTold)
     EXPECT_EQ(fsName, FromAnsi(fsA));
 }
 
-TEST_F(FilesTest, EachAllocationFailureAnswersTheFailureValue)
-{
-    const wchar_t *m = L"missing", *d = dir.c_str(), *root = L"C:\\";
-    wchar_t buf[MAX_PATH], vol[20] = L"", fs[20] = L"", *part;
-    WIN32_FIND_DATAW data;
-    DWORD* n = reinterpret_cast<DWORD*>(&data);
-    const struct { const char* name; int allocations; DWORD failure, error; std::function<DWORD()> call; } cases[] = {
-        {"CreateFileW", 1, 0, 0, [&] { return DWORD(UINT_PTR(CreateFileW(m, 0, 0, nullptr, OPEN_EXISTING, 0, nullptr))); }},
-        {"FindFirstFileW", 1, DWORD(-1), 0, [&] { return DWORD(UINT_PTR(FindFirstFileW(m, &data))); }},
-        {"GetFileAttributesExW", 1, 0, 0, [&] { return DWORD(GetFileAttributesExW(d, GetFileExInfoStandard, n)); }},
-        {"GetFileAttributesW", 1, DWORD(-1), 0, [&] { return GetFileAttributesW(d); }},
-        {"SetFileAttributesW", 1, 0, 0, [&] { return DWORD(SetFileAttributesW(m, 0)); }},
-        {"DeleteFileW", 1, 0, 0, [&] { return DWORD(DeleteFileW(m)); }},
-        {"CopyFileW", 2, 0, 0, [&] { return DWORD(CopyFileW(m, d, TRUE)); }},
-        {"MoveFileExW", 2, 0, 0, [&] { return DWORD(MoveFileExW(m, d, 0)); }},
-        {"CreateDirectoryExW", 2, 0, 0, [&] { return DWORD(CreateDirectoryExW(m, d, nullptr)); }},
-        {"GetFileSecurityW", 1, 0, 0, [&] { return DWORD(GetFileSecurityW(d, OWNER_SECURITY_INFORMATION, nullptr, 0, n)); }},
-        {"SetCurrentDirectoryW", 1, 0, 0, [&] { return DWORD(SetCurrentDirectoryW(L".")); }},
-        {"GetSystemDirectoryW", 1, 0, 0, [&] { return GetSystemDirectoryW(buf, MAX_PATH); }},
-        {"GetWindowsDirectoryW", 1, 0, 0, [&] { return GetWindowsDirectoryW(buf, MAX_PATH); }},
-        {"GetTempPathW", 1, 0, 0, [&] { return GetTempPathW(MAX_PATH, buf); }},
-        {"GetCurrentDirectoryW", 1, 0, 0, [&] { return GetCurrentDirectoryW(MAX_PATH, buf); }},
-        {"GetShortPathNameW", 2, 0, 0, [&] { return GetShortPathNameW(d, buf, MAX_PATH); }},
-        {"GetFullPathNameW", 2, 0, 0, [&] { return GetFullPathNameW(d, MAX_PATH, buf, &part); }},
-        {"SearchPathW", 5, 0, 0, [&] { return SearchPathW(d, L"f", L".txt", MAX_PATH, buf, &part); }},
-        {"GetTempFileNameW", 3, 0, 0, [&] { return GetTempFileNameW(d, L"tw", 1, buf); }},
-        {"GetDriveTypeW", 1, 0, ERROR_OUTOFMEMORY, [&] { return GetDriveTypeW(root); }},
-        {"GetDiskFreeSpaceW", 1, 0, 0, [&] { return DWORD(GetDiskFreeSpaceW(root, n, n + 1, n + 2, n + 3)); }},
-        {"GetVolumeInformationW", 5, 0, 0, [&] { return DWORD(GetVolumeInformationW(root, vol, 20, 0, 0, 0, fs, 20)); }},
-    };
-    for (const auto& c : cases) {
-        int runs = SweepAllocationFailures([&](int k) {
-            SetLastError(1234);
-            const DWORD r = c.call(), error = GetLastError();
-            EXPECT_TRUE(HeapAllocCalls() < k || (r == c.failure && error == c.error))
-                << c.name << ", allocation " << k << ": " << r << ", error " << error;
-        });
-        EXPECT_EQ(runs, AnsiPath() ? c.allocations : 0) << c.name;
-    }
-}
-
 }  // namespace

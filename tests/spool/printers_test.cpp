@@ -363,47 +363,4 @@ TEST_F(SpoolerAnsiTest, DeviceCapabilities)
     EXPECT_EQ(DeviceCapabilitiesW(L"d", L"p", DC_BINNAMES, names, nullptr), 0);
 }
 
-TEST_F(SpoolerAnsiTest, EachAllocationFailureAnswersTheFailureValue)
-{
-    TW_HOOK(get, GetPrinterA, [](HANDLE, DWORD, LPBYTE b, DWORD, LPDWORD n) {
-        memset(b, 0, *n = 16);  // a level-1 record without strings
-        return TRUE;
-    });
-    TW_HOOK(enumerate, EnumPrintersA, [](DWORD, LPSTR, DWORD, LPBYTE, DWORD, LPDWORD n, LPDWORD c) { *n = *c = 0; return TRUE; });
-    TW_HOOK(open, OpenPrinterA, [](LPSTR, LPHANDLE, LPPRINTER_DEFAULTSA) { return TRUE; });
-    TW_HOOK(props, DocumentPropertiesA, [](HWND, HANDLE, LPSTR, PDEVMODEA, PDEVMODEA, DWORD mode) {
-        SetLastError(55);
-        return mode ? IDOK : 200L;
-    });
-    TW_HOOK(caps, DeviceCapabilitiesA, [](LPCSTR, LPCSTR, WORD, LPSTR, const DEVMODEA*) {
-        SetLastError(55);
-        return 1;
-    });
-    BYTE buf[100];
-    DWORD n, c;
-    HANDLE h;
-    DEVMODEW dm[2] = {};
-    wchar_t names[24];
-    PRINTER_DEFAULTSW defaults = {const_cast<LPWSTR>(L"RAW"), nullptr, 0};
-    LPWSTR name = const_cast<LPWSTR>(L"p");
-    // A failure before the first A call leaves error 0; after it, the A call's error.
-    const struct { const char* name; int allocations, afterA; LONG failure; std::function<LONG()> call; } cases[] = {
-        {"OpenPrinterW", 2, 3, 0, [&] { return LONG(OpenPrinterW(name, &h, &defaults)); }},
-        {"GetPrinterW", 1, 2, 0, [&] { return LONG(GetPrinterW(HANDLE(1), 1, buf, 100, &n)); }},
-        {"EnumPrintersW", 2, 3, 0, [&] { return LONG(EnumPrintersW(PRINTER_ENUM_NAME, name, 1, buf, 100, &n, &c)); }},
-        {"DocumentPropertiesW", 3, 2, -1, [&] { return DocumentPropertiesW(nullptr, nullptr, name, dm, dm, DM_OUT_BUFFER | DM_IN_BUFFER); }},
-        {"DeviceCapabilitiesW", 3, 3, 0, [&] { return LONG(DeviceCapabilitiesW(name, name, DC_BINNAMES, names, nullptr)); }},
-    };
-    for (const auto& c : cases) {
-        int runs = SweepAllocationFailures([&](int k) {
-            SetLastError(1234);
-            const LONG r = c.call();
-            const DWORD error = GetLastError();
-            EXPECT_TRUE(HeapAllocCalls() < k || (r == c.failure && error == (k < c.afterA ? 0u : 55u)))
-                << c.name << ", allocation " << k << ": " << r << ", error " << error;
-        });
-        EXPECT_EQ(runs, c.allocations) << c.name;
-    }
-}
-
 }  // namespace

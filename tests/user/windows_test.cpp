@@ -89,46 +89,4 @@ TEST_F(WindowsTest, WindowText)
     EXPECT_EQ(buf[0], L'\0');
 }
 
-TEST_F(WindowsTest, AllocationFailures)
-{
-    if (!harness::AnsiPath())
-        GTEST_SKIP() << "the W path allocates nothing";
-    const std::wstring name = L"Swept " + harness::NonAsciiText();
-    const LPCWSTR s = name.c_str();
-    TestWindow window(s);
-    const HWND w = window.hwnd;
-    WNDCLASSEXW wc = ClassRecord(s, L"Menu");
-    WCHAR buf[64];
-    // The error is 0 for a member that keeps the A call's own.
-    const struct { const char* name; std::function<bool()> call; DWORD error; int allocations; }
-        members[] = {
-        {"RegisterClassExW", [&] { return RegisterClassExW(&wc) != 0; }, 0, 2},
-        {"GetClassNameW", [&] { return GetClassNameW(w, buf, 64) != 0; }, 0, 1},
-        {"GetWindowTextW", [&] { return GetWindowTextW(w, buf, 64) != 0; }, 0, 1},
-        {"SetWindowTextW", [&] { return SetWindowTextW(w, s) != 0; }, 0, 1},
-        {"FindWindowW", [&] { return FindWindowW(TestWindow::className, s) != nullptr; }, 0, 2},
-        {"RegisterClipboardFormatW", [&] { return RegisterClipboardFormatW(s) != 0; }, 0, 1},
-        {"CreateWindowExW", [&] {
-             HWND h = CreateWindowExW(0, TestWindow::className, s, 0, 0, 0, 1, 1, nullptr, nullptr,
-                                      Self(), nullptr);
-             return h && DestroyWindow(h);
-         }, ERROR_OUTOFMEMORY, 2},
-        {"SetPropW", [&] { return SetPropW(w, s, HANDLE(1)) != 0; }, ERROR_OUTOFMEMORY, 1},
-        {"RegisterWindowMessageW", [&] { return RegisterWindowMessageW(s) != 0; },
-         ERROR_OUTOFMEMORY, 1},
-    };
-    for (const auto& m : members) {
-        EXPECT_EQ(harness::SweepAllocationFailures([&](int k) {
-            SetLastError(1234);
-            bool ok = m.call();
-            EXPECT_EQ(ok, harness::HeapAllocCalls() < k) << m.name;
-            if (!ok) {
-                EXPECT_EQ(GetLastError(), m.error) << m.name;
-            }
-        }), m.allocations) << m.name;
-    }
-    UnregisterClassW(s, Self());
-    RemovePropW(w, s);
-}
-
 }  // namespace
