@@ -14,7 +14,7 @@ namespace
 
 using namespace torwen_imports;
 
-// Wide functions real programs import that need no specification of their own:
+// Wide functions real programs import beyond the families above:
 // torwen must export every one of them.
 const char* const beyondTheFamilies[] = {
     // kernel32
