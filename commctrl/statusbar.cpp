@@ -7,22 +7,35 @@ AT_SYSTEM_FUNCTION(comctl32, CreateStatusWindowW, 0)
 namespace
 {
 
-// The comctl32 of Windows 95 exports these two A functions by ordinal only.
-template <typename Fn> Fn ByOrdinal(WORD ordinal)
+// The comctl32 of Windows 95 exports these two A functions by ordinal only. Where
+// the ordinal is missing, the stand-in answers as every function the system lacks.
+template <typename Fn> Fn ByOrdinal(WORD ordinal, Fn missing)
 {
-    return reinterpret_cast<Fn>(
+    auto fn = reinterpret_cast<Fn>(
         AtBindSystemFunction("comctl32.dll", reinterpret_cast<LPCSTR>(UINT_PTR(ordinal))));
+    return fn ? fn : missing;
+}
+
+void WINAPI DrawStatusTextMissing(HDC, LPCRECT, LPCSTR, UINT)
+{
+    SetLastError(ERROR_CALL_NOT_IMPLEMENTED);
+}
+
+HWND WINAPI CreateStatusWindowMissing(LONG, LPCSTR, HWND, UINT)
+{
+    SetLastError(ERROR_CALL_NOT_IMPLEMENTED);
+    return nullptr;
 }
 
 decltype(&DrawStatusTextA) DrawStatusTextByOrdinal()
 {
-    static const auto fn = ByOrdinal<decltype(&DrawStatusTextA)>(5);
+    static const auto fn = ByOrdinal<decltype(&DrawStatusTextA)>(5, DrawStatusTextMissing);
     return fn;
 }
 
 decltype(&CreateStatusWindowA) CreateStatusWindowByOrdinal()
 {
-    static const auto fn = ByOrdinal<decltype(&CreateStatusWindowA)>(6);
+    static const auto fn = ByOrdinal<decltype(&CreateStatusWindowA)>(6, CreateStatusWindowMissing);
     return fn;
 }
 
@@ -31,24 +44,15 @@ decltype(&CreateStatusWindowA) CreateStatusWindowByOrdinal()
 void WINAPI DrawStatusTextW(HDC hdc, LPCRECT rect, LPCWSTR text, UINT flags)
 {
     AtExport(Sys::DrawStatusTextW, hdc, rect, text, flags)
-        .orAnsiWithoutSavedError(AtNoResult {}, [=] {
-            if (auto draw = DrawStatusTextByOrdinal())
-                draw(hdc, rect, AtAnsiTemp(text), flags);
-            else
-                SetLastError(ERROR_CALL_NOT_IMPLEMENTED);
-        });
+        .orAnsiWithoutSavedError(AtNoResult {},
+            [=] { DrawStatusTextByOrdinal()(hdc, rect, AtAnsiTemp(text), flags); });
 }
 
 HWND WINAPI CreateStatusWindowW(LONG style, LPCWSTR text, HWND parent, UINT id)
 {
     return AtExport(Sys::CreateStatusWindowW, style, text, parent, id)
-        .orAnsi(nullptr, [=](AtSavedError& err) -> HWND {
-            auto create = CreateStatusWindowByOrdinal();
-            if (!create) {
-                err.value = ERROR_CALL_NOT_IMPLEMENTED;
-                return nullptr;
-            }
-            return err.keep(create(style, AtAnsiTemp(text), parent, id));
+        .orAnsi(nullptr, [=](AtSavedError& err) {
+            return err.keep(CreateStatusWindowByOrdinal()(style, AtAnsiTemp(text), parent, id));
         });
 }
 
