@@ -61,9 +61,11 @@ HGLOBAL DevModeToAnsi(HGLOBAL wide)
     Locked<DEVMODEW> w(wide);
     if (!w.get())
         return nullptr;
-    HGLOBAL ansi = NewGlobal(w->dmDriverExtra + AtDevModeASize);
+    // The private-byte count is read only from an object that holds the record.
+    const bool whole = w.size() >= AtDevModeWSize && w.size() >= AtDevModeWSize + w->dmDriverExtra;
+    HGLOBAL ansi = NewGlobal((whole ? w->dmDriverExtra : 0) + AtDevModeASize);
     Locked<DEVMODEA> a(ansi);
-    if (w.size() >= AtDevModeWSize + w->dmDriverExtra) {
+    if (whole) {
         AtDevModeWToA(a.get(), w.get());
     } else {
         DEVMODEW head = {};
@@ -117,17 +119,20 @@ HGLOBAL DevNamesToAnsi(HGLOBAL wide)
     Locked<DEVNAMES> w(wide);
     if (!w.get())
         return nullptr;
+    // An object shorter than the header has zeros for the values it lacks.
+    DEVNAMES header = {};
+    memcpy(&header, w.get(), std::min<SIZE_T>(w.size(), DevNamesHeader));
     AtStringSlot driver, device, output;
-    AtWideToAnsiTemp(driver, NameAt<WCHAR>(w, w->wDriverOffset));
-    AtWideToAnsiTemp(device, NameAt<WCHAR>(w, w->wDeviceOffset));
-    AtWideToAnsiTemp(output, NameAt<WCHAR>(w, w->wOutputOffset));
+    AtWideToAnsiTemp(driver, NameAt<WCHAR>(w, header.wDriverOffset));
+    AtWideToAnsiTemp(device, NameAt<WCHAR>(w, header.wDeviceOffset));
+    AtWideToAnsiTemp(output, NameAt<WCHAR>(w, header.wOutputOffset));
     const SIZE_T lengths[] = {strlen(driver) + 1, strlen(device) + 1, strlen(output) + 1};
     HGLOBAL ansi = NewGlobal(DevNamesHeader + lengths[0] + lengths[1] + lengths[2]);
     Locked<DEVNAMES> a(ansi);
     a->wDriverOffset = WORD(DevNamesHeader);
     a->wDeviceOffset = WORD(a->wDriverOffset + lengths[0]);
     a->wOutputOffset = WORD(a->wDeviceOffset + lengths[1]);
-    a->wDefault = w->wDefault;
+    a->wDefault = header.wDefault;
     char* base = reinterpret_cast<char*>(a.get());
     memcpy(base + a->wDriverOffset, driver, lengths[0]);
     memcpy(base + a->wDeviceOffset, device, lengths[1]);

@@ -231,7 +231,9 @@ BOOL WINAPI OpenPrinterW(LPWSTR name, LPHANDLE handle, LPPRINTER_DEFAULTSW defau
             AtWideToAnsiTemp(datatypeA, defaults->pDatatype);
             defaultsA.pDatatype = datatypeA;
             if (defaults->pDevMode) {
-                memcpy(&withoutExtra, defaults->pDevMode, AtDevModeWSize);
+                // A shorter record is read only to its dmSize; what it lacks reads as zero.
+                memset(&withoutExtra, 0, sizeof withoutExtra);
+                memcpy(&withoutExtra, defaults->pDevMode, std::min<DWORD>(defaults->pDevMode->dmSize, AtDevModeWSize));
                 withoutExtra.dmDriverExtra = 0;
                 defaultsA.pDevMode = AtDevModeWToA(&holding, &withoutExtra);
             }

@@ -280,6 +280,51 @@ TEST_F(PrintAnsiTest, TheCallersObjectsGoInAndComeBack)
 
 // The page-setup record goes out at 84 bytes with the caller's device mode; the
 // margins come back.
+// A device-mode object too short to hold its own count of private bytes is read no
+// further than it reaches: whatever lies behind it counts no private bytes.
+TEST_F(PrintAnsiTest, AShortDeviceModeIsReadWithinItsObject)
+{
+    HGLOBAL mode = GlobalAlloc(GMEM_MOVEABLE, 80);
+    memset(GlobalLock(mode), 0xFF, 80);
+    GlobalUnlock(mode);
+    mode = GlobalReAlloc(mode, 64, 0);
+    ASSERT_EQ(GlobalSize(mode), 64u);
+    SIZE_T sizeA = 0;
+    WORD extraA = 1;
+    TW_HOOK(print, PrintDlgA, [&](LPPRINTDLGA a) {
+        sizeA = GlobalSize(a->hDevMode);
+        extraA = static_cast<DEVMODEA*>(GlobalLock(a->hDevMode))->dmDriverExtra;
+        GlobalUnlock(a->hDevMode);
+        return FALSE;
+    });
+    PRINTDLGW pd = Print(0);
+    pd.hDevMode = mode;
+    EXPECT_FALSE(PrintDlgW(&pd));
+    EXPECT_EQ(std::pair(sizeA, extraA), std::pair(SIZE_T(148), WORD(0)));
+    GlobalFree(mode);
+}
+
+// So is a device-names object shorter than its header: the values it lacks are 0.
+TEST_F(PrintAnsiTest, AShortDeviceNamesObjectIsReadWithinItsObject)
+{
+    HGLOBAL names = GlobalAlloc(GMEM_MOVEABLE, 80);
+    memset(GlobalLock(names), 0x11, 80);
+    GlobalUnlock(names);
+    names = GlobalReAlloc(names, 4, 0);
+    ASSERT_EQ(GlobalSize(names), 4u);
+    Names seen;
+    TW_HOOK(print, PrintDlgA, [&](LPPRINTDLGA a) {
+        seen = ReadDevNames(a->hDevNames, false);
+        return FALSE;
+    });
+    PRINTDLGW pd = Print(0);
+    pd.hDevNames = names;
+    EXPECT_FALSE(PrintDlgW(&pd));
+    EXPECT_EQ(seen.names, (std::vector<wstring>{L"", L"", L""}));
+    EXPECT_EQ(seen.isDefault, 0);
+    GlobalFree(names);
+}
+
 TEST_F(PrintAnsiTest, PageSetup)
 {
     PAGESETUPDLGA seen = {};

@@ -82,6 +82,13 @@ LPCWSTR List(Fuzz& f, LPCWSTR first, LPCWSTR second)
     return p;
 }
 
+// A fuzzed text, or now and then the marker of a text that the control asks its
+// parent for: that one travels as it is and is never read.
+LPWSTR TextOrMarker(Fuzz& f)
+{
+    return f.Pick(8) ? const_cast<LPWSTR>(f.Str()) : LPSTR_TEXTCALLBACKW;
+}
+
 // An ANSI copy of a fuzzed string, ending at the page.
 LPSTR AnsiOf(Fuzz& f, LPCWSTR s)
 {
@@ -214,7 +221,7 @@ std::vector<Row> ItemRows()
             -1, Error::AsLeft)
             .Undo([](Result i) { Send(ListView(), LVM_DELETEITEM, i); })
             .Fuzz([](Fuzz& f) {
-                LVITEMW item = ListItem(const_cast<LPWSTR>(f.Str()), 0, 1);
+                LVITEMW item = ListItem(TextOrMarker(f), 0, 1);
                 int i = AtListView_InsertItemW(ListView(), &item);
                 if (i >= 0)
                     Send(ListView(), LVM_DELETEITEM, i);
@@ -238,7 +245,7 @@ std::vector<Row> ItemRows()
             },
             FALSE, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
-                LVITEMW item = ListItem(const_cast<LPWSTR>(f.Str()));
+                LVITEMW item = ListItem(TextOrMarker(f));
                 AtListView_SetItemW(ListView(), &item);
                 RestoreListItem();
             }),
@@ -339,7 +346,7 @@ std::vector<Row> ItemRows()
             .Fuzz([](Fuzz& f) {
                 TVINSERTSTRUCTW ins = {TVI_ROOT, TVI_LAST};
                 ins.item.mask = TVIF_TEXT;
-                ins.item.pszText = const_cast<LPWSTR>(f.Str());
+                ins.item.pszText = TextOrMarker(f);
                 if (HTREEITEM item = AtTreeView_InsertItemW(TreeView().hwnd, &ins))
                     Send(TreeView().hwnd, TVM_DELETEITEM, 0, item);
             }),
@@ -363,7 +370,7 @@ std::vector<Row> ItemRows()
             -1, Error::AsLeft)
             .Ok(TRUE)
             .Fuzz([](Fuzz& f) {
-                TVITEMW item = TreeItem(const_cast<LPWSTR>(f.Str()));
+                TVITEMW item = TreeItem(TextOrMarker(f));
                 AtTreeView_SetItemW(TreeView().hwnd, &item);
                 TVITEMA back = {TVIF_TEXT | TVIF_HANDLE, TreeView().root};
                 back.pszText = const_cast<LPSTR>("sweep");
@@ -404,7 +411,7 @@ std::vector<Row> ItemRows()
             -1, Error::AsLeft)
             .Undo([](Result i) { Send(Header(), HDM_DELETEITEM, i); })
             .Fuzz([](Fuzz& f) {
-                HDITEMW item = HeaderItem(const_cast<LPWSTR>(f.Str()), 0);
+                HDITEMW item = HeaderItem(TextOrMarker(f), 0);
                 int i = AtHeader_InsertItemW(Header(), 1, &item);
                 if (i >= 0)
                     Send(Header(), HDM_DELETEITEM, i);
@@ -416,7 +423,7 @@ std::vector<Row> ItemRows()
             },
             FALSE, Error::AsLeft)
             .Fuzz([](Fuzz& f) {
-                HDITEMW item = HeaderItem(const_cast<LPWSTR>(f.Str()), 0);
+                HDITEMW item = HeaderItem(TextOrMarker(f), 0);
                 AtHeader_SetItemW(Header(), 0, &item);
                 HDITEMA back = {HDI_TEXT, 0, const_cast<LPSTR>("sweep")};
                 Send(Header(), HDM_SETITEMA, 0, &back);
@@ -474,6 +481,13 @@ HWND Toolbar()
         return tb;
     }();
     return h;
+}
+
+void SetButtonText(const char* text)
+{
+    TBBUTTONINFOA info = {sizeof info, TBIF_TEXT};
+    info.pszText = const_cast<LPSTR>(text);
+    Send(Toolbar(), TB_SETBUTTONINFOA, 1, &info);
 }
 
 TBBUTTON Button()
@@ -545,7 +559,7 @@ std::function<void(Fuzz&)> FuzzToolText(Set set)
 {
     return [set](Fuzz& f) {
         AddTool2();
-        set(Tooltip(), ToolRecord(f, 2, const_cast<LPWSTR>(f.Str())));
+        set(Tooltip(), ToolRecord(f, 2, TextOrMarker(f)));
         DeleteTool2();
     };
 }
@@ -585,7 +599,11 @@ std::vector<Row> BarRows()
             [] { return R(LoadImageList(L"TESTBITMAP")); }, 0)
             .Undo(DestroyImageList)
             .Fuzz([](Fuzz& f) {
-                if (HIMAGELIST list = LoadImageList(f.Str()))
+                HIMAGELIST list = f.Pick(2) ? LoadImageList(f.Str())
+                                            : ImageList_LoadImageW(nullptr, f.Path(), 16, 0,
+                                                                   CLR_NONE, IMAGE_BITMAP,
+                                                                   LR_LOADFROMFILE);
+                if (list)
                     DestroyImageList(R(list));
             }),
         Row::Void("DrawStatusTextW",
@@ -654,8 +672,12 @@ std::vector<Row> BarRows()
         Row("ToolBar_AddString",
             [] { return R(ToolBar_AddString(Toolbar(), nullptr, L"one\0two\0")); }, -1,
             Error::AsLeft)
+            // A list of strings, or a string resource's number (1 to 4 exist).
             .Fuzz([](Fuzz& f) {
-                ToolBar_AddString(Toolbar(), nullptr, List(f, f.Str(), L"sweep"));
+                if (f.Pick(4))
+                    ToolBar_AddString(Toolbar(), nullptr, List(f, f.Str(), L"sweep"));
+                else
+                    ToolBar_AddString(Toolbar(), Resources(), MAKEINTRESOURCEW(1 + f.Pick(5)));
             }),
         Row("ToolBar_GetButtonText",
             [] {
@@ -664,13 +686,19 @@ std::vector<Row> BarRows()
             },
             -1, Error::AsLeft)
             .Ok(5)
+            // Button 1 has a fuzzed text while the call runs.
             .Fuzz([](Fuzz& f) {
+                LPCWSTR text = f.Str();
+                std::string a = harness::ToAnsi(std::wstring(text, f.Len(text)));
+                SetButtonText(a.c_str());
+                int length = MultiByteToWideChar(CP_ACP, 0, a.c_str(), -1, nullptr, 0) - 1;
+                int count = f.Count(length);
                 // The NT family's toolbar writes the whole text whatever the count.
-                int count = f.Count(5);
-                WCHAR* buf = f.Out<WCHAR>(harness::AnsiPath() ? count : std::max(count, 6));
-                int n = ToolBar_GetButtonText(Toolbar(), 1, buf, count);
+                int room = harness::AnsiPath() ? count : std::max(count, length + 1);
+                int n = ToolBar_GetButtonText(Toolbar(), 1, f.Out<WCHAR>(room), count);
                 if (harness::AnsiPath())
                     ExpectFits(n, count, f);
+                SetButtonText("sweep");
             }),
         Row::Void("ToolBar_SaveRestore",
                   [] {
@@ -704,7 +732,7 @@ std::vector<Row> BarRows()
             FALSE, Error::AsLeft)
             .Undo([](Result) { DeleteTool2(); })
             .Fuzz([](Fuzz& f) {
-                ToolTips_AddTool(Tooltip(), ToolRecord(f, 2, const_cast<LPWSTR>(f.Str())));
+                ToolTips_AddTool(Tooltip(), ToolRecord(f, 2, TextOrMarker(f)));
                 DeleteTool2();
             }),
         Row::Void("ToolTips_DelTool",
@@ -733,8 +761,17 @@ std::vector<Row> BarRows()
                 return R(ToolTips_GetToolInfo(Tooltip(), &ti));
             },
             FALSE, Error::AsLeft)
+            // On the ANSI path, tool 4 with a fuzzed text too. (Wine's wide tooltip
+            // copies a tool's whole text, whatever the caller's buffer.)
             .Fuzz([](Fuzz& f) {
                 ToolTips_GetToolInfo(Tooltip(), ToolRecord(f, 1, TipBuffer(&f)));
+                if (!harness::AnsiPath())
+                    return;
+                std::string text = harness::ToAnsi(f.Str());
+                TTTOOLINFOA ti = {44, 0, Window(), 4, {}, nullptr, text.data()};
+                Send(Tooltip(), TTM_ADDTOOLA, 0, &ti);
+                ToolTips_GetToolInfo(Tooltip(), ToolRecord(f, 4, TipBuffer(&f)));
+                Send(Tooltip(), TTM_DELTOOLA, 0, &ti);
             }),
         Row::Void("ToolTips_SetToolInfo",
                   [] {
@@ -1009,6 +1046,9 @@ OPENFILENAMEW FuzzedFileDialog(Fuzz& f)
     ofn.hwndOwner = Window();
     ofn.hInstance = Instance();
     ofn.lpstrFilter = List(f, f.Str(), L"*.*");
+    LPCWSTR custom = f.Str();
+    ofn.nMaxCustFilter = f.Count(40);
+    ofn.lpstrCustomFilter = Buffer(f, custom, int(ofn.nMaxCustFilter));
     LPCWSTR name = f.Str();
     ofn.nMaxFile = f.Count(f.Len(name) + 1);
     ofn.lpstrFile = Buffer(f, name, int(ofn.nMaxFile));
@@ -1200,36 +1240,55 @@ CHOOSECOLORW ColourDialog()
 HGLOBAL Global(const void* data, size_t size)
 {
     HGLOBAL h = GlobalAlloc(GMEM_MOVEABLE, size);
-    memcpy(GlobalLock(h), data, size);
-    GlobalUnlock(h);
+    if (void* p = GlobalLock(h)) {
+        memcpy(p, data, size);
+        GlobalUnlock(h);
+    }
     return h;
 }
 
-HGLOBAL DeviceMode()
+// Fuzzed, the objects are cut short or longer than their contents, and their
+// counts and offsets lie. (Never empty: a dialog without an object looks for the
+// default printer.)
+SIZE_T ObjectSize(Fuzz* f, SIZE_T whole)
 {
-    DEVMODEW mode = {};
-    wcscpy(mode.dmDeviceName, L"sweep");
-    mode.dmSize = sizeof mode;
-    mode.dmFields = DM_ORIENTATION;
-    mode.dmOrientation = DMORIENT_PORTRAIT;
-    return Global(&mode, sizeof mode);
+    return f ? std::clamp<SIZE_T>(f->Count(int(whole)), 1, whole) : whole;
 }
 
-HGLOBAL DeviceNames()
+HGLOBAL DeviceMode(Fuzz* f)
+{
+    struct {
+        DEVMODEW mode;
+        BYTE extra[64];
+    } whole = {};
+    wcscpy(whole.mode.dmDeviceName, L"sweep");
+    whole.mode.dmSize = sizeof whole.mode;
+    whole.mode.dmFields = DM_ORIENTATION;
+    whole.mode.dmOrientation = DMORIENT_PORTRAIT;
+    if (f) {
+        whole.mode.dmDriverExtra = WORD(f->Pick(2) ? f->Count(64) : f->Pick(0x10000));
+        whole.mode.dmSize = WORD(f->Count(sizeof whole.mode));
+    }
+    return Global(&whole, ObjectSize(f, f ? sizeof whole : sizeof whole.mode));
+}
+
+HGLOBAL DeviceNames(Fuzz* f)
 {
     static const WCHAR names[] = L"\0\0\0\0winspool\0sweep\0LPT1:\0";
     WCHAR copy[ARRAYSIZE(names)];
     memcpy(copy, names, sizeof names);
     auto* header = reinterpret_cast<DEVNAMES*>(copy);
     *header = {4, 13, 19, 0};
-    return Global(copy, sizeof copy);
+    if (f)
+        *header = {WORD(f->Pick(40)), WORD(f->Pick(40)), WORD(f->Pick(0x10000)), 1};
+    return Global(copy, ObjectSize(f, sizeof copy));
 }
 
 template <typename Record>
-BOOL WithDeviceObjects(Record& record, BOOL(WINAPI* dialog)(Record*))
+BOOL WithDeviceObjects(Record& record, BOOL(WINAPI* dialog)(Record*), Fuzz* f)
 {
-    record.hDevMode = DeviceMode();
-    record.hDevNames = DeviceNames();
+    record.hDevMode = DeviceMode(f);
+    record.hDevNames = DeviceNames(f);
     BOOL r = dialog(&record);
     DWORD error = GetLastError();
     GlobalFree(record.hDevMode);
@@ -1238,7 +1297,7 @@ BOOL WithDeviceObjects(Record& record, BOOL(WINAPI* dialog)(Record*))
     return r;
 }
 
-BOOL PrintDialog(LPCWSTR templateName)
+BOOL PrintDialog(LPCWSTR templateName, Fuzz* f = nullptr)
 {
     PRINTDLGW pd = {};
     pd.lStructSize = sizeof pd;
@@ -1246,10 +1305,10 @@ BOOL PrintDialog(LPCWSTR templateName)
     pd.Flags = PD_ENABLEPRINTTEMPLATE;
     pd.hInstance = Instance();
     pd.lpPrintTemplateName = templateName;
-    return WithDeviceObjects(pd, PrintDlgW);
+    return WithDeviceObjects(pd, PrintDlgW, f);
 }
 
-BOOL PageSetupDialog(LPCWSTR templateName)
+BOOL PageSetupDialog(LPCWSTR templateName, Fuzz* f = nullptr)
 {
     PAGESETUPDLGW psd = {};
     psd.lStructSize = sizeof psd;
@@ -1257,7 +1316,7 @@ BOOL PageSetupDialog(LPCWSTR templateName)
     psd.Flags = PSD_ENABLEPAGESETUPTEMPLATE;
     psd.hInstance = Instance();
     psd.lpPageSetupTemplateName = templateName;
-    return WithDeviceObjects(psd, PageSetupDlgW);
+    return WithDeviceObjects(psd, PageSetupDlgW, f);
 }
 
 std::vector<Row> DialogRows()
@@ -1325,10 +1384,10 @@ std::vector<Row> DialogRows()
             }),
         Row("PrintDlgW", [] { return R(PrintDialog(L"sweep")); }, FALSE, Error::AsLeft)
             .Ok(FALSE)
-            .Fuzz([](Fuzz& f) { PrintDialog(f.Str()); }),
+            .Fuzz([](Fuzz& f) { PrintDialog(f.Str(), &f); }),
         Row("PageSetupDlgW", [] { return R(PageSetupDialog(L"sweep")); }, FALSE, Error::AsLeft)
             .Ok(FALSE)
-            .Fuzz([](Fuzz& f) { PageSetupDialog(f.Str()); }),
+            .Fuzz([](Fuzz& f) { PageSetupDialog(f.Str(), &f); }),
         FindRow("FindTextW", FindTextW, false),
         FindRow("ReplaceTextW", ReplaceTextW, true),
     };

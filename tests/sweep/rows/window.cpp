@@ -34,6 +34,16 @@ LPCWSTR AtomW(Result atom)
     return reinterpret_cast<LPCWSTR>(atom & 0xFFFF);
 }
 
+// A fuzzed class name as Wine can take it. Wine's class functions corrupt its heap
+// on a name longer than an atom's 255 characters (the W path passes it on), and
+// UnregisterClass of an empty name, after a refused registration of one, frees a
+// block twice; Windows refuses both names.
+LPCWSTR ClassName(LPCWSTR name)
+{
+    std::size_t length = std::wcslen(name);
+    return length == 0 || (!harness::AnsiPath() && length > 255) ? L"sweep" : name;
+}
+
 // A class record of ours for RegisterClassExW.
 WNDCLASSEXW ClassRecord()
 {
@@ -765,11 +775,7 @@ std::vector<Row> WindowRows()
             .Undo([](Result atom) { UnregisterClassA(Atom(atom), Instance()); })
             .Fuzz([](Fuzz& f) {
                 WNDCLASSEXW wc = ClassRecord();
-                wc.lpszClassName = f.Str();
-                // Wine's own RegisterClassExW corrupts its heap for a class name of
-                // more than 32767 characters; Windows refuses such a name.
-                if (!harness::AnsiPath() && f.Len(wc.lpszClassName) > 32767)
-                    wc.lpszClassName = L"sweep";
+                wc.lpszClassName = ClassName(f.Str());
                 wc.lpszMenuName = f.Str(Fuzz::NullOk);
                 if (ATOM atom = RegisterClassExW(&wc))
                     UnregisterClassA(Atom(atom), Instance());
@@ -785,7 +791,7 @@ std::vector<Row> WindowRows()
             .Fuzz([](Fuzz& f) {
                 auto* wc = f.Out<WNDCLASSEXW>(1);
                 wc->cbSize = f.Pick(4) ? sizeof *wc : sizeof(WNDCLASSW);
-                GetClassInfoExW(Instance(), f.Str(), wc);
+                GetClassInfoExW(Instance(), ClassName(f.Str()), wc);
             }),
         Row(
             "UnregisterClassW",
@@ -798,7 +804,7 @@ std::vector<Row> WindowRows()
                 return R(UnregisterClassW(L"torwen sweep unregistered", Instance()));
             },
             FALSE)
-            .Fuzz([](Fuzz& f) { UnregisterClassW(f.Str(), Instance()); }),
+            .Fuzz([](Fuzz& f) { UnregisterClassW(ClassName(f.Str()), Instance()); }),
         Row(
             "GetClassLongW", [] { return R(GetClassLongW(F().own, GCL_STYLE)); }, 0),
         Row(
