@@ -1153,7 +1153,12 @@ std::vector<Row> ServiceRows()
                 info.lpstrReturn = f.Out<WCHAR>(info.dwRetSize);
                 info.dwNumber = 1;
                 info.wDeviceType = MCI_ALL_DEVICE_ID;
-                mciSendCommandW(MCI_ALL_DEVICE_ID, MCI_SYSINFO, MCI_SYSINFO_NAME, DWORD_PTR(&info));
+                // A name, or a count that comes back as a number in the text's place.
+                const DWORD what = f.Pick(2) ? MCI_SYSINFO_NAME : MCI_SYSINFO_QUANTITY;
+                if (!mciSendCommandW(MCI_ALL_DEVICE_ID, MCI_SYSINFO, what, DWORD_PTR(&info)) &&
+                    what == MCI_SYSINFO_NAME && info.dwRetSize) {
+                    EXPECT_TRUE(Terminated(info.lpstrReturn, info.dwRetSize));
+                }
             }),
         Row("mciGetDeviceIDW", [] { return R(mciGetDeviceIDW(L"all")); }, 0, Error::AsLeft)
             .Fuzz([](Fuzz& f) { mciGetDeviceIDW(f.Str()); }),
