@@ -80,6 +80,12 @@ struct Row {
     // Answers without the system's function (an emulation of its own, a helper that
     // calls no system function): the missing-function sweep expects a valid answer.
     Row& WorksWhenMissing() { selfContained = true; return *this; }
+    // Converts on every platform (the system has no W function to pass to, or the
+    // W function's record is converted all the same): it allocates on the W path too.
+    Row& ConvertsOnWPath() { convertsOnWPath = true; return *this; }
+    // A failed allocation ends the caller's process, as the export's callers are
+    // told: the allocation sweep runs its valid call with nothing failing.
+    Row& AllocationFailureEndsProcess() { failureEndsProcess = true; return *this; }
 
     std::string name;  // the export as programs name it: "CreateFileW"
     std::function<Result()> call;
@@ -92,6 +98,8 @@ struct Row {
     std::optional<Result> missing;
     bool isVoid = false;
     bool selfContained = false;
+    bool convertsOnWPath = false;
+    bool failureEndsProcess = false;
 
     bool Succeeded(Result r) const { return ok ? ok(r) : (!failure || r != *failure); }
 };

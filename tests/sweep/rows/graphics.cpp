@@ -197,16 +197,6 @@ int CALLBACK PickFolder(HWND hwnd, UINT message, LPARAM, LPARAM)
     return 0;
 }
 
-// ShellExecuteExW, SHBrowseForFolderW, SHGetPathFromIDListW and the colour-profile
-// adapter convert on every platform, so they allocate on the W path too, where the allocation sweep
-// expects no allocation at all: that check is kept off them there.
-template <typename T> T ConvertsOnEveryPath(T r)
-{
-    if (!harness::AnsiPath())
-        harness::FailHeapAllocAt(0);
-    return r;
-}
-
 // ---- fuzzed arguments
 
 // A copy of `s` with `nuls` terminating NULs, ending at a no-access page.
@@ -575,20 +565,16 @@ std::vector<Row> GraphicsRows()
             },
             FALSE)
             .Fuzz([](F& f) { GetTextMetricsW(Screen(), f.Out<TEXTMETRICW>(1)); }),
-        // A failed allocation is not caught here: it ends the caller's process (its own
-        // test shows that), so the allocation sweep is kept off this call.
         Row(
             "PolyTextOutW",
             [] {
                 const std::wstring text = L"sweep " + NonAsciiText();
                 POLYTEXTW texts[2] = { { 0, 0, UINT(text.size()), text.c_str(), 0, {}, nullptr },
                     { 0, 20, 5, L"again", 0, {}, nullptr } };
-                harness::FailHeapAllocAt(0);
-                BOOL r = PolyTextOutW(Screen(), texts, 2);
-                harness::FailHeapAllocAt(0);
-                return R(r);
+                return R(PolyTextOutW(Screen(), texts, 2));
             },
             FALSE, Error::AsLeft)
+            .AllocationFailureEndsProcess()
             .Fuzz([](F& f) {
                 POLYTEXTW texts[2] = {};
                 for (POLYTEXTW& t : texts) {
@@ -763,10 +749,11 @@ std::vector<Row> GraphicsRows()
                 std::string name = A(PathIn(L"sweep " + NonAsciiText() + L".icm"));
                 int counted = 0;
                 Context<ICMENUMPROCW> context { CountProfile, LPARAM(&counted) };
-                int r = ConvertsOnEveryPath(AtICMEnumFuncFromAToW(name.data(), LPARAM(&context)));
+                int r = AtICMEnumFuncFromAToW(name.data(), LPARAM(&context));
                 return R(counted == 1 ? r : 0);
             },
             0, Error::AsLeft)
+            .ConvertsOnWPath()
             .WorksWhenMissing()
             .Fuzz([](F& f) {
                 std::string name = A(Text(f.Str()));
@@ -840,9 +827,10 @@ std::vector<Row> GraphicsRows()
                 BOOL r = ShellExecuteExW(&info);
                 if (info.hProcess)
                     CloseHandle(info.hProcess);
-                return R(ConvertsOnEveryPath(r));
+                return R(r);
             },
             FALSE, Error::AsLeft)
+            .ConvertsOnWPath()
             .Fuzz([](F& f) {
                 SHELLEXECUTEINFOW info = {};
                 info.cbSize = sizeof info;
@@ -866,9 +854,10 @@ std::vector<Row> GraphicsRows()
                 info.lpszTitle = title.c_str();
                 info.ulFlags = BIF_RETURNONLYFSDIRS;
                 info.lpfn = PickFolder;
-                return R(ConvertsOnEveryPath(SHBrowseForFolderW(&info)));
+                return R(SHBrowseForFolderW(&info));
             },
             0, Error::AsLeft)
+            .ConvertsOnWPath()
             .Undo([](Result list) { CoTaskMemFree(reinterpret_cast<void*>(list)); })
             .Fuzz([](F& f) {
                 // A dialog that fails to open leaves Wine's browser reading a display name
@@ -887,9 +876,10 @@ std::vector<Row> GraphicsRows()
             "SHGetPathFromIDListW",
             [] {
                 WCHAR path[MAX_PATH];
-                return R(ConvertsOnEveryPath(SHGetPathFromIDListW(FolderList(), path)));
+                return R(SHGetPathFromIDListW(FolderList(), path));
             },
             FALSE, Error::AsLeft)
+            .ConvertsOnWPath()
             .Fuzz([](F& f) {
                 static PIDLIST_ABSOLUTE desktop = [] {
                     PIDLIST_ABSOLUTE l = nullptr;

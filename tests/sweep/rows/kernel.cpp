@@ -204,16 +204,6 @@ void WalkWith(Fuzz& f, BOOL(WINAPI* walk)(HANDLE, LPPROCESSENTRY32W))
     walk(snapshot, Entry(f));
 }
 
-// Every platform converts the name: on the NT family the valid call names an
-// ordinal of kernel32, which allocates nothing.
-Result ProcAddress()
-{
-    HMODULE kernel = GetModuleHandleA("kernel32.dll");
-    if (!harness::AnsiPath())
-        return R(GetProcAddressW(kernel, MAKEINTRESOURCEW(1)));
-    return R(GetProcAddressW(kernel, L"GetTickCount"));
-}
-
 // A row whose ANSI path calls kernel32 alone.
 Row KernelRow(const char* name, std::function<Result()> call, Result failure)
 {
@@ -813,7 +803,9 @@ std::vector<Row> KernelRows()
                     CloseHandle(info.hProcess);
                 }
             }),
-        KernelRow("GetProcAddressW", ProcAddress, 0)
+        KernelRow("GetProcAddressW",
+                  [] { return R(GetProcAddressW(GetModuleHandleA("kernel32.dll"), L"GetTickCount")); }, 0)
+            .ConvertsOnWPath()
             .WorksWhenMissing()
             .Fuzz([](Fuzz& f) { GetProcAddressW(GetModuleHandleA("kernel32.dll"), f.Str()); }),
         KernelRow("LoadLibraryExW", [] { return R(LoadLibraryExW(L"kernel32.dll", nullptr, 0)); }, 0)
