@@ -21,6 +21,8 @@
 
 #include "harness/harness.h"
 
+#include <algorithm>
+#include <cstring>
 #include <functional>
 #include <optional>
 #include <random>
@@ -63,6 +65,12 @@ struct Row {
         : name(std::move(name)), call(std::move(call)), failure(failure), error(error)
     {
     }
+    // The same, its valid call given by Call(): Row("GetTextFaceW", 0).Call([] { ... }).
+    Row(std::string name, std::optional<Result> failure, Error error = Error::Saved)
+        : Row(std::move(name), nullptr, failure, error)
+    {
+    }
+    Row& Call(std::function<Result()> f) { call = std::move(f); return *this; }
     // An export without a result (GetStartupInfoW).
     static Row Void(std::string name, std::function<void()> call, Error error = Error::Saved);
 
@@ -131,6 +139,15 @@ HWND Window();        // a hidden top-level window of an ANSI class
 HINSTANCE Instance();  // the test program
 HKEY Key();           // HKCU\Software\torwen-sweep, with a string value "value" = "sweep"
 
+// Zeroed room for what a valid call writes (the rows make one call at a time).
+template <typename T = WCHAR>
+T* Room()
+{
+    alignas(8) static BYTE room[8192];
+    memset(room, 0, sizeof room);
+    return reinterpret_cast<T*>(room);
+}
+
 // ---- bad and random input
 
 // Hands a fuzz function its arguments. In the fixed pass each draw walks the kinds
@@ -151,6 +168,19 @@ public:
     LPCWSTR Str(Nulls nulls = NoNull);
     // Its length in characters (without the terminator).
     int Len(LPCWSTR s) const { return s ? lstrlenW(s) : 0; }
+    // A string drawn as Str() draws it, as text (empty for null).
+    std::wstring Text(Nulls nulls = NoNull)
+    {
+        LPCWSTR s = Str(nulls);
+        return s ? s : L"";
+    }
+    // A copy of `s` and `nuls` terminating NULs that ends at a no-access page.
+    LPWSTR Copy(const std::wstring& s, int nuls = 1)
+    {
+        WCHAR* p = Out<WCHAR>(int(s.size()) + nuls);
+        std::fill(std::copy(s.begin(), s.end(), p), p + s.size() + nuls, L'\0');
+        return p;
+    }
     // A path in the sweep's folder whose name is a fuzzed string (never null).
     LPCWSTR Path();
     // A count for a buffer that must hold `length` characters: 0, 1, `length`,

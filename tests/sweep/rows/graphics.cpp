@@ -9,7 +9,6 @@
 #include <winnetwk.h>
 #include <winspool.h>
 
-#include <algorithm>
 #include <cstring>
 
 namespace sweep
@@ -19,11 +18,21 @@ namespace
 {
 
 using harness::NonAsciiText;
-using harness::ToAnsi;
 
 std::string A(const std::wstring& s)
 {
-    return ToAnsi(s);
+    return harness::ToAnsi(s);
+}
+
+// "sweep " and the code page's text beyond ASCII.
+std::wstring Sweep()
+{
+    return L"sweep " + NonAsciiText();
+}
+
+bool Any(Result)
+{
+    return true;
 }
 
 // ---- what the rows share
@@ -74,16 +83,16 @@ std::wstring FontFile()
 // The description: an application's name and a title, each with text beyond ASCII.
 const std::wstring& Description()
 {
-    static const std::wstring text = L"sweep " + NonAsciiText() + std::wstring(1, L'\0') + L"title "
-        + NonAsciiText() + std::wstring(2, L'\0');
+    static const std::wstring text
+        = Sweep() + std::wstring(1, L'\0') + L"title " + NonAsciiText() + std::wstring(2, L'\0');
     return text;
 }
 
+// The metafiles, each also in a file of the sweep's folder.
 HENHMETAFILE Emf()
 {
     static HENHMETAFILE emf = [] {
-        std::string description = A(Description());
-        HDC dc = CreateEnhMetaFileA(nullptr, nullptr, nullptr, description.c_str());
+        HDC dc = CreateEnhMetaFileA(nullptr, nullptr, nullptr, A(Description()).c_str());
         Rectangle(dc, 0, 0, 10, 10);
         return CloseEnhMetaFile(dc);
     }();
@@ -199,33 +208,20 @@ int CALLBACK PickFolder(HWND hwnd, UINT message, LPARAM, LPARAM)
 
 // ---- fuzzed arguments
 
-// A copy of `s` with `nuls` terminating NULs, ending at a no-access page.
-LPWSTR Guarded(Fuzz& f, const std::wstring& s, int nuls = 1)
-{
-    WCHAR* p = f.Out<WCHAR>(int(s.size()) + nuls);
-    std::copy(s.begin(), s.end(), p);
-    std::fill(p + s.size(), p + s.size() + nuls, L'\0');
-    return p;
-}
-
-std::wstring Text(LPCWSTR s)
-{
-    return s ? std::wstring(s, lstrlenW(s)) : std::wstring();
-}
-
 // A name in the sweep's folder that no file has and no program opens.
 LPCWSTR Absent(Fuzz& f)
 {
-    return Guarded(f, PathIn(L"absent-") + Text(f.Str()).substr(0, 200) + L".sweep");
+    return f.Copy(PathIn(L"absent-") + f.Text().substr(0, 200) + L".sweep");
 }
 
 // Wine copies a driver's or device's name, and the shell a file's, into a buffer of
 // its own of fixed size (a name of 70,000 characters overruns its stack): these
 // names are kept short. (Its display driver, given a device name and a device mode,
 // now and then fails an assertion of its own: the display gets no device name.)
-LPCWSTR Short(Fuzz& f, LPCWSTR s)
+LPCWSTR Short(Fuzz& f, Fuzz::Nulls nulls = Fuzz::NoNull)
 {
-    return s ? Guarded(f, Text(s).substr(0, 200)) : nullptr;
+    LPCWSTR s = f.Str(nulls);
+    return s ? f.Copy(std::wstring(s).substr(0, 200)) : nullptr;
 }
 
 // A fixed-size character field filled with fuzzed text, terminated or not. Wine's
@@ -233,7 +229,7 @@ LPCWSTR Short(Fuzz& f, LPCWSTR s)
 // the field is always terminated.
 template <std::size_t N> void Field(Fuzz& f, WCHAR (&field)[N])
 {
-    std::wstring s = Text(f.Str());
+    std::wstring s = f.Text();
     std::size_t n = std::min(s.size(), harness::AnsiPath() ? N : N - 1);
     std::copy(s.begin(), s.begin() + n, field);
     if (n < N && (f.Pick(2) || !harness::AnsiPath()))
@@ -244,7 +240,7 @@ template <std::size_t N> void Field(Fuzz& f, WCHAR (&field)[N])
 
 template <std::size_t N> void Field(Fuzz& f, char (&field)[N])
 {
-    std::string s = A(Text(f.Str()));
+    std::string s = A(f.Text());
     std::size_t n = std::min(s.size(), N);
     std::copy(s.begin(), s.begin() + n, field);
     if (n < N && f.Pick(2))
@@ -310,24 +306,53 @@ template <typename Callback> struct Context {
 
 // The character-range queries, on a range that the caller's buffer of `last - first + 1`
 // entries holds: ASCII, text beyond ASCII, characters the code page lacks, the euro.
-template <typename T, typename Query> void FuzzRange(Fuzz& f, Query query)
-{
-    static const UINT starts[] = { L'a', 0x7E, 0xE9, 0xFF, 0x20AC, 0x4E00, 0x3042, 0xFF61 };
-    UINT first = starts[f.Pick(8)] + UINT(f.Pick(3));
-    UINT last = first + UINT(f.Pick(4));
-    query(Screen(), first, last, f.Out<T>(int(last - first + 1)));
-}
-
 template <typename T> Row Range(const char* name, BOOL(WINAPI* query)(HDC, UINT, UINT, T*))
 {
-    return Row(
-        name,
-        [query] {
-            static T widths[26];
-            return R(query(Screen(), L'a', L'z', widths));
-        },
-        FALSE, Error::AsLeft)
-        .Fuzz([query](Fuzz& f) { FuzzRange<T>(f, query); });
+    return Row(name, FALSE, Error::AsLeft)
+        .Call([query] { return R(query(Screen(), L'a', L'z', Room<T>())); })
+        .Fuzz([query](Fuzz& f) {
+            static const UINT starts[] = { L'a', 0x7E, 0xE9, 0xFF, 0x20AC, 0x4E00, 0x3042, 0xFF61 };
+            UINT first = starts[f.Pick(8)] + UINT(f.Pick(3));
+            UINT last = first + UINT(f.Pick(4));
+            query(Screen(), first, last, f.Out<T>(int(last - first + 1)));
+        });
+}
+
+// The display and information contexts: the display's, or a fuzzed driver's and
+// device's with a fuzzed device mode.
+Row DisplayContext(const char* name,
+    HDC(WINAPI* create)(LPCWSTR, LPCWSTR, LPCWSTR, const DEVMODEW*), LPCWSTR output,
+    bool fuzzOutput)
+{
+    return Row(name, 0, Error::AsLeft)
+        .Call([=] { return R(create(L"DISPLAY", nullptr, output, nullptr)); })
+        .Undo([](Result dc) { DeleteDC(HDC(dc)); })
+        .Fuzz([=](Fuzz& f) {
+            const bool display = f.Pick(2);
+            LPCWSTR driver = display ? L"DISPLAY" : Short(f);
+            LPCWSTR device = display ? nullptr : Short(f, Fuzz::NullOk);
+            LPCWSTR out = fuzzOutput ? f.Str(Fuzz::NullOk) : nullptr;
+            if (HDC dc = create(driver, device, out, FuzzedDevMode(f)))
+                DeleteDC(dc);
+        });
+}
+
+// The metafile copiers: into a file, or (one call in four) into memory.
+template <typename H>
+Row CopyMeta(const char* name, H(WINAPI* copy)(H, LPCWSTR), H (*source)(), BOOL(WINAPI* drop)(H),
+    const wchar_t* file)
+{
+    return Row(name, 0)
+        .Call([=] { return R(copy(source(), PathIn(file).c_str())); })
+        .Undo([=](Result copied) { drop(H(copied)); })
+        .Fuzz([=](Fuzz& f) {
+            LPCWSTR path = f.Pick(4) ? f.Path() : nullptr;
+            if (H copied = copy(source(), path)) {
+                drop(copied);
+                if (path)
+                    DeleteFileA(A(path).c_str());
+            }
+        });
 }
 
 // ---- the OLE dialogs' records
@@ -350,14 +375,15 @@ template <typename T> T Record()
     return r;
 }
 
-// ---- the printer
-
 // Wine offers no printer: the spooler answers without one, and the calls that need
 // one answer as it does.
-std::wstring PrinterName()
+LPWSTR PrinterName()
 {
-    return L"torwen sweep printer";
+    static WCHAR name[] = L"torwen sweep printer";
+    return name;
 }
+
+const DWORD PrinterLevels[] = { 1, 2, 4, 5 };
 
 } // namespace
 
@@ -366,9 +392,8 @@ std::vector<Row> GraphicsRows()
     using F = Fuzz;
     return {
         // ---- fonts and text
-        Row(
-            "AddFontResourceW", [] { return R(AddFontResourceW(FontFile().c_str())); }, 0,
-            Error::OutOfMemory)
+        Row("AddFontResourceW", 0, Error::OutOfMemory)
+            .Call([] { return R(AddFontResourceW(FontFile().c_str())); })
             .Undo([](Result) { RemoveFontResourceA(A(FontFile()).c_str()); })
             .Fuzz([](F& f) {
                 LPCWSTR file = f.Path();
@@ -376,85 +401,70 @@ std::vector<Row> GraphicsRows()
                     RemoveFontResourceA(A(file).c_str());
             }),
         // Wine keeps a font added by file name: its removal answers FALSE.
-        Row(
-            "RemoveFontResourceW", [] { return R(RemoveFontResourceW(FontFile().c_str())); }, FALSE,
-            Error::OutOfMemory)
-            .Ok([](Result) { return true; })
+        Row("RemoveFontResourceW", FALSE, Error::OutOfMemory)
+            .Call([] { return R(RemoveFontResourceW(FontFile().c_str())); })
+            .Ok(Any)
             .Fuzz([](F& f) { RemoveFontResourceW(f.Path()); }),
-        Row(
-            "CreateScalableFontResource",
-            [] {
+        Row("CreateScalableFontResource", FALSE, Error::OutOfMemory)
+            .Call([] {
                 DeleteFileA(A(PathIn(L"sweep.fot")).c_str());
                 return R(CreateScalableFontResource(
                     0, PathIn(L"sweep.fot").c_str(), FontFile().c_str(), nullptr));
-            },
-            FALSE, Error::OutOfMemory)
+            })
             .Undo([](Result) { DeleteFileA(A(PathIn(L"sweep.fot")).c_str()); })
             .Fuzz([](F& f) {
                 LPCWSTR resource = f.Path();
                 if (CreateScalableFontResource(0, resource, FontFile().c_str(), f.Str(F::NullOk)))
                     DeleteFileA(A(resource).c_str());
             }),
-        Row(
-            "CreateFontW",
-            [] {
+        Row("CreateFontW", 0, Error::OutOfMemory)
+            .Call([] {
                 return R(CreateFontW(
                     16, 0, 0, 0, FW_BOLD, 0, 0, 0, DEFAULT_CHARSET, 0, 0, 0, 0, L"Tahoma"));
-            },
-            0, Error::OutOfMemory)
+            })
             .Undo([](Result font) { DeleteObject(HGDIOBJ(font)); })
             .Fuzz([](F& f) {
                 DeleteObject(CreateFontW(
                     16, 0, 0, 0, 0, 0, 0, 0, DEFAULT_CHARSET, 0, 0, 0, 0, f.Str(F::NullOk)));
             }),
-        Row(
-            "CreateFontIndirectW",
-            [] {
-                LOGFONTW font = {};
-                font.lfHeight = 16;
-                lstrcpynW(font.lfFaceName, (L"Tahoma " + NonAsciiText()).c_str(), LF_FACESIZE);
-                return R(CreateFontIndirectW(&font));
-            },
-            0, Error::AsLeft)
+        Row("CreateFontIndirectW", 0, Error::AsLeft)
+            .Call([] {
+                auto* font = Room<LOGFONTW>();
+                font->lfHeight = 16;
+                lstrcpynW(font->lfFaceName, (L"Tahoma " + NonAsciiText()).c_str(), LF_FACESIZE);
+                return R(CreateFontIndirectW(font));
+            })
             .Undo([](Result font) { DeleteObject(HGDIOBJ(font)); })
             .Fuzz([](F& f) { DeleteObject(CreateFontIndirectW(FuzzedLogFont(f))); }),
-        Row(
-            "EnumFontFamiliesW",
-            [] {
+        Row("EnumFontFamiliesW", -1, Error::AsLeft)
+            .Call([] {
                 int counted = 0;
                 int r = EnumFontFamiliesW(Screen(), nullptr, CountFont, LPARAM(&counted));
                 return R(counted ? r : -1);
-            },
-            -1, Error::AsLeft)
+            })
             .Fuzz([](F& f) { EnumFontFamiliesW(Screen(), f.Str(F::NullOk), FirstFont, 0); }),
-        Row(
-            "EnumFontFamiliesExW",
-            [] {
-                LOGFONTW filter = {};
-                filter.lfCharSet = DEFAULT_CHARSET;
+        Row("EnumFontFamiliesExW", 0, Error::AsLeft)
+            .Call([] {
+                auto* filter = Room<LOGFONTW>();
+                filter->lfCharSet = DEFAULT_CHARSET;
                 int counted = 0;
-                int r = EnumFontFamiliesExW(Screen(), &filter, CountFont, LPARAM(&counted), 0);
+                int r = EnumFontFamiliesExW(Screen(), filter, CountFont, LPARAM(&counted), 0);
                 return R(counted ? r : 0);
-            },
-            0, Error::AsLeft)
+            })
             .Fuzz([](F& f) { EnumFontFamiliesExW(Screen(), FuzzedLogFont(f), FirstFont, 0, 0); }),
         // The adapter calls no system function: it converts the records the system
         // would hand it and calls the wide callback of its context.
-        Row(
-            "AtEnumFontProcFromAToW",
-            [] {
-                ENUMLOGFONTEXA font = {};
-                NEWTEXTMETRICEXA metrics = {};
-                strcpy(reinterpret_cast<char*>(font.elfFullName),
-                    A(L"sweep " + NonAsciiText()).c_str());
+        Row("AtEnumFontProcFromAToW", std::nullopt, Error::AsLeft)
+            .Call([] {
+                auto* font = Room<ENUMLOGFONTEXA>();
+                strcpy(reinterpret_cast<char*>(font->elfFullName), A(Sweep()).c_str());
                 int counted = 0;
                 Context<FONTENUMPROCW> context { CountFont, LPARAM(&counted) };
-                int r = AtEnumFontProcFromAToW(&font.elfLogFont,
-                    reinterpret_cast<const TEXTMETRICA*>(&metrics), TRUETYPE_FONTTYPE,
-                    LPARAM(&context));
+                int r = AtEnumFontProcFromAToW(&font->elfLogFont,
+                    reinterpret_cast<const TEXTMETRICA*>(Room<NEWTEXTMETRICEXA>()),
+                    TRUETYPE_FONTTYPE, LPARAM(&context));
                 return R(counted == 1 ? r : 0);
-            },
-            std::nullopt, Error::AsLeft)
+            })
             .Ok(1)
             .WorksWhenMissing()
             .Fuzz([](F& f) {
@@ -473,15 +483,12 @@ std::vector<Row> GraphicsRows()
         Range("GetCharABCWidthsFloatW", GetCharABCWidthsFloatW),
         Range("GetCharWidth32W", GetCharWidth32W),
         Range("GetCharWidthFloatW", GetCharWidthFloatW),
-        Row(
-            "GetGlyphOutlineW",
-            [] {
-                GLYPHMETRICS metrics;
+        Row("GetGlyphOutlineW", GDI_ERROR, Error::AsLeft)
+            .Call([] {
                 const MAT2 identity = { { 0, 1 }, { 0, 0 }, { 0, 0 }, { 0, 1 } };
-                return R(
-                    GetGlyphOutlineW(Screen(), L'a', GGO_METRICS, &metrics, 0, nullptr, &identity));
-            },
-            GDI_ERROR, Error::AsLeft)
+                return R(GetGlyphOutlineW(
+                    Screen(), L'a', GGO_METRICS, Room<GLYPHMETRICS>(), 0, nullptr, &identity));
+            })
             .Fuzz([](F& f) {
                 GLYPHMETRICS metrics;
                 const MAT2 identity = { { 0, 1 }, { 0, 0 }, { 0, 0 }, { 0, 1 } };
@@ -494,9 +501,8 @@ std::vector<Row> GraphicsRows()
                 GetGlyphOutlineW(
                     Screen(), c, GGO_BITMAP, &metrics, count, f.Out<BYTE>(count), &identity);
             }),
-        Row(
-            "GetKerningParisW", [] { return R(GetKerningParisW(Screen(), 0, nullptr)); }, 0,
-            Error::AsLeft)
+        Row("GetKerningParisW", 0, Error::AsLeft)
+            .Call([] { return R(GetKerningParisW(Screen(), 0, nullptr)); })
             .Fuzz([](F& f) {
                 int count = f.Count(int(GetKerningPairsA(Screen(), 0, nullptr)));
                 DWORD r = GetKerningParisW(Screen(), count, f.Out<KERNINGPAIR>(count));
@@ -504,13 +510,8 @@ std::vector<Row> GraphicsRows()
                     EXPECT_LE(r, DWORD(count));
                 }
             }),
-        Row(
-            "GetObjectW",
-            [] {
-                LOGFONTW font;
-                return R(GetObjectW(Font(), sizeof font, &font));
-            },
-            0, Error::AsLeft)
+        Row("GetObjectW", 0, Error::AsLeft)
+            .Call([] { return R(GetObjectW(Font(), sizeof(LOGFONTW), Room<LOGFONTW>())); })
             .Fuzz([](F& f) {
                 HGDIOBJ objects[]
                     = { Font(), GetStockObject(BLACK_BRUSH), GetStockObject(BLACK_PEN) };
@@ -520,35 +521,26 @@ std::vector<Row> GraphicsRows()
                         : GetObjectA(object, 0, nullptr));
                 GetObjectW(object, size, f.Pick(6) ? f.Out<BYTE>(size) : nullptr);
             }),
-        Row(
-            "GetTextExtentExPointW",
-            [] {
-                const std::wstring text = Measurable(L"sweep " + NonAsciiText());
-                int fit = -1, extents[32];
-                SIZE size;
-                BOOL r = GetTextExtentExPointW(
-                    Screen(), text.c_str(), int(text.size()), 1000, &fit, extents, &size);
+        Row("GetTextExtentExPointW", FALSE)
+            .Call([] {
+                const std::wstring text = Measurable(Sweep());
+                int fit = -1;
+                BOOL r = GetTextExtentExPointW(Screen(), text.c_str(), int(text.size()), 1000, &fit,
+                    Room<int>(), Room<SIZE>());
                 return R(r && fit == int(text.size()) ? r : FALSE);
-            },
-            FALSE)
+            })
             .Fuzz([](F& f) {
-                LPCWSTR text = Guarded(f, Measurable(Text(f.Str())));
+                LPCWSTR text = f.Copy(Measurable(f.Text()));
                 const int len = f.Len(text);
                 // The count never exceeds the string, which the W function reads that far.
                 const int count = std::min(f.Count(len), len);
                 int fit = -1;
-                SIZE size;
                 GetTextExtentExPointW(Screen(), text, count, f.Pick(2) ? 40 : 1 << 30, &fit,
-                    f.Out<int>(count), &size);
+                    f.Out<int>(count), Room<SIZE>());
                 EXPECT_LE(fit, count);
             }),
-        Row(
-            "GetTextFaceW",
-            [] {
-                WCHAR face[LF_FACESIZE];
-                return R(GetTextFaceW(Screen(), LF_FACESIZE, face));
-            },
-            0, Error::OutOfMemory)
+        Row("GetTextFaceW", 0, Error::OutOfMemory)
+            .Call([] { return R(GetTextFaceW(Screen(), LF_FACESIZE, Room())); })
             .Fuzz([](F& f) {
                 int count = f.Count(GetTextFaceA(Screen(), 0, nullptr));
                 WCHAR* face = f.Pick(6) ? f.Out<WCHAR>(count) : nullptr;
@@ -557,23 +549,16 @@ std::vector<Row> GraphicsRows()
                     EXPECT_LE(r, count);
                 }
             }),
-        Row(
-            "GetTextMetricsW",
-            [] {
-                TEXTMETRICW metrics;
-                return R(GetTextMetricsW(Screen(), &metrics));
-            },
-            FALSE)
+        Row("GetTextMetricsW", FALSE)
+            .Call([] { return R(GetTextMetricsW(Screen(), Room<TEXTMETRICW>())); })
             .Fuzz([](F& f) { GetTextMetricsW(Screen(), f.Out<TEXTMETRICW>(1)); }),
-        Row(
-            "PolyTextOutW",
-            [] {
-                const std::wstring text = L"sweep " + NonAsciiText();
+        Row("PolyTextOutW", FALSE, Error::AsLeft)
+            .Call([] {
+                const std::wstring text = Sweep();
                 POLYTEXTW texts[2] = { { 0, 0, UINT(text.size()), text.c_str(), 0, {}, nullptr },
                     { 0, 20, 5, L"again", 0, {}, nullptr } };
                 return R(PolyTextOutW(Screen(), texts, 2));
-            },
-            FALSE, Error::AsLeft)
+            })
             .AllocationFailureEndsProcess()
             .Fuzz([](F& f) {
                 POLYTEXTW texts[2] = {};
@@ -586,53 +571,28 @@ std::vector<Row> GraphicsRows()
             }),
 
         // ---- device contexts, documents, metafiles and colour profiles
-        Row(
-            "CreateDCW", [] { return R(CreateDCW(L"DISPLAY", nullptr, L"ignored", nullptr)); }, 0,
-            Error::AsLeft)
-            .Undo([](Result dc) { DeleteDC(HDC(dc)); })
-            .Fuzz([](F& f) {
-                const bool display = f.Pick(2);
-                LPCWSTR driver = display ? L"DISPLAY" : Short(f, f.Str());
-                LPCWSTR device = display ? nullptr : Short(f, f.Str(F::NullOk));
-                if (HDC dc = CreateDCW(driver, device, f.Str(F::NullOk), FuzzedDevMode(f)))
-                    DeleteDC(dc);
-            }),
-        Row(
-            "CreateICW", [] { return R(CreateICW(L"DISPLAY", nullptr, nullptr, nullptr)); }, 0,
-            Error::AsLeft)
-            .Undo([](Result dc) { DeleteDC(HDC(dc)); })
-            .Fuzz([](F& f) {
-                const bool display = f.Pick(2);
-                LPCWSTR driver = display ? L"DISPLAY" : Short(f, f.Str());
-                LPCWSTR device = display ? nullptr : Short(f, f.Str(F::NullOk));
-                if (HDC dc = CreateICW(driver, device, nullptr, FuzzedDevMode(f)))
-                    DeleteDC(dc);
-            }),
+        DisplayContext("CreateDCW", CreateDCW, L"ignored", true),
+        DisplayContext("CreateICW", CreateICW, nullptr, false),
         // Wine resets no display context: it answers NULL.
-        Row(
-            "ResetDCW",
-            [] {
-                DEVMODEW dm = {};
-                dm.dmSize = 212;
-                lstrcpynW(dm.dmDeviceName, (L"sweep " + NonAsciiText()).c_str(), CCHDEVICENAME);
-                return R(ResetDCW(Screen(), &dm));
-            },
-            0, Error::AsLeft)
+        Row("ResetDCW", 0, Error::AsLeft)
+            .Call([] {
+                auto* dm = Room<DEVMODEW>();
+                dm->dmSize = 212;
+                lstrcpynW(dm->dmDeviceName, Sweep().c_str(), CCHDEVICENAME);
+                return R(ResetDCW(Screen(), dm));
+            })
             .Ok([](Result dc) { return dc == 0 || dc == R(Screen()); })
             .Fuzz([](F& f) {
                 if (DEVMODEW* dm = FuzzedDevMode(f))
                     ResetDCW(Screen(), dm);
             }),
         // Without a printer, Wine starts no document on any context: it answers 0.
-        Row(
-            "StartDocW",
-            [] {
-                const std::wstring name = L"sweep " + NonAsciiText();
-                DOCINFOW doc
-                    = { int(sizeof doc), name.c_str(), PathIn(L"sweep.prn").c_str(), L"raw", 0 };
+        Row("StartDocW", 0)
+            .Call([] {
+                const std::wstring name = Sweep(), output = PathIn(L"sweep.prn");
+                DOCINFOW doc = { int(sizeof doc), name.c_str(), output.c_str(), L"raw", 0 };
                 return R(StartDocW(Screen(), &doc));
-            },
-            0)
+            })
             .Ok([](Result r) {
                 if (r > 0)
                     AbortDoc(Screen());
@@ -644,64 +604,34 @@ std::vector<Row> GraphicsRows()
                 if (StartDocW(Screen(), &doc) > 0)
                     AbortDoc(Screen());
             }),
-        Row(
-            "CopyMetaFileW", [] { return R(CopyMetaFileW(Wmf(), PathIn(L"copy.wmf").c_str())); }, 0)
-            .Undo([](Result copy) { DeleteMetaFile(HMETAFILE(copy)); })
-            .Fuzz([](F& f) {
-                LPCWSTR path = f.Pick(4) ? f.Path() : nullptr;
-                if (HMETAFILE copy = CopyMetaFileW(Wmf(), path)) {
-                    DeleteMetaFile(copy);
-                    if (path)
-                        DeleteFileA(A(path).c_str());
-                }
-            }),
-        Row(
-            "CopyEnhMetaFileW",
-            [] { return R(CopyEnhMetaFileW(Emf(), PathIn(L"copy.emf").c_str())); }, 0)
-            .Undo([](Result copy) { DeleteEnhMetaFile(HENHMETAFILE(copy)); })
-            .Fuzz([](F& f) {
-                LPCWSTR path = f.Pick(4) ? f.Path() : nullptr;
-                if (HENHMETAFILE copy = CopyEnhMetaFileW(Emf(), path)) {
-                    DeleteEnhMetaFile(copy);
-                    if (path)
-                        DeleteFileA(A(path).c_str());
-                }
-            }),
-        Row(
-            "GetMetaFileW", [] { return R(GetMetaFileW(WmfFile().c_str())); }, 0, Error::AsLeft)
+        CopyMeta("CopyMetaFileW", CopyMetaFileW, Wmf, DeleteMetaFile, L"copy.wmf"),
+        CopyMeta("CopyEnhMetaFileW", CopyEnhMetaFileW, Emf, DeleteEnhMetaFile, L"copy.emf"),
+        Row("GetMetaFileW", 0, Error::AsLeft)
+            .Call([] { return R(GetMetaFileW(WmfFile().c_str())); })
             .Undo([](Result wmf) { DeleteMetaFile(HMETAFILE(wmf)); })
             .Fuzz([](F& f) { DeleteMetaFile(GetMetaFileW(f.Path())); }),
-        Row(
-            "GetEnhMetaFileW", [] { return R(GetEnhMetaFileW(EmfFile().c_str())); }, 0,
-            Error::AsLeft)
+        Row("GetEnhMetaFileW", 0, Error::AsLeft)
+            .Call([] { return R(GetEnhMetaFileW(EmfFile().c_str())); })
             .Undo([](Result emf) { DeleteEnhMetaFile(HENHMETAFILE(emf)); })
             .Fuzz([](F& f) { DeleteEnhMetaFile(GetEnhMetaFileW(f.Path())); }),
-        Row(
-            "CreateEnhMetaFileW",
-            [] {
+        Row("CreateEnhMetaFileW", 0, Error::AsLeft)
+            .Call([] {
                 return R(CreateEnhMetaFileW(
                     nullptr, PathIn(L"new.emf").c_str(), nullptr, Description().c_str()));
-            },
-            0, Error::AsLeft)
+            })
             .Undo([](Result dc) { DeleteEnhMetaFile(CloseEnhMetaFile(HDC(dc))); })
             .Fuzz([](F& f) {
                 LPCWSTR path = f.Pick(3) ? f.Path() : nullptr;
                 // A description ends with two NULs; the W function reads that far.
-                LPCWSTR description
-                    = f.Pick(4) ? Guarded(f, Text(f.Str()) + L'\0' + Text(f.Str()), 2) : nullptr;
+                LPCWSTR description = f.Pick(4) ? f.Copy(f.Text() + L'\0' + f.Text(), 2) : nullptr;
                 if (HDC dc = CreateEnhMetaFileW(nullptr, path, nullptr, description)) {
                     DeleteEnhMetaFile(CloseEnhMetaFile(dc));
                     if (path)
                         DeleteFileA(A(path).c_str());
                 }
             }),
-        Row(
-            "GetEnhMetaFileDescriptionW",
-            [] {
-                WCHAR text[64];
-                return R(GetEnhMetaFileDescriptionW(Emf(), 64, text));
-            },
-            GDI_ERROR, Error::AsLeft)
+        Row("GetEnhMetaFileDescriptionW", GDI_ERROR, Error::AsLeft)
+            .Call([] { return R(GetEnhMetaFileDescriptionW(Emf(), 64, Room())); })
             .Fuzz([](F& f) {
                 UINT count = f.Count(int(Description().size()));
                 WCHAR* text = f.Pick(6) ? f.Out<WCHAR>(count) : nullptr;
@@ -711,52 +641,40 @@ std::vector<Row> GraphicsRows()
                 }
             }),
         // Wine has no colour profile for a display context: it answers FALSE.
-        Row(
-            "GetICMProfileW",
-            [] {
-                WCHAR file[MAX_PATH];
+        Row("GetICMProfileW", FALSE, Error::AsLeft)
+            .Call([] {
                 DWORD size = MAX_PATH;
-                return R(GetICMProfileW(Screen(), &size, file));
-            },
-            FALSE, Error::AsLeft)
-            .Ok([](Result) { return true; })
+                return R(GetICMProfileW(Screen(), &size, Room()));
+            })
+            .Ok(Any)
             .Fuzz([](F& f) {
                 DWORD size = f.Count(MAX_PATH);
                 const DWORD given = size;
                 GetICMProfileW(Screen(), &size, f.Out<WCHAR>(size));
                 EXPECT_EQ(size, given);
             }),
-        Row(
-            "SetICMProfileW",
-            [] {
-                return R(
-                    SetICMProfileW(Screen(), const_cast<LPWSTR>(PathIn(L"sweep.icm").c_str())));
-            },
-            FALSE, Error::AsLeft)
+        Row("SetICMProfileW", FALSE, Error::AsLeft)
+            .Call([] { return R(SetICMProfileW(Screen(), PathIn(L"sweep.icm").data())); })
             .Fuzz([](F& f) { SetICMProfileW(Screen(), const_cast<LPWSTR>(f.Path())); }),
         // Wine knows no colour profile: it enumerates none and answers -1.
-        Row(
-            "EnumICMProfilesW",
-            [] {
+        Row("EnumICMProfilesW", -1, Error::AsLeft)
+            .Call([] {
                 int counted = 0;
                 return R(EnumICMProfilesW(Screen(), CountProfile, LPARAM(&counted)));
-            },
-            -1, Error::AsLeft)
-            .Ok([](Result) { return true; }),
-        Row(
-            "AtICMEnumFuncFromAToW",
-            [] {
-                std::string name = A(PathIn(L"sweep " + NonAsciiText() + L".icm"));
+            })
+            .Ok(Any),
+        Row("AtICMEnumFuncFromAToW", 0, Error::AsLeft)
+            .Call([] {
+                std::string name = A(PathIn(Sweep() + L".icm"));
                 int counted = 0;
                 Context<ICMENUMPROCW> context { CountProfile, LPARAM(&counted) };
                 int r = AtICMEnumFuncFromAToW(name.data(), LPARAM(&context));
                 return R(counted == 1 ? r : 0);
-            },
-            0, Error::AsLeft)
+            })
             .ConvertsOnWPath()
             .WorksWhenMissing()
             .Fuzz([](F& f) {
-                std::string name = A(Text(f.Str()));
+                std::string name = A(f.Text());
                 char* p = f.Out<char>(int(name.size()) + 1);
                 memcpy(p, name.c_str(), name.size() + 1);
                 int counted = 0;
@@ -765,13 +683,8 @@ std::vector<Row> GraphicsRows()
             }),
 
         // ---- the shell
-        Row(
-            "DragQueryFileW",
-            [] {
-                WCHAR name[MAX_PATH];
-                return R(DragQueryFileW(Drop(), 1, name, MAX_PATH));
-            },
-            0, Error::AsLeft)
+        Row("DragQueryFileW", 0, Error::AsLeft)
+            .Call([] { return R(DragQueryFileW(Drop(), 1, Room(), MAX_PATH)); })
             .Fuzz([](F& f) {
                 UINT index = f.Pick(3) ? f.Pick(2) : 0xFFFFFFFF;
                 int count = f.Count(int(DragQueryFileA(Drop(), 1, nullptr, 0)));
@@ -781,104 +694,88 @@ std::vector<Row> GraphicsRows()
                     EXPECT_LT(r, UINT(count));
                 }
             }),
-        Row(
-            "ExtractIconW", [] { return R(ExtractIconW(Instance(), L"shell32.dll", 0)); }, 0,
-            Error::AsLeft)
+        Row("ExtractIconW", 0, Error::AsLeft)
+            .Call([] { return R(ExtractIconW(Instance(), L"shell32.dll", 0)); })
             .Undo([](Result icon) { DestroyIcon(HICON(icon)); })
             .Fuzz([](F& f) {
                 HICON icon = ExtractIconW(Instance(), f.Path(), f.Pick(2));
                 if (UINT_PTR(icon) > 1)
                     DestroyIcon(icon);
             }),
-        Row(
-            "FindExecutableW",
-            [] {
-                WCHAR program[MAX_PATH];
-                return R(FindExecutableW(MakeFile(L"document.ini").c_str(), nullptr, program));
-            },
-            0, Error::AsLeft)
+        Row("FindExecutableW", 0, Error::AsLeft)
+            .Call([] {
+                return R(FindExecutableW(MakeFile(L"document.ini").c_str(), nullptr, Room()));
+            })
             .Ok([](Result r) { return r > 32; })
             .Fuzz([](F& f) {
-                LPCWSTR file = f.Pick(2) ? Absent(f) : Short(f, f.Str());
-                FindExecutableW(file, Short(f, f.Str(F::NullOk)), f.Out<WCHAR>(MAX_PATH));
+                LPCWSTR file = f.Pick(2) ? Absent(f) : Short(f);
+                FindExecutableW(file, Short(f, F::NullOk), f.Out<WCHAR>(MAX_PATH));
             }),
-        Row(
-            "ShellExecuteW",
-            [] {
+        Row("ShellExecuteW", 0, Error::AsLeft)
+            .Call([] {
                 return R(
                     ShellExecuteW(Window(), L"open", Cmd().c_str(), L"/c exit", nullptr, SW_HIDE));
-            },
-            0, Error::AsLeft)
+            })
             .Ok([](Result r) { return r > 32; })
             .Fuzz([](F& f) {
-                ShellExecuteW(nullptr, Short(f, f.Str(F::NullOk)), Absent(f),
-                    Short(f, f.Str(F::NullOk)), Short(f, f.Str(F::NullOk)), SW_HIDE);
+                ShellExecuteW(nullptr, Short(f, F::NullOk), Absent(f), Short(f, F::NullOk),
+                    Short(f, F::NullOk), SW_HIDE);
             }),
-        Row(
-            "ShellExecuteExW",
-            [] {
+        Row("ShellExecuteExW", FALSE, Error::AsLeft)
+            .Call([] {
                 const std::wstring cmd = Cmd();
-                SHELLEXECUTEINFOW info = {};
-                info.cbSize = sizeof info;
-                info.fMask = SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI;
-                info.lpFile = cmd.c_str();
-                info.lpParameters = L"/c exit";
-                info.nShow = SW_HIDE;
-                BOOL r = ShellExecuteExW(&info);
-                if (info.hProcess)
-                    CloseHandle(info.hProcess);
+                auto* info = Room<SHELLEXECUTEINFOW>();
+                info->cbSize = sizeof *info;
+                info->fMask = SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI;
+                info->lpFile = cmd.c_str();
+                info->lpParameters = L"/c exit";
+                info->nShow = SW_HIDE;
+                BOOL r = ShellExecuteExW(info);
+                if (info->hProcess)
+                    CloseHandle(info->hProcess);
                 return R(r);
-            },
-            FALSE, Error::AsLeft)
+            })
             .ConvertsOnWPath()
             .Fuzz([](F& f) {
-                SHELLEXECUTEINFOW info = {};
-                info.cbSize = sizeof info;
-                info.fMask = SEE_MASK_FLAG_NO_UI | (f.Pick(2) ? SEE_MASK_CLASSNAME : 0);
-                info.lpVerb = Short(f, f.Str(F::NullOk));
-                info.lpFile = Absent(f);
-                info.lpParameters = Short(f, f.Str(F::NullOk));
-                info.lpDirectory = Short(f, f.Str(F::NullOk));
-                info.lpClass = Short(f, f.Str());
-                ShellExecuteExW(&info);
-                EXPECT_EQ(info.cbSize, sizeof info);
+                auto* info = Room<SHELLEXECUTEINFOW>();
+                info->cbSize = sizeof *info;
+                info->fMask = SEE_MASK_FLAG_NO_UI | (f.Pick(2) ? SEE_MASK_CLASSNAME : 0);
+                info->lpVerb = Short(f, F::NullOk);
+                info->lpFile = Absent(f);
+                info->lpParameters = Short(f, F::NullOk);
+                info->lpDirectory = Short(f, F::NullOk);
+                info->lpClass = Short(f);
+                ShellExecuteExW(info);
+                EXPECT_EQ(info->cbSize, sizeof *info);
             }),
-        Row(
-            "SHBrowseForFolderW",
-            [] {
-                WCHAR name[MAX_PATH];
-                const std::wstring title = L"sweep " + NonAsciiText();
-                BROWSEINFOW info = {};
-                info.hwndOwner = Window();
-                info.pszDisplayName = name;
-                info.lpszTitle = title.c_str();
-                info.ulFlags = BIF_RETURNONLYFSDIRS;
-                info.lpfn = PickFolder;
-                return R(SHBrowseForFolderW(&info));
-            },
-            0, Error::AsLeft)
+        Row("SHBrowseForFolderW", 0, Error::AsLeft)
+            .Call([] {
+                const std::wstring title = Sweep();
+                auto* info = Room<BROWSEINFOW>();
+                info->hwndOwner = Window();
+                info->pszDisplayName = Room();
+                info->lpszTitle = title.c_str();
+                info->ulFlags = BIF_RETURNONLYFSDIRS;
+                info->lpfn = PickFolder;
+                return R(SHBrowseForFolderW(info));
+            })
             .ConvertsOnWPath()
             .Undo([](Result list) { CoTaskMemFree(reinterpret_cast<void*>(list)); })
             .Fuzz([](F& f) {
                 // A dialog that fails to open leaves Wine's browser reading a display name
                 // it never wrote: the dialog opens, on a small tree, and closes. That
                 // takes a tenth of a second under Wine, so one call in eight opens it.
-                BROWSEINFOW info = {};
-                info.hwndOwner = Window();
-                info.pidlRoot = FolderList();
-                info.pszDisplayName = f.Out<WCHAR>(MAX_PATH);
-                info.lpszTitle = Short(f, f.Str(F::NullOk));
-                info.lpfn = PickFolder;
+                auto* info = Room<BROWSEINFOW>();
+                info->hwndOwner = Window();
+                info->pidlRoot = FolderList();
+                info->pszDisplayName = f.Out<WCHAR>(MAX_PATH);
+                info->lpszTitle = Short(f, F::NullOk);
+                info->lpfn = PickFolder;
                 if (f.Pick(8) == 0)
-                    CoTaskMemFree(SHBrowseForFolderW(&info));
+                    CoTaskMemFree(SHBrowseForFolderW(info));
             }),
-        Row(
-            "SHGetPathFromIDListW",
-            [] {
-                WCHAR path[MAX_PATH];
-                return R(SHGetPathFromIDListW(FolderList(), path));
-            },
-            FALSE, Error::AsLeft)
+        Row("SHGetPathFromIDListW", FALSE, Error::AsLeft)
+            .Call([] { return R(SHGetPathFromIDListW(FolderList(), Room())); })
             .ConvertsOnWPath()
             .Fuzz([](F& f) {
                 static PIDLIST_ABSOLUTE desktop = [] {
@@ -891,20 +788,17 @@ std::vector<Row> GraphicsRows()
 
         // ---- printers
         // Wine has no printer: the spooler refuses the name.
-        Row(
-            "OpenPrinterW",
-            [] {
+        Row("OpenPrinterW", FALSE)
+            .Call([] {
                 HANDLE printer = nullptr;
                 PRINTER_DEFAULTSW defaults
                     = { const_cast<LPWSTR>(L"RAW"), nullptr, PRINTER_ACCESS_USE };
-                BOOL r
-                    = OpenPrinterW(const_cast<LPWSTR>(PrinterName().c_str()), &printer, &defaults);
+                BOOL r = OpenPrinterW(PrinterName(), &printer, &defaults);
                 if (r)
                     ClosePrinter(printer);
                 return R(r);
-            },
-            FALSE)
-            .Ok([](Result) { return true; })
+            })
+            .Ok(Any)
             .Fuzz([](F& f) {
                 HANDLE printer = nullptr;
                 PRINTER_DEFAULTSW defaults = { const_cast<LPWSTR>(f.Str(F::NullOk)),
@@ -914,60 +808,47 @@ std::vector<Row> GraphicsRows()
                     ClosePrinter(printer);
             }),
         // No printer can be opened under Wine: the spooler refuses a null handle.
-        Row(
-            "GetPrinterW",
-            [] {
+        Row("GetPrinterW", FALSE)
+            .Call([] {
                 DWORD needed = 0;
                 return R(GetPrinterW(nullptr, 2, nullptr, 0, &needed));
-            },
-            FALSE)
-            .Ok([](Result) { return true; })
+            })
+            .Ok(Any)
             .Fuzz([](F& f) {
-                static const DWORD levels[] = { 1, 2, 4, 5 };
                 DWORD needed = 0, size = f.Count(256);
-                GetPrinterW(nullptr, levels[f.Pick(4)], f.Out<BYTE>(size), size, &needed);
+                GetPrinterW(nullptr, PrinterLevels[f.Pick(4)], f.Out<BYTE>(size), size, &needed);
             }),
-        Row(
-            "EnumPrintersW",
-            [] {
+        Row("EnumPrintersW", FALSE)
+            .Call([] {
                 DWORD needed = 0, returned = 0;
-                static BYTE buffer[4096];
                 return R(EnumPrintersW(
-                    PRINTER_ENUM_LOCAL, nullptr, 2, buffer, sizeof buffer, &needed, &returned));
-            },
-            FALSE)
+                    PRINTER_ENUM_LOCAL, nullptr, 2, Room<BYTE>(), 4096, &needed, &returned));
+            })
             .Fuzz([](F& f) {
-                static const DWORD levels[] = { 1, 2, 4, 5 };
                 DWORD needed = 0, returned = 0, size = f.Count(256);
                 DWORD flags = f.Pick(2) ? PRINTER_ENUM_LOCAL : PRINTER_ENUM_NAME;
-                EnumPrintersW(flags, const_cast<LPWSTR>(f.Str(F::NullOk)), levels[f.Pick(4)],
+                EnumPrintersW(flags, const_cast<LPWSTR>(f.Str(F::NullOk)), PrinterLevels[f.Pick(4)],
                     f.Out<BYTE>(size), size, &needed, &returned);
             }),
         // Any negative answer is the failure: a size query that fails answers twice the
         // spooler's -1. Without a printer Wine's fails.
-        Row(
-            "DocumentPropertiesW",
-            [] {
-                LONG r = DocumentPropertiesW(Window(), nullptr,
-                    const_cast<LPWSTR>(PrinterName().c_str()), nullptr, nullptr, 0);
+        Row("DocumentPropertiesW", -1)
+            .Call([] {
+                LONG r = DocumentPropertiesW(Window(), nullptr, PrinterName(), nullptr, nullptr, 0);
                 return R(r < 0 ? -1 : r);
-            },
-            -1)
-            .Ok([](Result) { return true; })
+            })
+            .Ok(Any)
             .Fuzz([](F& f) {
                 DWORD modes[] = { 0, DM_OUT_BUFFER, DM_IN_BUFFER | DM_OUT_BUFFER };
                 DocumentPropertiesW(Window(), nullptr, const_cast<LPWSTR>(f.Str(F::NullOk)),
                     FuzzedDevMode(f), FuzzedDevMode(f), modes[f.Pick(3)]);
             }),
         // Without a printer no capability is known: Wine answers 0 or -1.
-        Row(
-            "DeviceCapabilitiesW",
-            [] {
-                return R(DeviceCapabilitiesW(
-                    PrinterName().c_str(), L"LPT1:", DC_BINS, nullptr, nullptr));
-            },
-            0)
-            .Ok([](Result) { return true; })
+        Row("DeviceCapabilitiesW", 0)
+            .Call([] {
+                return R(DeviceCapabilitiesW(PrinterName(), L"LPT1:", DC_BINS, nullptr, nullptr));
+            })
+            .Ok(Any)
             .Fuzz([](F& f) {
                 static const WORD capabilities[]
                     = { DC_BINS, DC_BINNAMES, DC_PAPERNAMES, DC_FIELDS };
@@ -976,29 +857,26 @@ std::vector<Row> GraphicsRows()
             }),
 
         // ---- the OLE dialogs: each is cancelled once shown; Wine answers some at once
-        Row(
-            "OleUIInsertObjectW",
-            [] {
+        Row("OleUIInsertObjectW", OLEUI_ERR_GLOBALMEMALLOC, Error::AsLeft)
+            .Call([] {
                 WCHAR file[MAX_PATH] = L"sweep.txt";
                 auto r = Record<OLEUIINSERTOBJECTW>();
                 r.dwFlags = IOF_SELECTCREATENEW;
                 r.lpszFile = file;
                 r.cchFile = MAX_PATH;
                 return Dismissed([&] { return OleUIInsertObjectW(&r); });
-            },
-            OLEUI_ERR_GLOBALMEMALLOC, Error::AsLeft)
+            })
             .Fuzz([](F& f) {
                 auto* r = Record<OLEUIINSERTOBJECTW>(f);
-                std::wstring text = Text(f.Str());
+                std::wstring text = f.Text();
                 r->cchFile = std::max(f.Count(int(text.size())), 1);
                 r->lpszFile = f.Out<WCHAR>(r->cchFile);
                 r->lpszFile[text.copy(r->lpszFile, r->cchFile - 1)] = L'\0';
                 OleUIInsertObjectW(r);
             }),
-        Row(
-            "OleUIPasteSpecialW",
-            [] {
-                const std::wstring name = L"sweep " + NonAsciiText();
+        Row("OleUIPasteSpecialW", OLEUI_ERR_GLOBALMEMALLOC, Error::AsLeft)
+            .Call([] {
+                const std::wstring name = Sweep();
                 OLEUIPASTEENTRYW entry
                     = { { CF_TEXT, nullptr, DVASPECT_CONTENT, -1, TYMED_HGLOBAL }, name.c_str(),
                           name.c_str(), OLEUIPASTE_PASTEONLY, 0 };
@@ -1006,8 +884,7 @@ std::vector<Row> GraphicsRows()
                 r.arrPasteEntries = &entry;
                 r.cPasteEntries = 1;
                 return Dismissed([&] { return OleUIPasteSpecialW(&r); });
-            },
-            OLEUI_ERR_GLOBALMEMALLOC, Error::AsLeft)
+            })
             .Fuzz([](F& f) {
                 auto* r = Record<OLEUIPASTESPECIALW>(f);
                 OLEUIPASTEENTRYW entries[2] = {};
@@ -1021,16 +898,14 @@ std::vector<Row> GraphicsRows()
                 r->cPasteEntries = f.Pick(3);
                 OleUIPasteSpecialW(r);
             }),
-        Row(
-            "OleUIChangeIconW",
-            [] {
+        Row("OleUIChangeIconW", OLEUI_ERR_GLOBALMEMALLOC, Error::AsLeft)
+            .Call([] {
                 auto r = Record<OLEUICHANGEICONW>();
                 r.dwFlags = CIF_USEICONEXE;
                 lstrcpynW(r.szIconExe, L"shell32.dll", MAX_PATH);
                 r.cchIconExe = MAX_PATH;
                 return Dismissed([&] { return OleUIChangeIconW(&r); });
-            },
-            OLEUI_ERR_GLOBALMEMALLOC, Error::AsLeft)
+            })
             .Fuzz([](F& f) {
                 auto* r = Record<OLEUICHANGEICONW>(f);
                 r->dwFlags = CIF_USEICONEXE;
@@ -1038,41 +913,34 @@ std::vector<Row> GraphicsRows()
                 r->cchIconExe = MAX_PATH;
                 OleUIChangeIconW(r);
             }),
-        Row(
-            "OleUIConvertW",
-            [] {
-                const std::wstring type = L"sweep " + NonAsciiText();
+        Row("OleUIConvertW", OLEUI_ERR_GLOBALMEMALLOC, Error::AsLeft)
+            .Call([] {
+                std::wstring type = Sweep();
                 auto r = Record<OLEUICONVERTW>();
-                r.lpszUserType = const_cast<LPWSTR>(type.c_str());
-                r.lpszDefLabel = const_cast<LPWSTR>(type.c_str());
+                r.lpszUserType = r.lpszDefLabel = type.data();
                 return Dismissed([&] { return OleUIConvertW(&r); });
-            },
-            OLEUI_ERR_GLOBALMEMALLOC, Error::AsLeft)
+            })
             .Fuzz([](F& f) {
                 auto* r = Record<OLEUICONVERTW>(f);
                 r->lpszUserType = const_cast<LPWSTR>(f.Str(F::NullOk));
                 r->lpszDefLabel = const_cast<LPWSTR>(f.Str(F::NullOk));
                 OleUIConvertW(r);
             }),
-        Row(
-            "OleUIBusyW",
-            [] {
+        Row("OleUIBusyW", OLEUI_ERR_GLOBALMEMALLOC, Error::AsLeft)
+            .Call([] {
                 auto r = Record<OLEUIBUSYW>();
                 return Dismissed([&] { return OleUIBusyW(&r); });
-            },
-            OLEUI_ERR_GLOBALMEMALLOC, Error::AsLeft)
+            })
             .Fuzz([](F& f) { OleUIBusyW(Record<OLEUIBUSYW>(f)); }),
         // Without an object the verb menu gets one disabled item, and the answer is FALSE.
-        Row(
-            "OleUIAddVerbMenuW",
-            [] {
+        Row("OleUIAddVerbMenuW", FALSE, Error::AsLeft)
+            .Call([] {
                 HMENU menu = CreatePopupMenu(), popup = nullptr;
                 BOOL r = OleUIAddVerbMenuW(nullptr, L"sweep", menu, 0, 100, 200, FALSE, 0, &popup);
                 DestroyMenu(menu);
                 return R(r);
-            },
-            FALSE, Error::AsLeft)
-            .Ok([](Result) { return true; })
+            })
+            .Ok(Any)
             .Fuzz([](F& f) {
                 HMENU menu = CreatePopupMenu(), popup = nullptr;
                 OleUIAddVerbMenuW(
@@ -1081,9 +949,8 @@ std::vector<Row> GraphicsRows()
             }),
 
         // ---- shell and network beyond the families above
-        Row(
-            "SHFileOperationW",
-            [] {
+        Row("SHFileOperationW", ERROR_OUTOFMEMORY, Error::Code)
+            .Call([] {
                 const std::wstring from = MakeFile(L"from " + NonAsciiText() + L".txt") + L'\0';
                 const std::wstring to = PathIn(L"to.txt") + L'\0';
                 SHFILEOPSTRUCTW op = {};
@@ -1092,61 +959,49 @@ std::vector<Row> GraphicsRows()
                 op.pTo = to.c_str();
                 op.fFlags = FOF_SILENT | FOF_NOCONFIRMATION | FOF_NOERRORUI | FOF_NOCONFIRMMKDIR;
                 return R(SHFileOperationW(&op));
-            },
-            ERROR_OUTOFMEMORY, Error::Code)
+            })
             .Ok(0)
             .Undo([](Result) { DeleteFileA(A(PathIn(L"to.txt")).c_str()); })
             .Fuzz([](F& f) {
                 SHFILEOPSTRUCTW op = {};
                 op.wFunc = FO_DELETE;
                 // A list of names ends with an empty one.
-                op.pFrom = Guarded(f, Text(Absent(f)) + L'\0' + Text(Absent(f)), 2);
+                op.pFrom = f.Copy(std::wstring(Absent(f)) + L'\0' + Absent(f), 2);
                 op.fFlags = FOF_SILENT | FOF_NOCONFIRMATION | FOF_NOERRORUI | FOF_SIMPLEPROGRESS;
                 op.lpszProgressTitle = f.Str(F::NullOk);
                 SHFileOperationW(&op);
             }),
-        Row(
-            "SHGetFileInfoW",
-            [] {
-                SHFILEINFOW info;
-                return R(SHGetFileInfoW(MakeFile(L"info.txt").c_str(), 0, &info, sizeof info,
-                    SHGFI_DISPLAYNAME | SHGFI_TYPENAME));
-            },
-            0)
+        Row("SHGetFileInfoW", 0)
+            .Call([] {
+                return R(SHGetFileInfoW(MakeFile(L"info.txt").c_str(), 0, Room<SHFILEINFOW>(),
+                    sizeof(SHFILEINFOW), SHGFI_DISPLAYNAME | SHGFI_TYPENAME));
+            })
             .Fuzz([](F& f) {
                 auto* info = f.Out<SHFILEINFOW>(1);
-                SHGetFileInfoW(f.Pick(2) ? Absent(f) : Short(f, f.Str()), FILE_ATTRIBUTE_NORMAL,
-                    info, sizeof *info,
-                    SHGFI_DISPLAYNAME | SHGFI_TYPENAME | SHGFI_USEFILEATTRIBUTES);
+                SHGetFileInfoW(f.Pick(2) ? Absent(f) : Short(f), FILE_ATTRIBUTE_NORMAL, info,
+                    sizeof *info, SHGFI_DISPLAYNAME | SHGFI_TYPENAME | SHGFI_USEFILEATTRIBUTES);
             }),
-        Row(
-            "SHGetSpecialFolderPathW",
-            [] {
-                WCHAR path[MAX_PATH];
-                return R(SHGetSpecialFolderPathW(nullptr, path, CSIDL_APPDATA, FALSE));
-            },
-            FALSE)
+        Row("SHGetSpecialFolderPathW", FALSE)
+            .Call([] { return R(SHGetSpecialFolderPathW(nullptr, Room(), CSIDL_APPDATA, FALSE)); })
             .Fuzz([](F& f) {
                 static const int folders[]
                     = { CSIDL_APPDATA, CSIDL_WINDOWS, CSIDL_DRIVES, CSIDL_PERSONAL };
                 SHGetSpecialFolderPathW(nullptr, f.Out<WCHAR>(MAX_PATH), folders[f.Pick(4)], FALSE);
             }),
         // Wine without a display has no notification area: it answers FALSE.
-        Row(
-            "Shell_NotifyIconW",
-            [] {
-                NOTIFYICONDATAW data = {};
-                data.cbSize = NOTIFYICONDATAW_V2_SIZE;
-                data.hWnd = Window();
-                data.uFlags = NIF_TIP;
-                lstrcpynW(data.szTip, (L"sweep " + NonAsciiText()).c_str(), 64);
-                BOOL r = Shell_NotifyIconW(NIM_ADD, &data);
+        Row("Shell_NotifyIconW", FALSE)
+            .Call([] {
+                auto* data = Room<NOTIFYICONDATAW>();
+                data->cbSize = NOTIFYICONDATAW_V2_SIZE;
+                data->hWnd = Window();
+                data->uFlags = NIF_TIP;
+                lstrcpynW(data->szTip, Sweep().c_str(), 64);
+                BOOL r = Shell_NotifyIconW(NIM_ADD, data);
                 if (r)
-                    Shell_NotifyIconA(NIM_DELETE, reinterpret_cast<NOTIFYICONDATAA*>(&data));
+                    Shell_NotifyIconA(NIM_DELETE, reinterpret_cast<NOTIFYICONDATAA*>(data));
                 return R(r);
-            },
-            FALSE)
-            .Ok([](Result) { return true; })
+            })
+            .Ok(Any)
             .Fuzz([](F& f) {
                 auto* data = f.Out<NOTIFYICONDATAW>(1);
                 memset(data, 0, sizeof *data);
@@ -1158,35 +1013,29 @@ std::vector<Row> GraphicsRows()
                 Field(f, data->szInfoTitle);
                 Shell_NotifyIconW(NIM_MODIFY, data);
             }),
-        Row(
-            "ShellAboutW",
-            [] {
+        Row("ShellAboutW", FALSE)
+            .Call([] {
                 return Dismissed([] {
                     return ShellAboutW(Window(), L"sweep", NonAsciiText().c_str(), nullptr);
                 });
-            },
-            FALSE)
+            })
             .Fuzz([](F& f) { ShellAboutW(Gone(), f.Str(F::NullOk), f.Str(F::NullOk), nullptr); }),
-        Row(
-            "ExtractIconExW",
-            [] {
+        Row("ExtractIconExW", 0)
+            .Call([] {
                 HICON large = nullptr;
                 UINT r = ExtractIconExW(L"shell32.dll", 0, &large, nullptr, 1);
                 if (large)
                     DestroyIcon(large);
                 return R(r);
-            },
-            0)
+            })
             .Fuzz([](F& f) { ExtractIconExW(f.Path(), 0, nullptr, nullptr, 0); }),
         // Wine has no network: it answers ERROR_NO_NETWORK.
-        Row(
-            "WNetGetLastErrorW",
-            [] {
+        Row("WNetGetLastErrorW", ERROR_OUTOFMEMORY, Error::Code)
+            .Call([] {
                 DWORD error = 0;
-                WCHAR text[256], provider[64];
-                return R(WNetGetLastErrorW(&error, text, 256, provider, 64));
-            },
-            ERROR_OUTOFMEMORY, Error::Code)
+                WCHAR provider[64];
+                return R(WNetGetLastErrorW(&error, Room(), 256, provider, 64));
+            })
             .Ok([](Result r) { return r == NO_ERROR || r == ERROR_NO_NETWORK; })
             .Fuzz([](F& f) {
                 DWORD error = 0;
