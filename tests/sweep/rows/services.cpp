@@ -5,7 +5,6 @@
 #include <mmsystem.h>
 #include <rpc.h>
 
-#include <algorithm>
 #include <optional>
 
 #include "torwen.h"
@@ -26,6 +25,13 @@ void Close(HKEY key)
     if (key)
         RegCloseKey(key);
 }
+
+// A key a call opens, closed as soon as the call has answered.
+struct Opened {
+    HKEY key = nullptr;
+    ~Opened() { Close(key); }
+    operator PHKEY() { return &key; }
+};
 
 // ---- the registry
 
@@ -96,9 +102,9 @@ HKEY DataKey()
 }
 
 // The registry's functions answer an error code: 14 when torwen's memory runs out.
-Row RegRow(std::string name, std::function<Result()> call)
+Row RegRow(std::string name)
 {
-    return Row(std::move(name), std::move(call), ERROR_OUTOFMEMORY, Error::Code).Ok(ERROR_SUCCESS);
+    return Row(std::move(name), ERROR_OUTOFMEMORY, Error::Code).Ok(ERROR_SUCCESS);
 }
 
 // ---- DDE
@@ -292,11 +298,6 @@ LPCSTR AnsiCopy(Fuzz& f, LPCWSTR s)
 
 // ---- automation strings and UUIDs
 
-void FreeBstr(BSTR b)
-{
-    SysFreeString(b);
-}
-
 const UUID Sample = {0x12345678, 0x1234, 0x5678, {0x9a, 0xbc, 0xde, 0xf0, 0x12, 0x34, 0x56, 0x78}};
 
 // A string the caller frees with RpcStringFreeW: the system's on the W path, a block
@@ -338,61 +339,47 @@ std::vector<Row> ServiceRows()
 {
     return {
         // ---- the registry
-        RegRow("RegCreateKeyExW",
-               [] {
-                   HKEY k = nullptr;
-                   DWORD disposition = 0;
-                   LONG r = RegCreateKeyExW(Reg(), L"created", 0, nullptr, 0, KEY_ALL_ACCESS,
-                                            nullptr, &k, &disposition);
-                   Close(k);
-                   return R(r);
-               })
+        RegRow("RegCreateKeyExW")
+            .Call([] {
+                DWORD disposition = 0;
+                return R(RegCreateKeyExW(Reg(), L"created", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                                         Opened(), &disposition));
+            })
             .Undo([](Result) { RegDeleteKeyA(Reg(), "created"); })
             .Fuzz([](Fuzz& f) {
-                HKEY k = nullptr;
                 LPCWSTR name = f.Str();
                 RegCreateKeyExW(FuzzKey(), name, 0, const_cast<LPWSTR>(f.Str(Fuzz::NullOk)),
-                                REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &k, nullptr);
-                Close(k);
+                                REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, Opened(), nullptr);
             }),
-        RegRow("RegOpenKeyExW",
-               [] {
-                   HKEY k = nullptr;
-                   LONG r = RegOpenKeyExW(Reg(), L"child", 0, KEY_READ, &k);
-                   Close(k);
-                   return R(r);
-               })
+        RegRow("RegOpenKeyExW")
+            .Call([] { return R(RegOpenKeyExW(Reg(), L"child", 0, KEY_READ, Opened())); })
             .Fuzz([](Fuzz& f) {
-                HKEY k = nullptr;
-                RegOpenKeyExW(Reg(), f.Str(Fuzz::NullOk), 0, KEY_READ, &k);
-                Close(k);
+                RegOpenKeyExW(Reg(), f.Str(Fuzz::NullOk), 0, KEY_READ, Opened());
             }),
-        RegRow("RegDeleteKeyW",
-               [] {
-                   HKEY k = nullptr;
-                   RegCreateKeyA(Reg(), "doomed", &k);
-                   Close(k);
-                   return R(RegDeleteKeyW(Reg(), L"doomed"));
-               })
+        RegRow("RegDeleteKeyW")
+            .Call([] {
+                RegCreateKeyA(Reg(), "doomed", Opened());
+                return R(RegDeleteKeyW(Reg(), L"doomed"));
+            })
             .Fuzz([](Fuzz& f) {
                 // An empty name would delete the fuzz key itself.
                 LPCWSTR name = f.Str();
                 if (*name)
                     RegDeleteKeyW(FuzzKey(), name);
             }),
-        RegRow("RegDeleteValueW",
-               [] {
-                   const BYTE x[] = "x";
-                   RegSetValueExA(Reg(), "doomed", 0, REG_SZ, x, sizeof x);
-                   return R(RegDeleteValueW(Reg(), L"doomed"));
-               })
+        RegRow("RegDeleteValueW")
+            .Call([] {
+                const BYTE x[] = "x";
+                RegSetValueExA(Reg(), "doomed", 0, REG_SZ, x, sizeof x);
+                return R(RegDeleteValueW(Reg(), L"doomed"));
+            })
             .Fuzz([](Fuzz& f) { RegDeleteValueW(FuzzKey(), f.Str(Fuzz::NullOk)); }),
-        RegRow("RegEnumKeyExW",
-               [] {
-                   WCHAR name[64], keyClass[64];
-                   DWORD n = 64, classN = 64;
-                   return R(RegEnumKeyExW(Reg(), 0, name, &n, nullptr, keyClass, &classN, nullptr));
-               })
+        RegRow("RegEnumKeyExW")
+            .Call([] {
+                WCHAR keyClass[64];
+                DWORD n = 64, classN = 64;
+                return R(RegEnumKeyExW(Reg(), 0, Room(), &n, nullptr, keyClass, &classN, nullptr));
+            })
             .Fuzz([](Fuzz& f) {
                 DWORD n = f.Count(5), classN = f.Count(0);
                 WCHAR* name = f.Out<WCHAR>(n);
@@ -405,13 +392,12 @@ std::vector<Row> ServiceRows()
                     EXPECT_TRUE(got == 0 || (got == 5 && got < n)) << got << " of " << n;
                 }
             }),
-        RegRow("RegEnumValueW",
-               [] {
-                   WCHAR name[64];
-                   BYTE data[64];
-                   DWORD n = 64, type = 0, bytes = sizeof data;
-                   return R(RegEnumValueW(Reg(), 0, name, &n, nullptr, &type, data, &bytes));
-               })
+        RegRow("RegEnumValueW")
+            .Call([] {
+                BYTE data[64];
+                DWORD n = 64, type = 0, bytes = sizeof data;
+                return R(RegEnumValueW(Reg(), 0, Room(), &n, nullptr, &type, data, &bytes));
+            })
             .Fuzz([](Fuzz& f) {
                 const DWORD index = f.Pick(7);  // one past the last value too
                 DWORD n = f.Count(6), size = f.Count(16);
@@ -425,25 +411,22 @@ std::vector<Row> ServiceRows()
                     EXPECT_LE(bytes, size);
                 }
             }),
-        RegRow("RegQueryInfoKeyW",
-               [] {
-                   WCHAR keyClass[64];
-                   DWORD classN = 64, subKeys = 0, values = 0, maxData = 0;
-                   return R(RegQueryInfoKeyW(Reg(), keyClass, &classN, nullptr, &subKeys, nullptr,
-                                             nullptr, &values, nullptr, &maxData, nullptr,
-                                             nullptr));
-               })
+        RegRow("RegQueryInfoKeyW")
+            .Call([] {
+                DWORD classN = 64, subKeys = 0, values = 0, maxData = 0;
+                return R(RegQueryInfoKeyW(Reg(), Room(), &classN, nullptr, &subKeys, nullptr,
+                                          nullptr, &values, nullptr, &maxData, nullptr, nullptr));
+            })
             .Fuzz([](Fuzz& f) {
                 DWORD classN = f.Count(0), got = classN;
                 RegQueryInfoKeyW(Reg(), f.Out<WCHAR>(classN), &got, nullptr, nullptr, nullptr,
                                  nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
             }),
-        RegRow("RegQueryValueExW",
-               [] {
-                   BYTE data[64];
-                   DWORD type = 0, bytes = sizeof data;
-                   return R(RegQueryValueExW(Reg(), L"value", nullptr, &type, data, &bytes));
-               })
+        RegRow("RegQueryValueExW")
+            .Call([] {
+                DWORD type = 0, bytes = 64;
+                return R(RegQueryValueExW(Reg(), L"value", nullptr, &type, Room<BYTE>(), &bytes));
+            })
             .Fuzz([](Fuzz& f) {
                 const std::wstring known = harness::FromAnsi(DataNames[f.Pick(6)]);
                 LPCWSTR name = f.Pick(3) ? known.c_str() : f.Str(Fuzz::NullOk);
@@ -455,12 +438,12 @@ std::vector<Row> ServiceRows()
                     EXPECT_LE(bytes, size);
                 }
             }),
-        RegRow("RegSetValueExW",
-               [] {
-                   static const WCHAR text[] = L"sweep";
-                   return R(RegSetValueExW(Reg(), L"set", 0, REG_SZ,
-                                           reinterpret_cast<const BYTE*>(text), sizeof text));
-               })
+        RegRow("RegSetValueExW")
+            .Call([] {
+                static const WCHAR text[] = L"sweep";
+                return R(RegSetValueExW(Reg(), L"set", 0, REG_SZ,
+                                        reinterpret_cast<const BYTE*>(text), sizeof text));
+            })
             .Undo([](Result) { RegDeleteValueA(Reg(), "set"); })
             .Fuzz([](Fuzz& f) {
                 LPCWSTR name = f.Str(Fuzz::NullOk), text = f.Str();
@@ -471,36 +454,15 @@ std::vector<Row> ServiceRows()
                 RegSetValueExW(FuzzKey(), name, 0, type, reinterpret_cast<const BYTE*>(text),
                                DWORD(bytes));
             }),
-        RegRow("RegCreateKeyW",
-               [] {
-                   HKEY k = nullptr;
-                   LONG r = RegCreateKeyW(Reg(), L"created", &k);
-                   Close(k);
-                   return R(r);
-               })
+        RegRow("RegCreateKeyW")
+            .Call([] { return R(RegCreateKeyW(Reg(), L"created", Opened())); })
             .Undo([](Result) { RegDeleteKeyA(Reg(), "created"); })
-            .Fuzz([](Fuzz& f) {
-                HKEY k = nullptr;
-                RegCreateKeyW(FuzzKey(), f.Str(Fuzz::NullOk), &k);
-                Close(k);
-            }),
-        RegRow("RegOpenKeyW",
-               [] {
-                   HKEY k = nullptr;
-                   LONG r = RegOpenKeyW(Reg(), L"child", &k);
-                   Close(k);
-                   return R(r);
-               })
-            .Fuzz([](Fuzz& f) {
-                HKEY k = nullptr;
-                RegOpenKeyW(Reg(), f.Str(Fuzz::NullOk), &k);
-                Close(k);
-            }),
-        RegRow("RegEnumKeyW",
-               [] {
-                   WCHAR name[64];
-                   return R(RegEnumKeyW(Reg(), 0, name, 64));
-               })
+            .Fuzz([](Fuzz& f) { RegCreateKeyW(FuzzKey(), f.Str(Fuzz::NullOk), Opened()); }),
+        RegRow("RegOpenKeyW")
+            .Call([] { return R(RegOpenKeyW(Reg(), L"child", Opened())); })
+            .Fuzz([](Fuzz& f) { RegOpenKeyW(Reg(), f.Str(Fuzz::NullOk), Opened()); }),
+        RegRow("RegEnumKeyW")
+            .Call([] { return R(RegEnumKeyW(Reg(), 0, Room(), 64)); })
             .Fuzz([](Fuzz& f) {
                 DWORD n = f.Count(6);
                 WCHAR* name = f.Out<WCHAR>(n);
@@ -511,12 +473,11 @@ std::vector<Row> ServiceRows()
                     EXPECT_EQ(std::wstring(name), harness::FromAnsi(first));
                 }
             }),
-        RegRow("RegQueryValueW",
-               [] {
-                   WCHAR value[64];
-                   LONG bytes = sizeof value;
-                   return R(RegQueryValueW(Reg(), L"child", value, &bytes));
-               })
+        RegRow("RegQueryValueW")
+            .Call([] {
+                LONG bytes = 128;
+                return R(RegQueryValueW(Reg(), L"child", Room(), &bytes));
+            })
             .Fuzz([](Fuzz& f) {
                 LPCWSTR subKey = f.Pick(2) ? L"child" : f.Str(Fuzz::NullOk);
                 // Wine's own function writes an empty text into a buffer of fewer than
@@ -530,13 +491,11 @@ std::vector<Row> ServiceRows()
                     EXPECT_LE(bytes, size);
                 }
             }),
-        Row("GetUserNameW",
-            [] {
-                WCHAR name[UNLEN + 1];
+        Row("GetUserNameW", FALSE)
+            .Call([] {
                 DWORD n = UNLEN + 1;
-                return R(GetUserNameW(name, &n));
-            },
-            FALSE)
+                return R(GetUserNameW(Room(), &n));
+            })
             .Fuzz([](Fuzz& f) {
                 char nameA[UNLEN + 1];
                 DWORD lengthA = UNLEN + 1;
@@ -549,15 +508,14 @@ std::vector<Row> ServiceRows()
             }),
 
         // ---- DDE, UUID strings, automation strings and network connections
-        Row("DdeInitializeW",
-            [] {
+        Row("DdeInitializeW", DMLERR_SYS_ERROR)
+            .Call([] {
                 DWORD instance = 0;
                 UINT r = DdeInitializeW(&instance, Ignore, APPCMD_CLIENTONLY, 0);
                 if (r == DMLERR_NO_ERROR)
                     DdeUninitialize(instance);
                 return R(r);
-            },
-            DMLERR_SYS_ERROR)
+            })
             .Ok(DMLERR_NO_ERROR),
         Row("DdeCreateStringHandleW",
             [] { return R(DdeCreateStringHandleW(Dde(), L"sweep", CP_WINUNICODE)); }, 0,
@@ -567,12 +525,8 @@ std::vector<Row> ServiceRows()
                 if (HSZ hsz = DdeCreateStringHandleW(Dde(), f.Str(), CP_WINUNICODE))
                     DdeFreeStringHandle(Dde(), hsz);
             }),
-        Row("DdeQueryStringW",
-            [] {
-                WCHAR text[64];
-                return R(DdeQueryStringW(Dde(), DdeText(), text, 64, CP_WINUNICODE));
-            },
-            0, Error::AsLeft)
+        Row("DdeQueryStringW", 0, Error::AsLeft)
+            .Call([] { return R(DdeQueryStringW(Dde(), DdeText(), Room(), 64, CP_WINUNICODE)); })
             .Fuzz([](Fuzz& f) {
                 DWORD n = f.Count(int(harness::NonAsciiText().size()) + 1);
                 WCHAR* text = f.Pick(4) ? f.Out<WCHAR>(n) : nullptr;
@@ -582,13 +536,11 @@ std::vector<Row> ServiceRows()
                     EXPECT_LT(r, n);
                 }
             }),
-        Row("WNetGetConnectionW",
-            [] {
-                WCHAR remote[64];
+        Row("WNetGetConnectionW", ERROR_OUTOFMEMORY, Error::Code)
+            .Call([] {
                 DWORD n = 64;
-                return R(WNetGetConnectionW(L"C:", remote, &n));
-            },
-            ERROR_OUTOFMEMORY, Error::Code)
+                return R(WNetGetConnectionW(L"C:", Room(), &n));
+            })
             .Ok([](Result r) { return r == ERROR_NOT_CONNECTED || r == ERROR_NO_NETWORK; })
             .Fuzz([](Fuzz& f) {
                 LPCWSTR local = f.Str();
@@ -623,29 +575,24 @@ std::vector<Row> ServiceRows()
                     EXPECT_GE(got, remoteW.size() + 1);
                 }
             }),
-        Row("AtWNetGetConnectionW",
-            [] {
-                WCHAR remote[64];
+        Row("AtWNetGetConnectionW", ERROR_OUTOFMEMORY, Error::Code)
+            .Call([] {
                 DWORD n = 64;
-                return R(AtWNetGetConnectionW(L"C:", remote, &n));
-            },
-            ERROR_OUTOFMEMORY, Error::Code)
+                return R(AtWNetGetConnectionW(L"C:", Room(), &n));
+            })
             .Ok([](Result r) { return r == ERROR_NOT_CONNECTED || r == ERROR_NO_NETWORK; }),
-        Row("UuidFromStringW",
-            [] {
-                UUID uuid;
+        Row("UuidFromStringW", RPC_S_OUT_OF_MEMORY, Error::Code)
+            .Call([] {
                 WCHAR text[] = L"12345678-1234-5678-9abc-def012345678";
-                return R(UuidFromStringW(reinterpret_cast<RPC_WSTR>(text), &uuid));
-            },
-            RPC_S_OUT_OF_MEMORY, Error::Code)
+                return R(UuidFromStringW(reinterpret_cast<RPC_WSTR>(text), Room<UUID>()));
+            })
             .Ok(RPC_S_OK)
             .Fuzz([](Fuzz& f) {
-                UUID uuid;
-                UuidFromStringW(reinterpret_cast<RPC_WSTR>(const_cast<LPWSTR>(f.Str(Fuzz::NullOk))),
-                                &uuid);
+                auto* text = reinterpret_cast<RPC_WSTR>(const_cast<LPWSTR>(f.Str(Fuzz::NullOk)));
+                UuidFromStringW(text, Room<UUID>());
             }),
-        Row("UuidToStringW",
-            [] {
+        Row("UuidToStringW", RPC_S_OUT_OF_MEMORY, Error::Code)
+            .Call([] {
                 UUID uuid = Sample;
                 RPC_WSTR text = nullptr;
                 RPC_STATUS r = UuidToStringW(&uuid, &text);
@@ -655,20 +602,18 @@ std::vector<Row> ServiceRows()
                     RpcStringFreeW(&text);
                 }
                 return R(r);
-            },
-            RPC_S_OUT_OF_MEMORY, Error::Code)
+            })
             .Ok(RPC_S_OK),
         // On the ANSI path it frees with the kernel's heap functions alone.
-        Row("RpcStringFreeW",
-            [] {
+        Row("RpcStringFreeW", std::nullopt)
+            .Call([] {
                 RPC_WSTR text = StringToFree();
                 return R(RpcStringFreeW(&text));
-            },
-            std::nullopt)
+            })
             .Ok(RPC_S_OK)
             .Kernel(),
         Row("SysAllocStringLen", [] { return R(SysAllocStringLen(L"sweep", 5)); }, 0)
-            .Undo([](Result b) { FreeBstr(BSTR(b)); })
+            .Undo([](Result b) { SysFreeString(BSTR(b)); })
             .Fuzz([](Fuzz& f) {
                 LPCWSTR text = f.Str(Fuzz::NullOk);
                 UINT len = f.Count(f.Len(text));
@@ -677,16 +622,15 @@ std::vector<Row> ServiceRows()
                     EXPECT_EQ(SysStringLen(b), len);
                     EXPECT_EQ(b[len], L'\0');
                 }
-                FreeBstr(b);
+                SysFreeString(b);
             }),
-        Row("SysReAllocStringLen",
-            [] {
+        Row("SysReAllocStringLen", FALSE)
+            .Call([] {
                 BSTR b = SysAllocString(L"sweep");
                 INT r = SysReAllocStringLen(&b, L"sweeping", 8);
-                FreeBstr(b);
+                SysFreeString(b);
                 return R(r);
-            },
-            FALSE)
+            })
             .Fuzz([](Fuzz& f) {
                 BSTR b = f.Pick(4) ? SysAllocString(L"sweep") : nullptr;
                 LPCWSTR text = f.Str(Fuzz::NullOk);
@@ -694,28 +638,22 @@ std::vector<Row> ServiceRows()
                 if (SysReAllocStringLen(&b, text, len)) {
                     EXPECT_EQ(SysStringLen(b), len);
                 }
-                FreeBstr(b);
+                SysFreeString(b);
             }),
 
         // ---- version information
-        Row("GetFileVersionInfoSizeW",
-            [] {
-                DWORD handle;
-                return R(GetFileVersionInfoSizeW(SystemFile().c_str(), &handle));
-            },
-            0)
+        Row("GetFileVersionInfoSizeW", 0)
+            .Call([] { return R(GetFileVersionInfoSizeW(SystemFile().c_str(), Room<DWORD>())); })
             .Fuzz([](Fuzz& f) {
-                DWORD handle;
-                GetFileVersionInfoSizeW(f.Path(), f.Pick(2) ? &handle : nullptr);
+                GetFileVersionInfoSizeW(f.Path(), f.Pick(2) ? Room<DWORD>() : nullptr);
             }),
-        Row("GetFileVersionInfoW",
-            [] {
+        Row("GetFileVersionInfoW", FALSE)
+            .Call([] {
                 static std::vector<BYTE> block(
                     GetFileVersionInfoSizeA(harness::ToAnsi(SystemFile()).c_str(), nullptr));
                 return R(GetFileVersionInfoW(SystemFile().c_str(), 0, DWORD(block.size()),
                                              block.data()));
-            },
-            FALSE)
+            })
             .Fuzz([](Fuzz& f) {
                 static const std::wstring file = SystemFile();
                 static const int size =
@@ -724,25 +662,16 @@ std::vector<Row> ServiceRows()
                 int n = std::max(f.Count(size), 4);
                 GetFileVersionInfoW(f.Pick(2) ? file.c_str() : f.Path(), 0, n, f.Out<BYTE>(n));
             }),
-        Row("VerQueryValueW",
-            [] {
-                LPVOID value = nullptr;
-                UINT length = 0;
-                return R(VerQueryValueW(VersionBlock(), L"\\VarFileInfo\\Translation", &value,
-                                        &length));
-            },
-            FALSE, Error::AsLeft)
+        Row("VerQueryValueW", FALSE, Error::AsLeft)
+            .Call([] {
+                return R(VerQueryValueW(VersionBlock(), L"\\VarFileInfo\\Translation",
+                                        Room<LPVOID>(), Room<UINT>()));
+            })
             .Fuzz([](Fuzz& f) {
-                LPVOID value = nullptr;
-                UINT length = 0;
-                VerQueryValueW(VersionBlock(), f.Str(), &value, &length);
+                VerQueryValueW(VersionBlock(), f.Str(), Room<LPVOID>(), Room<UINT>());
             }),
-        Row("VerLanguageNameW",
-            [] {
-                WCHAR name[128];
-                return R(VerLanguageNameW(0x409, name, 128));
-            },
-            0, Error::AsLeft)
+        Row("VerLanguageNameW", 0, Error::AsLeft)
+            .Call([] { return R(VerLanguageNameW(0x409, Room(), 128)); })
             .Fuzz([](Fuzz& f) {
                 char nameA[128] = "";
                 VerLanguageNameA(0x411, nameA, 128);
@@ -751,14 +680,13 @@ std::vector<Row> ServiceRows()
                 VerLanguageNameW(0x411, name, n);
             }),
         // A result of 0 is success here, and also what a failed allocation answers.
-        Row("VerFindFileW",
-            [] {
+        Row("VerFindFileW", 0, Error::AsLeft)
+            .Call([] {
                 WCHAR cur[MAX_PATH], dest[MAX_PATH];
                 UINT curN = MAX_PATH, destN = MAX_PATH;
                 return R(VerFindFileW(0, const_cast<LPWSTR>(L"kernel32.dll"), nullptr, nullptr,
                                       cur, &curN, dest, &destN));
-            },
-            0, Error::AsLeft)
+            })
             .WhenMissing(VFF_BUFFTOOSMALL)
             .Ok([](Result r) { return (r & VFF_BUFFTOOSMALL) == 0; })
             .Fuzz([](Fuzz& f) {
@@ -768,8 +696,8 @@ std::vector<Row> ServiceRows()
                 VerFindFileW(0, const_cast<LPWSTR>(ShortStr(f)), nullptr,
                              const_cast<LPWSTR>(Folder().c_str()), cur, &curN, dest, &destN);
             }),
-        Row("VerInstallFileW",
-            [] {
+        Row("VerInstallFileW", 0, Error::AsLeft)
+            .Call([] {
                 MakeFile(L"install source");
                 static const std::wstring folder = Folder();
                 WCHAR tmp[MAX_PATH];
@@ -779,8 +707,7 @@ std::vector<Row> ServiceRows()
                                          const_cast<LPWSTR>(folder.c_str()),
                                          const_cast<LPWSTR>(folder.c_str()),
                                          const_cast<LPWSTR>(L""), tmp, &tmpN));
-            },
-            0, Error::AsLeft)
+            })
             .WhenMissing(VIF_OUTOFMEMORY)
             .Ok(0)
             .Undo([](Result) { DeleteFileA(harness::ToAnsi(PathIn(L"installed")).c_str()); })
@@ -837,12 +764,11 @@ std::vector<Row> ServiceRows()
                 EXPECT_LE(r, index == GCS_CURSORPOS || index == GCS_DELTASTART ? LONG(chars)
                                                                                : LONG(n ? n : r));
             }),
-        Row("ImmSetCompositionStringW",
-            [] {
+        Row("ImmSetCompositionStringW", FALSE, Error::AsLeft)
+            .Call([] {
                 static WCHAR text[] = L"sweep";
                 return R(ImmSetCompositionStringW(Context(), SCS_SETSTR, text, 10, nullptr, 0));
-            },
-            FALSE, Error::AsLeft)
+            })
             .Ok([](Result) { return true; })  // FALSE without an input method
             .Fuzz([](Fuzz& f) {
                 LPCWSTR comp = f.Str(), read = f.Str(Fuzz::NullOk);
@@ -879,12 +805,11 @@ std::vector<Row> ServiceRows()
                     EXPECT_EQ(list->dwSize, r);
                 }
             }),
-        Row("ImmGetCandidateListCountW",
-            [] {
+        Row("ImmGetCandidateListCountW", 0, Error::AsLeft)
+            .Call([] {
                 DWORD lists = 0;
                 return R(ImmGetCandidateListCountW(Context(), &lists));
-            },
-            0, Error::AsLeft)
+            })
             .Ok([](Result) { return true; })  // no candidates without an input method
             .Fuzz([](Fuzz& f) {
                 DWORD lists = 0;
@@ -907,12 +832,11 @@ std::vector<Row> ServiceRows()
                 ImmGetCandidateListCountW(Context(), &lists);
                 EXPECT_EQ(lists, played);
             }),
-        Row("ImmGetConversionListW",
-            [] {
+        Row("ImmGetConversionListW", 0, Error::AsLeft)
+            .Call([] {
                 return R(ImmGetConversionListW(Layout(), Context(), L"sweep", nullptr, 0,
                                                GCL_CONVERSION));
-            },
-            0, Error::AsLeft)
+            })
             .Ok([](Result) { return true; })  // no conversions without an input method
             .Fuzz([](Fuzz& f) {
                 LPCWSTR source = f.Str();
@@ -939,48 +863,37 @@ std::vector<Row> ServiceRows()
                     EXPECT_EQ(r, needed);
                 }
             }),
-        Row("ImmGetDescriptionW",
-            [] {
-                WCHAR text[64];
-                return R(ImmGetDescriptionW(Layout(), text, 64));
-            },
-            0, Error::AsLeft)
+        Row("ImmGetDescriptionW", 0, Error::AsLeft)
+            .Call([] { return R(ImmGetDescriptionW(Layout(), Room(), 64)); })
             .Ok([](Result) { return true; })  // no description without an input method
             .Fuzz([](Fuzz& f) { FuzzTextOut(f, "ImmGetDescriptionA", ImmGetDescriptionW); }),
-        Row("ImmGetIMEFileNameW",
-            [] {
-                WCHAR text[MAX_PATH];
-                return R(ImmGetIMEFileNameW(Layout(), text, MAX_PATH));
-            },
-            0, Error::AsLeft)
+        Row("ImmGetIMEFileNameW", 0, Error::AsLeft)
+            .Call([] { return R(ImmGetIMEFileNameW(Layout(), Room(), MAX_PATH)); })
             .Ok([](Result) { return true; })  // no file without an input method
             .Fuzz([](Fuzz& f) { FuzzTextOut(f, "ImmGetIMEFileNameA", ImmGetIMEFileNameW); }),
-        Row("ImmRegisterWordW",
-            [] {
+        Row("ImmRegisterWordW", FALSE, Error::AsLeft)
+            .Call([] {
                 return R(ImmRegisterWordW(Layout(), L"sweep", IME_REGWORD_STYLE_EUDC, L"sweep"));
-            },
-            FALSE, Error::AsLeft)
+            })
             .Ok([](Result) { return true; })  // no dictionary without an input method
             .Fuzz([](Fuzz& f) {
                 ImmRegisterWordW(Layout(), f.Str(Fuzz::NullOk), IME_REGWORD_STYLE_EUDC,
                                  f.Str(Fuzz::NullOk));
             }),
-        Row("ImmUnregisterWordW",
-            [] {
+        Row("ImmUnregisterWordW", FALSE, Error::AsLeft)
+            .Call([] {
                 return R(ImmUnregisterWordW(Layout(), L"sweep", IME_REGWORD_STYLE_EUDC, L"sweep"));
-            },
-            FALSE, Error::AsLeft)
+            })
             .Ok([](Result) { return true; })  // no dictionary without an input method
             .Fuzz([](Fuzz& f) {
                 ImmUnregisterWordW(Layout(), f.Str(Fuzz::NullOk), IME_REGWORD_STYLE_EUDC,
                                    f.Str(Fuzz::NullOk));
             }),
-        Row("ImmGetRegisterWordStyleW",
-            [] {
+        Row("ImmGetRegisterWordStyleW", 0, Error::AsLeft)
+            .Call([] {
                 STYLEBUFW styles[4];
                 return R(ImmGetRegisterWordStyleW(Layout(), 4, styles));
-            },
-            0, Error::AsLeft)
+            })
             .Ok([](Result) { return true; })  // no styles without an input method
             .Fuzz([](Fuzz& f) {
                 std::optional<harness::Hook<decltype(&ImmGetRegisterWordStyleA)>> play;
@@ -1005,12 +918,11 @@ std::vector<Row> ServiceRows()
                     EXPECT_TRUE(Terminated(styles[i].szDescription, STYLE_DESCRIPTION_SIZE));
                 }
             }),
-        Row("ImmEnumRegisterWordW",
-            [] {
+        Row("ImmEnumRegisterWordW", 0, Error::AsLeft)
+            .Call([] {
                 int words = 0;
                 return R(ImmEnumRegisterWordW(Layout(), CountWords, nullptr, 0, nullptr, &words));
-            },
-            0, Error::AsLeft)
+            })
             .Ok([](Result) { return true; })  // no words without an input method
             .Fuzz([](Fuzz& f) {
                 int words = 0;
@@ -1039,14 +951,13 @@ std::vector<Row> ServiceRows()
         // The adapter calls no system function: it converts and calls the wide procedure,
         // on either path. (Only the ANSI path's call gets text: the allocation sweep
         // takes any allocation on the W path for a fault.)
-        Row("AtfnEnumRegisterWordProcA",
-            [] {
+        Row("AtfnEnumRegisterWordProcA", 0, Error::AsLeft)
+            .Call([] {
                 int words = 0;
                 AtEnumRegisterWordContextW context = {CountWords, &words};
                 LPCSTR text = harness::AnsiPath() ? "sweep" : nullptr;
                 return R(AtfnEnumRegisterWordProcA(text, 0, text, &context));
-            },
-            0, Error::AsLeft)
+            })
             .Kernel()
             .WorksWhenMissing()
             .Fuzz([](Fuzz& f) {
@@ -1055,12 +966,8 @@ std::vector<Row> ServiceRows()
                 LPCSTR reading = AnsiCopy(f, f.Str()), word = AnsiCopy(f, f.Str());
                 EXPECT_EQ(AtfnEnumRegisterWordProcA(reading, 0, word, &context), 1);
             }),
-        Row("ImmGetCompositionFontW",
-            [] {
-                LOGFONTW font;
-                return R(ImmGetCompositionFontW(Context(), &font));
-            },
-            FALSE)
+        Row("ImmGetCompositionFontW", FALSE)
+            .Call([] { return R(ImmGetCompositionFontW(Context(), Room<LOGFONTW>())); })
             .Ok([](Result) { return true; })  // FALSE without an input context
             .Fuzz([](Fuzz& f) {
                 std::optional<harness::Hook<decltype(&ImmGetCompositionFontA)>> play;
@@ -1080,14 +987,13 @@ std::vector<Row> ServiceRows()
                     EXPECT_TRUE(Terminated(font->lfFaceName, LF_FACESIZE));
                 }
             }),
-        Row("ImmSetCompositionFontW",
-            [] {
+        Row("ImmSetCompositionFontW", FALSE)
+            .Call([] {
                 LOGFONTW font = {};
                 font.lfHeight = -12;
                 lstrcpyW(font.lfFaceName, L"Tahoma");
                 return R(ImmSetCompositionFontW(Context(), &font));
-            },
-            FALSE)
+            })
             .Ok([](Result) { return true; })  // FALSE without an input context
             .Fuzz([](Fuzz& f) {
                 LOGFONTW* font = f.Out<LOGFONTW>(1);
@@ -1102,22 +1008,17 @@ std::vector<Row> ServiceRows()
             FALSE, Error::AsLeft)
             .Ok([](Result) { return true; })  // FALSE: Wine has no sound device here
             .Fuzz([](Fuzz& f) { sndPlaySoundW(f.Path(), SND_SYNC | SND_NODEFAULT); }),
-        Row("PlaySoundW",
-            [] {
+        Row("PlaySoundW", FALSE, Error::AsLeft)
+            .Call([] {
                 return R(PlaySoundW(Sound().c_str(), nullptr,
                                     SND_FILENAME | SND_SYNC | SND_NODEFAULT));
-            },
-            FALSE, Error::AsLeft)
+            })
             .Ok([](Result) { return true; })  // FALSE: Wine has no sound device here
             .Fuzz([](Fuzz& f) {
                 PlaySoundW(f.Path(), nullptr, SND_FILENAME | SND_SYNC | SND_NODEFAULT);
             }),
-        Row("mciSendStringW",
-            [] {
-                WCHAR reply[32];
-                return R(mciSendStringW(L"sysinfo all quantity", reply, 32, nullptr));
-            },
-            MCIERR_OUT_OF_MEMORY, Error::AsLeft)
+        Row("mciSendStringW", MCIERR_OUT_OF_MEMORY, Error::AsLeft)
+            .Call([] { return R(mciSendStringW(L"sysinfo all quantity", Room(), 32, nullptr)); })
             .WhenMissing(MCIERR_UNSUPPORTED_FUNCTION)
             .Ok(0)
             .Fuzz([](Fuzz& f) {
@@ -1129,8 +1030,8 @@ std::vector<Row> ServiceRows()
                     EXPECT_TRUE(Terminated(reply, n));
                 }
             }),
-        Row("mciSendCommandW",
-            [] {
+        Row("mciSendCommandW", MCIERR_OUT_OF_MEMORY, Error::AsLeft)
+            .Call([] {
                 DWORD count = 0;
                 MCI_SYSINFO_PARMSW parms = {};
                 parms.lpstrReturn = reinterpret_cast<LPWSTR>(&count);
@@ -1138,8 +1039,7 @@ std::vector<Row> ServiceRows()
                 parms.wDeviceType = MCI_ALL_DEVICE_ID;
                 return R(mciSendCommandW(MCI_ALL_DEVICE_ID, MCI_SYSINFO, MCI_SYSINFO_QUANTITY,
                                          DWORD_PTR(&parms)));
-            },
-            MCIERR_OUT_OF_MEMORY, Error::AsLeft)
+            })
             .WhenMissing(MCIERR_UNSUPPORTED_FUNCTION)
             .Ok(0)
             .Fuzz([](Fuzz& f) {
@@ -1162,12 +1062,8 @@ std::vector<Row> ServiceRows()
             }),
         Row("mciGetDeviceIDW", [] { return R(mciGetDeviceIDW(L"all")); }, 0, Error::AsLeft)
             .Fuzz([](Fuzz& f) { mciGetDeviceIDW(f.Str()); }),
-        Row("mciGetErrorStringW",
-            [] {
-                WCHAR text[128];
-                return R(mciGetErrorStringW(MCIERR_INVALID_DEVICE_NAME, text, 128));
-            },
-            FALSE, Error::AsLeft)
+        Row("mciGetErrorStringW", FALSE, Error::AsLeft)
+            .Call([] { return R(mciGetErrorStringW(MCIERR_INVALID_DEVICE_NAME, Room(), 128)); })
             .Fuzz([](Fuzz& f) {
                 char textA[256] = "";
                 mciGetErrorStringA(MCIERR_INVALID_DEVICE_NAME, textA, sizeof textA);
