@@ -144,25 +144,15 @@ TEST_F(OpenSaveTest, OpenCopiesTheChoiceBackInCharacters)
     OPENFILENAMEW ofn = Record(script, OFN_FILEMUSTEXIST);
     ASSERT_EQ(GetOpenFileNameW(&ofn), TRUE) << std::hex << CommDlgExtendedError();
     const wstring path = dir + L"\\" + file;
-    EXPECT_EQ(buf, path);
-    EXPECT_EQ(ofn.nFileOffset, dir.size() + 1);
-    EXPECT_EQ(ofn.nFileExtension, path.size() - 3);
-    EXPECT_EQ(title, file);
+    EXPECT_EQ(std::tuple(wstring(buf), ofn.nFileOffset, ofn.nFileExtension, wstring(title)),
+              std::tuple(path, WORD(dir.size() + 1), WORD(path.size() - 3), file));
     // The queries answer the message's count, not a count of characters: on the
     // ANSI path the path's count is in bytes. (Wine's ANSI dialog counts the fileName
     // and the folder in characters; the helpers hand on whatever it answers.)
-    EXPECT_EQ(script.path, path);
-    EXPECT_EQ(script.fileName, file);
-    EXPECT_EQ(script.folder, dir);
-    if (AnsiPath()) {
-        EXPECT_EQ(script.pathCount, AnsiBytes(path) + 1);
-        EXPECT_EQ(script.fileNameCount, script.ansiCounts[0]);
-        EXPECT_EQ(script.folderCount, script.ansiCounts[2]);
-    } else {
-        EXPECT_EQ(script.pathCount, int(path.size()) + 1);
-        EXPECT_EQ(script.fileNameCount, int(file.size()) + 1);
-        EXPECT_EQ(script.folderCount, int(dir.size()) + 1);
-    }
+    EXPECT_EQ(std::tuple(script.path, script.fileName, script.folder), std::tuple(path, file, dir));
+    EXPECT_EQ(std::tuple(script.pathCount, script.fileNameCount, script.folderCount),
+              AnsiPath() ? std::tuple(AnsiBytes(path) + 1, script.ansiCounts[0], script.ansiCounts[2])
+                         : std::tuple(int(path.size()) + 1, int(file.size()) + 1, int(dir.size()) + 1));
 }
 
 TEST_F(OpenSaveTest, MultipleSelectionArrivesWhole)
@@ -278,21 +268,18 @@ TEST_F(OpenSaveAnsiTest, TheDialogGetsAnAnsiRecordOfHeapSizedBuffers)
     });
     HeapLog log;
     EXPECT_EQ(GetOpenFileNameW(&ofn), FALSE);
-    EXPECT_EQ(seen.lStructSize, 76u);
-    EXPECT_EQ(filterSeen, std::string("Text\0*.txt\0All\0*.*\0\0", 20));
-    EXPECT_EQ(customSeen, std::string("Mine\0*.my\0", 11));
-    EXPECT_EQ(seen.nMaxCustFilter, 20 * m);
-    EXPECT_EQ(fileSeen, ToAnsi(name));
-    EXPECT_EQ(seen.nMaxFile, 40 * m);
-    EXPECT_EQ(seen.nFileOffset, AnsiBytes(NonAsciiText()) + 1);
-    EXPECT_EQ(seen.nFileExtension, ToAnsi(name).size() - 3);
-    EXPECT_EQ(seen.nMaxFileTitle, 30 * m);
-    EXPECT_EQ(titleSeen, ToAnsi(L"T\u00E9"));
-    EXPECT_EQ(extSeen, "txt");
-    EXPECT_EQ(seen.lpTemplateName, MAKEINTRESOURCEA(7));
-    EXPECT_EQ(seen.Flags, DWORD(OFN_ALLOWMULTISELECT));
-    EXPECT_EQ(seen.lCustData, 1234);
-    EXPECT_EQ(seen.lpstrInitialDir, nullptr);
+    EXPECT_EQ(std::tuple(seen.lStructSize, filterSeen, customSeen, fileSeen, titleSeen, extSeen),
+              std::tuple(76u, std::string("Text\0*.txt\0All\0*.*\0\0", 20),
+                         std::string("Mine\0*.my\0", 11), ToAnsi(name), ToAnsi(L"T\u00E9"),
+                         std::string("txt")));
+    // Capacities in bytes of the code page's widest character, offsets in bytes.
+    EXPECT_EQ(std::tuple(seen.nMaxCustFilter, seen.nMaxFile, seen.nMaxFileTitle, seen.nFileOffset,
+                         seen.nFileExtension),
+              std::tuple(DWORD(20 * m), DWORD(40 * m), DWORD(30 * m),
+                         WORD(AnsiBytes(NonAsciiText()) + 1), WORD(ToAnsi(name).size() - 3)));
+    EXPECT_EQ(std::tuple(seen.lpTemplateName, seen.Flags, seen.lCustData, seen.lpstrInitialDir),
+              std::tuple(MAKEINTRESOURCEA(7), DWORD(OFN_ALLOWMULTISELECT), LPARAM(1234),
+                         LPCSTR(nullptr)));
     EXPECT_TRUE(log.freedInReverseOrder());
     EXPECT_EQ(file, name) << "a failed dialog copies nothing back";
 }
