@@ -101,46 +101,6 @@ TEST_F(BarsTest, Tooltips)
     EXPECT_EQ(SendMessageW(tt, TTM_GETTOOLCOUNT, 0, 0), 1);
 }
 
-// A wide parent answers a tool's request for text; the tooltip then holds that text.
-std::wstring tipAnswer;
-LRESULT CALLBACK OnTipNotify(HWND, int, NMHDR* nm)
-{
-    if (nm->code == TTN_NEEDTEXTW)
-        lstrcpynW(reinterpret_cast<NMTTDISPINFOW*>(nm)->szText, tipAnswer.c_str(), 80);
-    return 0;
-}
-LRESULT CALLBACK TipParent(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
-{
-    if (msg == WM_NOTIFY)
-        return AtHANDLE_WM_NOTIFYW(hwnd, wParam, lParam, OnTipNotify);
-    return DefWindowProcW(hwnd, msg, wParam, lParam);
-}
-
-TEST_F(BarsTest, TooltipAsksAWideParent)
-{
-    tipAnswer = L"Tipp " + NonAsciiText();
-    SetWindowLongW(parent.hwnd, GWL_WNDPROC, LONG(TipParent));
-    HWND tt = Control(parent.hwnd, TOOLTIPS_CLASSW, 0);
-    TTTOOLINFOW ti = Tool(parent.hwnd, 3, LPSTR_TEXTCALLBACKW);
-    ti.uFlags = TTF_IDISHWND;
-    ti.uId = UINT_PTR(parent.hwnd);
-    ASSERT_TRUE(ToolTips_AddTool(tt, &ti));
-    std::wstring shown;
-    if (AnsiPath()) {
-        char bufA[80] = "";
-        TTTOOLINFOA tiA = { TTTOOLINFOA_V2_SIZE, ti.uFlags, ti.hwnd, ti.uId };
-        tiA.lpszText = bufA;
-        SendMessageA(tt, TTM_GETTEXTA, 80, LPARAM(&tiA));
-        shown = harness::FromAnsi(bufA);
-    } else {
-        WCHAR bufW[80] = L"";
-        ti.lpszText = bufW;
-        SendMessageW(tt, TTM_GETTEXTW, 80, LPARAM(&ti));
-        shown = bufW;
-    }
-    EXPECT_EQ(shown, tipAnswer);
-}
-
 // Parts set and read: the length word counts what the control holds (bytes on the
 // ANSI path); an empty part answers 0 and leaves the buffer alone.
 TEST_F(BarsTest, StatusBar)
