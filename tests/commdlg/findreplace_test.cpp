@@ -1,6 +1,5 @@
 // The modeless find and replace dialogs: the owner hears of every button through
-// FINDMSGSTRING with the caller's own wide record, its texts and options filled
-// in, on both paths; and the dialog's own memory goes when the dialog does.
+// FINDMSGSTRING with the caller's own wide record, its texts and options filled in.
 #include <string>
 #include <vector>
 

@@ -164,8 +164,7 @@ TEST_F(OpenSaveTest, OpenCopiesTheChoiceBackInCharacters)
 
 // ---- through the harness: what the ANSI dialog is given, and what comes back
 
-// Binds the A dialogs (a template that cannot be found fails before any window),
-// so that the harness can hook them.
+// Binds the A dialogs for the hooks (a missing template fails before any window).
 void BindAnsiDialogs()
 {
     OPENFILENAMEW ofn = Blank();

@@ -94,10 +94,8 @@ void Fill(HWND hwnd, bool isCombo, const std::vector<std::wstring>& items)
         (isCombo ? AtComboBox_AddStringW : AtListBox_AddStringW)(hwnd, item.c_str());
 }
 
-// Every combination of the attribute flags (DDL_DRIVES with a few only: the system
-// takes a tenth of a second to look at the drive letters), in list boxes and combo
-// boxes, empty or holding entries already: the same entries in the same order, and
-// the same answer.
+// Every combination of the attribute flags (DDL_DRIVES with a few only: the drive
+// letters are slow), in list and combo boxes, empty or not: the system's entries and answer.
 TEST_F(DirectoriesTest, ListingsAsTheSystemLists)
 {
     const UINT flags[] = {DDL_READONLY, DDL_HIDDEN, DDL_SYSTEM, DDL_ARCHIVE, DDL_DIRECTORY,
