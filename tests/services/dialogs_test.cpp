@@ -135,13 +135,4 @@ TEST_F(DialogsTest, RecordsConvertBothWays)
     EXPECT_EQ(busy.dwFlags, 0x40u);
 }
 
-// The verb menu of no object: the platform's answer, on both paths.
-TEST_F(DialogsTest, VerbMenuWithoutAnObject)
-{
-    HMENU menu = CreatePopupMenu(), popup = nullptr;
-    EXPECT_EQ(OleUIAddVerbMenuA(nullptr, "tw", menu, 0, 100, 200, FALSE, 0, &popup),
-        OleUIAddVerbMenuW(nullptr, text.c_str(), menu, 0, 100, 200, FALSE, 0, &popup));
-    DestroyMenu(menu);
-}
-
 } // namespace

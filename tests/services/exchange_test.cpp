@@ -1,4 +1,4 @@
-// DDE string handles, UUID strings, automation strings and the network.
+// DDE string handles, UUID strings, automation strings and network connections.
 #include <string>
 
 #include "harness/harness.h"
@@ -124,22 +124,6 @@ TEST_F(ExchangeTest, UnconnectedDrive)
             EXPECT_EQ(remote[0], L'\0');
         }
     }
-}
-
-// Wine has no network: both answer ERROR_NO_NETWORK there, with the same texts.
-TEST_F(ExchangeTest, NetworkLastError)
-{
-    auto lastErrorA = reinterpret_cast<decltype(&WNetGetLastErrorA)>(
-        reinterpret_cast<void*>(GetProcAddress(LoadLibraryA("mpr.dll"), "WNetGetLastErrorA")));
-    ASSERT_NE(lastErrorA, nullptr);
-    DWORD error = 1234, errorA = 1234;
-    WCHAR textW[64] = L"", provider[64] = L"";
-    char textA[64] = "", providerA[64] = "";
-    EXPECT_EQ(WNetGetLastErrorW(&error, textW, 64, provider, 64),
-        lastErrorA(&errorA, textA, 64, providerA, 64));
-    EXPECT_EQ(error, errorA);
-    EXPECT_EQ(wstring(textW), FromAnsi(textA));
-    EXPECT_EQ(wstring(provider), FromAnsi(providerA));
 }
 
 } // namespace

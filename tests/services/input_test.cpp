@@ -22,20 +22,6 @@ protected:
     const HIMC himc = HIMC(0x1234); // the test plays the input method for it
 };
 
-// A keyboard without an input method: the A functions' answers, on both paths.
-TEST_F(InputTest, WithoutAnInputMethod)
-{
-    HKL layout = GetKeyboardLayout(0);
-    wchar_t buf[64] = L"#";
-    char bufA[64] = "";
-    EXPECT_EQ(ImmGetDescriptionW(layout, buf, 64), ImmGetDescriptionA(layout, bufA, 64));
-    EXPECT_EQ(ImmGetIMEFileNameW(layout, buf, 64), ImmGetIMEFileNameA(layout, bufA, 64));
-    EXPECT_EQ(
-        ImmGetRegisterWordStyleW(layout, 0, nullptr), ImmGetRegisterWordStyleA(layout, 0, nullptr));
-    EXPECT_FALSE(ImmRegisterWordW(layout, text.c_str(), IME_REGWORD_STYLE_EUDC, text.c_str()));
-    EXPECT_FALSE(ImmUnregisterWordW(layout, text.c_str(), IME_REGWORD_STYLE_EUDC, text.c_str()));
-}
-
 // The font through the LOGFONT converters, over an input context the test plays.
 TEST_F(InputTest, CompositionFontConverts)
 {
@@ -104,26 +90,19 @@ TEST_F(InputTest, CompositionCountsCharacters)
     for (size_t i = 0; i < text.size(); ++i)
         attributes.append(ToAnsi(text.substr(i, 1)).size(), char(i));
     const DWORD clauses[] = { 0, DWORD(third), DWORD(textA.size()) };
+    const string clauseBytes(reinterpret_cast<const char*>(clauses), sizeof clauses);
     TW_HOOK(hook, ImmGetCompositionStringA, [&](HIMC, DWORD index, LPVOID buf, DWORD size) -> LONG {
-        string data;
-        switch (index) {
-        case GCS_COMPSTR:
-            data = textA;
-            break;
-        case GCS_COMPATTR:
-            data = attributes;
-            break;
-        case GCS_COMPCLAUSE:
-            data.assign(reinterpret_cast<const char*>(clauses), sizeof clauses);
-            break;
-        case GCS_CURSORPOS:
+        if (index == GCS_CURSORPOS)
             return third;
-        default:
+        const string* data = index == GCS_COMPSTR ? &textA
+            : index == GCS_COMPATTR               ? &attributes
+            : index == GCS_COMPCLAUSE             ? &clauseBytes
+                                                  : nullptr;
+        if (!data)
             return IMM_ERROR_NODATA;
-        }
         if (size)
-            memcpy(buf, data.data(), std::min<size_t>(size, data.size()));
-        return LONG(data.size());
+            memcpy(buf, data->data(), std::min<size_t>(size, data->size()));
+        return LONG(data->size());
     });
     wchar_t buf[32] = {};
     EXPECT_EQ(ImmGetCompositionStringW(himc, GCS_COMPSTR, nullptr, 0), LONG(2 * text.size()));
