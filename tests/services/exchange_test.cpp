@@ -1,4 +1,4 @@
-// DDE string handles, UUID strings, automation strings and network connections.
+// DDE string handles, automation strings and network connections.
 #include <string>
 
 #include "harness/harness.h"
@@ -63,22 +63,6 @@ TEST_F(ExchangeTest, DdeStringHandles)
     }
     DdeFreeStringHandle(instance, hsz);
     DdeUninitialize(instance);
-}
-
-// Both ways, and the string freed by torwen's own RpcStringFreeW.
-TEST_F(ExchangeTest, UuidStrings)
-{
-    wchar_t form[] = L"6b29fc40-ca47-1067-b31d-00dd010662da", bad[] = L"x";
-    UUID uuid = {};
-    ASSERT_EQ(RPC_S_OK, UuidFromStringW(reinterpret_cast<RPC_WSTR>(form), &uuid));
-    EXPECT_EQ(uuid.Data1, 0x6B29FC40u);
-    EXPECT_EQ(uuid.Data4[7], 0xDA);
-    EXPECT_EQ(RPC_S_INVALID_STRING_UUID, UuidFromStringW(reinterpret_cast<RPC_WSTR>(bad), &uuid));
-    RPC_WSTR s = nullptr;
-    ASSERT_EQ(RPC_S_OK, UuidToStringW(&uuid, &s));
-    ASSERT_NE(s, nullptr);
-    EXPECT_EQ(wstring(reinterpret_cast<wchar_t*>(s)), form);
-    EXPECT_EQ(RPC_S_OK, RpcStringFreeW(&s));
 }
 
 // The same on both paths: the characters up to the first NUL, then zeros; and no
