@@ -30,11 +30,6 @@ std::wstring Sweep()
     return L"sweep " + NonAsciiText();
 }
 
-bool Any(Result)
-{
-    return true;
-}
-
 // ---- what the rows share
 
 // A display context with the stock GUI font selected.
@@ -403,7 +398,7 @@ std::vector<Row> GraphicsRows()
         // Wine keeps a font added by file name: its removal answers FALSE.
         Row("RemoveFontResourceW", FALSE, Error::OutOfMemory)
             .Call([] { return R(RemoveFontResourceW(FontFile().c_str())); })
-            .Ok(Any)
+            .AnyResult()
             .Fuzz([](F& f) { RemoveFontResourceW(f.Path()); }),
         Row("CreateScalableFontResource", FALSE, Error::OutOfMemory)
             .Call([] {
@@ -646,7 +641,7 @@ std::vector<Row> GraphicsRows()
                 DWORD size = MAX_PATH;
                 return R(GetICMProfileW(Screen(), &size, Room()));
             })
-            .Ok(Any)
+            .AnyResult()
             .Fuzz([](F& f) {
                 DWORD size = f.Count(MAX_PATH);
                 const DWORD given = size;
@@ -662,7 +657,7 @@ std::vector<Row> GraphicsRows()
                 int counted = 0;
                 return R(EnumICMProfilesW(Screen(), CountProfile, LPARAM(&counted)));
             })
-            .Ok(Any),
+            .AnyResult(),
         Row("AtICMEnumFuncFromAToW", 0, Error::AsLeft)
             .Call([] {
                 std::string name = A(PathIn(Sweep() + L".icm"));
@@ -798,7 +793,7 @@ std::vector<Row> GraphicsRows()
                     ClosePrinter(printer);
                 return R(r);
             })
-            .Ok(Any)
+            .AnyResult()
             .Fuzz([](F& f) {
                 HANDLE printer = nullptr;
                 PRINTER_DEFAULTSW defaults = { const_cast<LPWSTR>(f.Str(F::NullOk)),
@@ -813,7 +808,7 @@ std::vector<Row> GraphicsRows()
                 DWORD needed = 0;
                 return R(GetPrinterW(nullptr, 2, nullptr, 0, &needed));
             })
-            .Ok(Any)
+            .AnyResult()
             .Fuzz([](F& f) {
                 DWORD needed = 0, size = f.Count(256);
                 GetPrinterW(nullptr, PrinterLevels[f.Pick(4)], f.Out<BYTE>(size), size, &needed);
@@ -837,7 +832,7 @@ std::vector<Row> GraphicsRows()
                 LONG r = DocumentPropertiesW(Window(), nullptr, PrinterName(), nullptr, nullptr, 0);
                 return R(r < 0 ? -1 : r);
             })
-            .Ok(Any)
+            .AnyResult()
             .Fuzz([](F& f) {
                 DWORD modes[] = { 0, DM_OUT_BUFFER, DM_IN_BUFFER | DM_OUT_BUFFER };
                 DocumentPropertiesW(Window(), nullptr, const_cast<LPWSTR>(f.Str(F::NullOk)),
@@ -848,7 +843,7 @@ std::vector<Row> GraphicsRows()
             .Call([] {
                 return R(DeviceCapabilitiesW(PrinterName(), L"LPT1:", DC_BINS, nullptr, nullptr));
             })
-            .Ok(Any)
+            .AnyResult()
             .Fuzz([](F& f) {
                 static const WORD capabilities[]
                     = { DC_BINS, DC_BINNAMES, DC_PAPERNAMES, DC_FIELDS };
@@ -940,7 +935,7 @@ std::vector<Row> GraphicsRows()
                 DestroyMenu(menu);
                 return R(r);
             })
-            .Ok(Any)
+            .AnyResult()
             .Fuzz([](F& f) {
                 HMENU menu = CreatePopupMenu(), popup = nullptr;
                 OleUIAddVerbMenuW(
@@ -1001,7 +996,7 @@ std::vector<Row> GraphicsRows()
                     Shell_NotifyIconA(NIM_DELETE, reinterpret_cast<NOTIFYICONDATAA*>(data));
                 return R(r);
             })
-            .Ok(Any)
+            .AnyResult()
             .Fuzz([](F& f) {
                 auto* data = f.Out<NOTIFYICONDATAW>(1);
                 memset(data, 0, sizeof *data);
