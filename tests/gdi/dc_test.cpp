@@ -18,8 +18,7 @@ class DcTest : public TorwenTest
 {
 };
 
-// A metafile recorded to a file keeps its description: both parts on the W path,
-// the application's name alone (and an empty title) on the ANSI path.
+// A metafile's description keeps both parts on the W path, the application's alone on ANSI.
 TEST_F(DcTest, EnhancedMetafileKeepsItsDescription)
 {
     char temp[MAX_PATH];
@@ -50,8 +49,7 @@ TEST_F(DcTest, EnhancedMetafileKeepsItsDescription)
     DeleteFileW(file.c_str());
 }
 
-// The output argument never reaches the system; a device mode goes as a DEVMODEA of
-// 148 bytes followed by the driver's private bytes, however many there are.
+// No output name reaches the system; a device mode goes as 148 bytes plus the private bytes.
 TEST_F(DcTest, DeviceContextsGetAConvertedDeviceMode)
 {
     DeleteDC(CreateICW(L"DISPLAY", nullptr, nullptr, nullptr)); // binds the A functions
@@ -137,8 +135,7 @@ int CALLBACK CollectProfile(LPWSTR name, LPARAM lParam)
     return int(seen->names.size()) != seen->stopAfter;
 }
 
-// The wide callback sees each profile's name in wide form with its own lParam, and a
-// 0 from it ends the enumeration. The adapter works the same on both paths.
+// Profile names reach the wide callback with its lParam; a 0 from it ends the enumeration.
 TEST_F(DcTest, ProfileEnumerationCallsTheWideCallback)
 {
     const string names[] = { "a.icm", ToAnsi(NonAsciiText() + L".icm"), "c.icm" };

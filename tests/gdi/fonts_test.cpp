@@ -60,8 +60,7 @@ protected:
     DWORD* pixels = nullptr;
 };
 
-// A face name beyond ASCII goes in wide and comes back wide; GetObjectW answers a
-// whole LOGFONTW for a font and tells its size without asking the system.
+// Face names beyond ASCII round-trip; GetObjectW answers a whole LOGFONTW for a font.
 TEST_F(FontsTest, FontsRoundTripTheirFaceNames)
 {
     LOGFONTW lf {};
@@ -124,8 +123,7 @@ int CALLBACK Collect(const LOGFONTW* lf, const TEXTMETRICW* tm, DWORD, LPARAM lP
     return ++seen->calls != seen->stopAfter;
 }
 
-// The wide callback gets its own lParam and wide records; a 0 from it ends the
-// enumeration. Both enumerations list the families the system's W function lists.
+// The wide callback gets its lParam and the system's families; a 0 from it ends the list.
 TEST_F(FontsTest, EnumerationsCallTheWideCallback)
 {
     auto systemEx = SystemGdi<decltype(&EnumFontFamiliesExW)>("EnumFontFamiliesExW");
@@ -147,8 +145,7 @@ TEST_F(FontsTest, EnumerationsCallTheWideCallback)
     EXPECT_EQ(stopped.calls, 1);
 }
 
-// Fit and partial extents count characters. Under a double-byte code page a
-// character of two bytes counts one and ends where its second byte does.
+// Fit and extents count characters: a two-byte character ends where its second byte does.
 TEST_F(FontsTest, ExtentsCountCharacters)
 {
     auto systemW = SystemGdi<decltype(&GetTextExtentExPointW)>("GetTextExtentExPointW");
@@ -192,8 +189,7 @@ TEST_F(FontsTest, ExtentsCountCharacters)
             EXPECT_EQ(std::vector<int>(extents, extents + fit),
                 std::vector<int>(extentsW, extentsW + fitW));
         } else {
-            // Wine measures an ANSI string in the font's code page (1252 for the only
-            // fonts here), so only the count of characters is the W function's.
+            // Wine measures ANSI text in the font's code page (1252): only the fit agrees.
             EXPECT_EQ(fit, c.maxExtent == 1000 ? fitW : fit);
         }
     }
@@ -204,8 +200,7 @@ TEST_F(FontsTest, ExtentsCountCharacters)
     EXPECT_EQ(fit, 3);
 }
 
-// What the A functions receive: character codes sign-extended (0 for a character
-// the code page cannot hold in one byte), the records of PolyTextOutW one byte short.
+// Character codes reach the A functions sign-extended; PolyTextOutW's strings one byte short.
 TEST_F(FontsTest, WhatTheAFunctionsReceive)
 {
     if (!AnsiPath())
@@ -217,8 +212,7 @@ TEST_F(FontsTest, WhatTheAFunctionsReceive)
     POLYTEXTW one = { 0, 0, 1, L"a", 0, {}, nullptr };
     PolyTextOutW(dc, &one, 1);
     std::vector<UINT> codes;
-    // Wine refuses codes beyond 0xFF (sign-extended bytes): the A functions answer
-    // here without it, so that every code asked for is seen.
+    // Wine refuses sign-extended codes: the hooks answer alone, seeing every code.
     TW_HOOK(widthA, GetCharWidth32A, [&](HDC, UINT a, UINT b, LPINT) {
         codes.insert(codes.end(), { a, b });
         return TRUE;
@@ -300,12 +294,10 @@ TEST_F(FontsTest, WhatTheAFunctionsReceive)
     DeleteObject(f);
 }
 
-// PolyTextOutW draws what TextOutW draws: on the ANSI platforms each string one
-// character short.
+// PolyTextOutW draws what TextOutW draws, on the ANSI path each string one character short.
 TEST_F(FontsTest, PolyTextOutDrawsLikeTextOut)
 {
-    // Wine draws an ANSI string in the font's code page (1252 for the only fonts
-    // here), so under 932 the words stay within ASCII.
+    // Wine draws ANSI text in the font's code page (1252): under 932 the words are ASCII.
     const wstring words[]
         = { L"Hello", (CodePage() == 1252 ? NonAsciiText() : L"Wide ") + L"World" };
     POLYTEXTW texts[2];

@@ -1,5 +1,4 @@
-// The window-manager functions that wide programs import besides the families
-// above, answered as the system's W functions answer on both paths.
+// Window-manager functions beyond the families, answered as the system's W functions.
 #include <cstdarg>
 #include <string>
 
@@ -12,8 +11,7 @@ namespace {
 
 class UserBeyondTest : public TorwenTest {};
 
-// The two formatters a program calls: wsprintfW with its arguments, and
-// wvsprintfW with a list of them.
+// wsprintfW takes its arguments, wvsprintfW a list of them.
 int FormatV(LPWSTR buf, LPCWSTR fmt, ...)
 {
     va_list args;
@@ -69,8 +67,7 @@ TEST_F(UserBeyondTest, FormatsAsTheSystemDoes)
     }
 }
 
-// The output never passes 1,024 characters with the terminator, however long the
-// format or its arguments: the buffer ends at a no-access page.
+// A cut output answers 1,024: 1,023 characters and the NUL, however long the input.
 TEST_F(UserBeyondTest, FormattingStopsAtItsLimit)
 {
     GuardPage guard;
@@ -115,8 +112,7 @@ TEST_F(UserBeyondTest, CharacterCaseAndClasses)
     EXPECT_EQ(MapVirtualKeyW(VK_SHIFT, MAPVK_VK_TO_VSC), MapVirtualKeyA(VK_SHIFT, MAPVK_VK_TO_VSC));
 }
 
-// A class registered by its converted name, the system's error for a second one;
-// display records converted as the A functions fill them.
+// Classes by converted name; display records as the A functions fill them.
 TEST_F(UserBeyondTest, ClassesDisplaysAndBoxes)
 {
     const wstring name = L"twb class " + NonAsciiText();
@@ -145,8 +141,7 @@ TEST_F(UserBeyondTest, ClassesDisplaysAndBoxes)
     }
 }
 
-// A broadcast converts nothing: the A function is handed the caller's flags,
-// recipients, message and values as they are, and nothing is allocated.
+// A broadcast reaches the A function as the caller made it, and allocates nothing.
 TEST_F(UserBeyondTest, BroadcastsPassAsTheyAre)
 {
     if (!AnsiPath())

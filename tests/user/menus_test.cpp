@@ -1,5 +1,4 @@
-// Menus and accelerator tables built through torwen and read back, and what the A
-// functions receive on the ANSI path.
+// Menus and accelerator tables built through torwen and read back.
 #include <optional>
 #include <vector>
 
@@ -130,8 +129,7 @@ TEST_F(MenusTest, ItemRecords)
     EXPECT_EQ(mii.cch, 64u);
 }
 
-// Menus and tables from the resource DLL by name and by number; character keys of
-// tables loaded and made come back as they are.
+// Resources by name and by number; character keys of accelerator tables stay as they are.
 TEST_F(MenusTest, ResourcesAndAccelerators)
 {
     HMODULE res = TestResources();

@@ -1,7 +1,5 @@
-// System parameters: records with fonts and strings read through torwen and compared
-// with the A function's, and what the A function receives and returns for them.
+// System parameters with records of fonts and strings, and what the A function sees.
 #include "user/test_resources.h"
-#include "user/test_window.h"
 
 namespace {
 
@@ -29,8 +27,7 @@ Record Sized(UINT size)
     return r;
 }
 
-// What torwen reads is what the A function reads (and on the W path the system's W
-// function reads the same).
+// What torwen reads is what the A function reads.
 TEST_F(SysParamsTest, ReadRecordsWithFonts)
 {
     auto ncm = Sized<NONCLIENTMETRICSW>(sizeof(NONCLIENTMETRICSW));
@@ -91,8 +88,7 @@ TEST_F(SysParamsTest, SizesOfTheAnsiPath)
     EXPECT_EQ(guarded.canary, 0xC0FFEEu);
 }
 
-// What the setters hand to the A function, seen by a hook that stands in for it (the
-// system keeps its settings).
+// What the setters hand to the A function, seen by a hook standing in for it.
 TEST_F(SysParamsTest, RecordsTheSettersPass)
 {
     if (!harness::AnsiPath())
@@ -189,8 +185,7 @@ TEST_F(SysParamsTest, RecordsTheGettersReturn)
     EXPECT_EQ(std::wstring(driver), name);
 }
 
-// The setters' and getters' conversions the sweep's row (a high-contrast read) does
-// not make: each failing allocation fails the call with the error left as it was.
+// Conversions beyond a high-contrast read fail with the caller's error left as it was.
 TEST_F(SysParamsTest, AllocationFailures)
 {
     if (!harness::AnsiPath())

@@ -1,5 +1,4 @@
-// Text drawing and measuring, case changes, dialog text, keys, resources and display
-// settings.
+// Text drawing and measuring, case, dialog text, keys, resources and display settings.
 #include "user/test_resources.h"
 #include "user/test_window.h"
 

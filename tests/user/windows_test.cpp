@@ -1,5 +1,4 @@
-// Window classes, windows and window procedures on real headless windows, and the
-// multiple-monitor functions with the system's own present.
+// Window classes and windows, and the monitor functions with the system's present.
 #include <cstring>
 
 #include "torwen.h"
