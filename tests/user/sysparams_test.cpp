@@ -185,7 +185,7 @@ TEST_F(SysParamsTest, RecordsTheGettersReturn)
     EXPECT_EQ(std::wstring(driver), name);
 }
 
-// Conversions beyond a high-contrast read fail with the caller's error left as it was.
+// Conversions beyond a high-contrast read: a failed allocation fails with error 0.
 TEST_F(SysParamsTest, AllocationFailures)
 {
     if (!harness::AnsiPath())
@@ -194,14 +194,19 @@ TEST_F(SysParamsTest, AllocationFailures)
     WCHAR name[260] = L"name";
     auto ss = Sized<SOUNDSENTRYW>(48);
     ss.lpszWindowsEffectDLL = name;
-    auto call = [](UINT action, PVOID pv) {
-        return [=] { return LONG_PTR(SystemParametersInfoW(action, 0, pv, 0)); };
-    };
-    SweepMembers({
-        {"SPI_SETSOUNDSENTRY", call(SPI_SETSOUNDSENTRY, &ss), 0, 0},
-        {"SPI_SETDESKWALLPAPER", call(SPI_SETDESKWALLPAPER, name), 0, 0},
-        {"SPI_LANGDRIVER", call(SPI_LANGDRIVER, name), 0, 0},
-    });
+    const struct { UINT action; PVOID pv; } calls[] = {
+        {SPI_SETSOUNDSENTRY, &ss}, {SPI_SETDESKWALLPAPER, name}, {SPI_LANGDRIVER, name}};
+    for (const auto& c : calls)
+        harness::SweepAllocationFailures([&](int k) {
+            SetLastError(1234);
+            BOOL r = SystemParametersInfoW(c.action, 0, c.pv, 0);
+            if (harness::HeapAllocCalls() < k) {
+                EXPECT_TRUE(r) << c.action;
+                return;
+            }
+            EXPECT_FALSE(r) << c.action << ", allocation " << k;
+            EXPECT_EQ(GetLastError(), 0u) << c.action << ", allocation " << k;
+        });
 }
 
 }  // namespace
