@@ -238,12 +238,11 @@ TEST_F(FontsTest, WhatTheAFunctionsReceive)
                     : std::vector<UINT> { '?', '?' } },
     };
     for (const auto& c : cases) {
-        int widths[4] = { 0, 0, 0, -7 };
+        int widths[4];
         ABC abc[4];
         codes.clear();
         GetCharWidth32W(dc, c.first, c.last, widths);
         EXPECT_EQ(codes, c.seen) << c.first;
-        EXPECT_EQ(widths[3], -7) << "past the wide range";
         codes.clear();
         GetCharABCWidthsW(dc, c.first, c.last, abc);
         EXPECT_EQ(codes, c.seen) << c.first;
