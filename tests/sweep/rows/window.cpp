@@ -9,6 +9,8 @@
 
 #include "torwen.h"
 
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
+
 namespace sweep
 {
 
@@ -52,21 +54,6 @@ WNDCLASSEXW ClassRecord()
     wc.lpfnWndProc = DefWindowProcA;
     wc.hInstance = Instance();
     return wc;
-}
-
-MSG Message(HWND hwnd, UINT message, WPARAM wParam = 0, LPARAM lParam = 0)
-{
-    MSG msg = {};
-    msg.hwnd = hwnd;
-    msg.message = message;
-    msg.wParam = wParam;
-    msg.lParam = lParam;
-    return msg;
-}
-
-std::wstring Wide(const std::string& s)
-{
-    return harness::FromAnsi(s);
 }
 
 LRESULT CALLBACK OwnProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
@@ -119,8 +106,8 @@ const Fixture& F()
         Fixture x;
         x.classA = "torwen sweep " + Narrow(harness::NonAsciiText());
         x.childClassA = x.classA + " child";
-        x.className = Wide(x.classA);
-        x.childClassName = Wide(x.childClassA);
+        x.className = harness::FromAnsi(x.classA);
+        x.childClassName = harness::FromAnsi(x.childClassA);
         // Its own title: the sweep programs run side by side, each with such a window.
         x.ownTitle
             = L"sweep " + harness::NonAsciiText() + L" " + std::to_wstring(GetCurrentProcessId());
@@ -1040,23 +1027,23 @@ std::vector<Row> WindowRows()
             }),
         Call("DispatchMessageW", 0,
             [] {
-                MSG msg = Message(F().own, AnswerMessage);
+                MSG msg = { F().own, AnswerMessage };
                 return R(DispatchMessageW(&msg));
             })
             .Ok(Answer),
         Call("IsDialogMessageW", FALSE,
             [] {
-                MSG msg = Message(F().dialog, WM_NULL);
+                MSG msg = { F().dialog, WM_NULL };
                 return R(IsDialogMessageW(F().dialog, &msg));
             }),
         Call("TranslateAcceleratorW", 0,
             [] {
-                MSG msg = Message(F().own, WM_KEYDOWN, VK_F5, 0x003F0001);
+                MSG msg = { F().own, WM_KEYDOWN, VK_F5, 0x003F0001 };
                 return R(TranslateAcceleratorW(F().own, F().accel, &msg));
             }),
         Call("CallMsgFilterW", FALSE,
             [] {
-                MSG msg = Message(F().own, WM_NULL);
+                MSG msg = { F().own, WM_NULL };
                 return R(CallMsgFilterW(&msg, FilterCode));
             }),
         Call("SetWindowsHookExW", 0,
