@@ -117,6 +117,11 @@ Row Call(const char* name, Result failure, Error error, std::function<Result()> 
     return Row(name, std::move(call), failure, error);
 }
 
+Row Call(const char* name, Result failure, std::function<Result()> call)
+{
+    return Row(name, std::move(call), failure);
+}
+
 Row Void(const char* name, std::function<void()> call)
 {
     return Row::Void(name, std::move(call), Error::AsLeft);
@@ -824,16 +829,15 @@ std::vector<Row> SheetRows()
     return {
         // The page with the callback carries no strings: the adapter, which the sheet
         // calls while it is made, then allocates nothing of its own.
-        Row("PropertySheetW",
-            [] {
-                PROPSHEETPAGEW pages[2] = {Page(nullptr), Page(L"sweep")};
-                pages[0].dwFlags &= ~PSP_USETITLE;
-                pages[1].dwFlags &= ~PSP_USECALLBACK;
-                PROPSHEETHEADERW header = Sheet(L"sweep", pages);
-                header.nPages = 2;
-                return R(PropertySheetW(&header));
-            },
-            -1)
+        Call("PropertySheetW", -1,
+             [] {
+                 PROPSHEETPAGEW pages[2] = {Page(nullptr), Page(L"sweep")};
+                 pages[0].dwFlags &= ~PSP_USETITLE;
+                 pages[1].dwFlags &= ~PSP_USECALLBACK;
+                 PROPSHEETHEADERW header = Sheet(L"sweep", pages);
+                 header.nPages = 2;
+                 return R(PropertySheetW(&header));
+             })
             .Ok(Created)
             .Undo(Destroy)
             // A sheet whose owner is gone fails once its pages are made, before the
@@ -858,13 +862,12 @@ std::vector<Row> SheetRows()
             }),
         // Without a callback: the system calls a page's callback as it makes the page,
         // and the adapter's allocations are not the export's.
-        Row("CreatePropertySheetPageW",
-            [] {
-                PROPSHEETPAGEW page = NamedPage(L"CONTROLS", L"sweep");
-                page.dwFlags &= ~PSP_USECALLBACK;
-                return R(CreatePropertySheetPageW(&page));
-            },
-            0)
+        Call("CreatePropertySheetPageW", 0,
+             [] {
+                 PROPSHEETPAGEW page = NamedPage(L"CONTROLS", L"sweep");
+                 page.dwFlags &= ~PSP_USECALLBACK;
+                 return R(CreatePropertySheetPageW(&page));
+             })
             .Undo(DestroyPage)
             .Fuzz([](Fuzz& f) {
                 PROPSHEETPAGEW page = NamedPage(f.Str(), f.Str(Fuzz::NullOk));
@@ -1160,9 +1163,18 @@ HGLOBAL DeviceNames(Fuzz* f)
     return Global(copy, ObjectSize(f, sizeof copy));
 }
 
+// A print or page-setup dialog with the device objects that stops at the template
+// `name`.
 template <typename Record>
-BOOL WithDeviceObjects(Record& record, BOOL(WINAPI* dialog)(Record*), Fuzz* f)
+BOOL DeviceDialog(BOOL(WINAPI* dialog)(Record*), DWORD flag, LPCWSTR Record::*templateName,
+                  LPCWSTR name, Fuzz* f)
 {
+    Record record = {};
+    record.lStructSize = sizeof record;
+    record.hwndOwner = Window();
+    record.Flags = flag;
+    record.hInstance = Instance();
+    record.*templateName = name;
     record.hDevMode = DeviceMode(f);
     record.hDevNames = DeviceNames(f);
     BOOL r = dialog(&record);
@@ -1173,26 +1185,14 @@ BOOL WithDeviceObjects(Record& record, BOOL(WINAPI* dialog)(Record*), Fuzz* f)
     return r;
 }
 
-BOOL PrintDialog(LPCWSTR templateName, Fuzz* f = nullptr)
+template <typename Record>
+Row DeviceRow(const char* name, BOOL(WINAPI* dialog)(Record*), DWORD flag,
+              LPCWSTR Record::*templateName)
 {
-    PRINTDLGW pd = {};
-    pd.lStructSize = sizeof pd;
-    pd.hwndOwner = Window();
-    pd.Flags = PD_ENABLEPRINTTEMPLATE;
-    pd.hInstance = Instance();
-    pd.lpPrintTemplateName = templateName;
-    return WithDeviceObjects(pd, PrintDlgW, f);
-}
-
-BOOL PageSetupDialog(LPCWSTR templateName, Fuzz* f = nullptr)
-{
-    PAGESETUPDLGW psd = {};
-    psd.lStructSize = sizeof psd;
-    psd.hwndOwner = Window();
-    psd.Flags = PSD_ENABLEPAGESETUPTEMPLATE;
-    psd.hInstance = Instance();
-    psd.lpPageSetupTemplateName = templateName;
-    return WithDeviceObjects(psd, PageSetupDlgW, f);
+    return Call(name, FALSE, Error::AsLeft,
+                [=] { return R(DeviceDialog(dialog, flag, templateName, L"sweep", nullptr)); })
+        .Ok(FALSE)
+        .Fuzz([=](Fuzz& f) { DeviceDialog(dialog, flag, templateName, f.Str(), &f); });
 }
 
 std::vector<Row> DialogRows()
@@ -1246,12 +1246,9 @@ std::vector<Row> DialogRows()
                 cf.lpTemplateName = f.Str();
                 EXPECT_FALSE(ChooseFontW(&cf)) << f.Describe();
             }),
-        Call("PrintDlgW", FALSE, Error::AsLeft, [] { return R(PrintDialog(L"sweep")); })
-            .Ok(FALSE)
-            .Fuzz([](Fuzz& f) { PrintDialog(f.Str(), &f); }),
-        Call("PageSetupDlgW", FALSE, Error::AsLeft, [] { return R(PageSetupDialog(L"sweep")); })
-            .Ok(FALSE)
-            .Fuzz([](Fuzz& f) { PageSetupDialog(f.Str(), &f); }),
+        DeviceRow("PrintDlgW", PrintDlgW, PD_ENABLEPRINTTEMPLATE, &PRINTDLGW::lpPrintTemplateName),
+        DeviceRow("PageSetupDlgW", PageSetupDlgW, PSD_ENABLEPAGESETUPTEMPLATE,
+                  &PAGESETUPDLGW::lpPageSetupTemplateName),
         FindRow("FindTextW", FindTextW, false),
         FindRow("ReplaceTextW", ReplaceTextW, true),
     };
