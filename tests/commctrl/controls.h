@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "torwen.h"  // with <windows.h> and <commctrl.h>
 #include "user/test_window.h"
@@ -37,17 +36,6 @@ inline int MaxCharSize()
 {
     return harness::CodePage() == 932 ? 2 : 1;
 }
-
-// What torwen sent through SendMessageA: message, wParam and a copy of the record.
-struct SentA {
-    UINT msg;
-    WPARAM wParam;
-    std::vector<BYTE> record;
-    std::string text; // the record's text at the time of the call, if one was named
-    SIZE_T heapSize; // of the record's text block, 0 when it is not a heap block
-
-    template <typename T> const T& as() const { return *reinterpret_cast<const T*>(record.data()); }
-};
 
 // The heap size of a block of the process heap, 0 for anything else.
 inline SIZE_T HeapSizeOf(const void* p)

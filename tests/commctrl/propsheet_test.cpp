@@ -80,8 +80,8 @@ protected:
     PROPSHEETHEADERW header;
 };
 
-// A modeless sheet of two pages: the wide callback sees its own page, the sheet takes
-// a new title, and a message closes it; the callback's pair goes with the pages.
+// A modeless sheet of two pages: the wide callback sees its own page (60 bytes of it on
+// the ANSI path), the sheet takes a new title, and the release comes when it closes.
 TEST_F(PropSheetTest, ModelessSheetWithAWideCallback)
 {
     HWND sheet = HWND(PropertySheetW(&header));
@@ -97,7 +97,6 @@ TEST_F(PropSheetTest, ModelessSheetWithAWideCallback)
     AtPropSheet_SetTitleW(sheet, 0, title.c_str());
     GetWindowTextW(sheet, text, 64);
     EXPECT_NE(std::wstring(text).find(title), std::wstring::npos) << std::wstring(text);
-    AtPropSheet_SetFinishTextW(sheet, L"Fertig");
 
     SendMessageW(sheet, PSM_PRESSBUTTON, PSBTN_CANCEL, 0);
     EXPECT_EQ(SendMessageW(sheet, PSM_GETCURRENTPAGEHWND, 0, 0), 0);
@@ -116,9 +115,6 @@ TEST_F(PropSheetTest, PageMadeAloneCallsBackAfterTheExportReturned)
     ASSERT_EQ(callbacks.size(), 1u);
     EXPECT_EQ(std::tuple(callbacks[0].msg, callbacks[0].lParam, callbacks[0].title),
         std::tuple(UINT(PSPCB_RELEASE), LPARAM(1000), titles[0]));
-    HPROPSHEETPAGE plain = CreatePropertySheetPageW(reinterpret_cast<LPCPROPSHEETPAGEW>(&pages[1]));
-    ASSERT_TRUE(plain);
-    EXPECT_TRUE(DestroyPage(plain));
 }
 
 // What PropertySheetA receives: the 52-byte header, 68-byte pages read from the caller's

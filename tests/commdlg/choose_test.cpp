@@ -1,127 +1,16 @@
-// The colour and font dialogs through torwen: run for real and driven by their
-// hooks, and seen through the interception harness.
+// The colour and font dialogs through torwen, seen through the interception harness:
+// the A records the dialogs receive and what comes back to the caller. (The sweep
+// runs the real dialogs on both paths.)
 #include <cstring>
-#include <functional>
 #include <string>
+#include <tuple>
 
 #include "harness/harness.h"
-
-#include <colordlg.h>
 
 using namespace harness;
 using std::wstring;
 
 namespace {
-
-// Types a colour into the dialog's red, green and blue fields and presses the
-// button in lCustData.
-UINT_PTR CALLBACK ColourHook(HWND dialog, UINT msg, WPARAM, LPARAM lParam)
-{
-    if (msg != WM_INITDIALOG)
-        return 0;
-    const int button = int(reinterpret_cast<CHOOSECOLORA*>(lParam)->lCustData);
-    if (button == IDOK) {
-        SetDlgItemInt(dialog, COLOR_RED, 12, FALSE);
-        SetDlgItemInt(dialog, COLOR_GREEN, 34, FALSE);
-        SetDlgItemInt(dialog, COLOR_BLUE, 56, FALSE);
-    }
-    PostMessageW(dialog, WM_COMMAND, button, 0);
-    return TRUE;
-}
-
-UINT_PTR CALLBACK FontHook(HWND dialog, UINT msg, WPARAM, LPARAM lParam)
-{
-    if (msg == WM_INITDIALOG)
-        PostMessageW(dialog, WM_COMMAND, reinterpret_cast<CHOOSEFONTA*>(lParam)->lCustData, 0);
-    return 0;
-}
-
-CHOOSECOLORW Colour(COLORREF* custom, int button)
-{
-    CHOOSECOLORW cc = {};
-    cc.lStructSize = sizeof cc;
-    cc.rgbResult = RGB(1, 2, 3);
-    cc.lpCustColors = custom;
-    cc.Flags = CC_RGBINIT | CC_FULLOPEN | CC_ENABLEHOOK;
-    cc.lCustData = button;
-    cc.lpfnHook = ColourHook;
-    return cc;
-}
-
-CHOOSEFONTW Font(LOGFONTW* font, LPWSTR style, int button)
-{
-    CHOOSEFONTW cf = {};
-    cf.lStructSize = sizeof cf;
-    cf.lpLogFont = font;
-    cf.lpszStyle = style;
-    cf.Flags = CF_SCREENFONTS | CF_INITTOLOGFONTSTRUCT | CF_USESTYLE | CF_ENABLEHOOK;
-    cf.lCustData = button;
-    cf.lpfnHook = FontHook;
-    return cf;
-}
-
-int CALLBACK FirstFace(const LOGFONTW* font, const TEXTMETRICW*, DWORD type, LPARAM face)
-{
-    if (!(type & TRUETYPE_FONTTYPE) || font->lfFaceName[0] == L'@')
-        return 1;
-    wcscpy(reinterpret_cast<wchar_t*>(face), font->lfFaceName);
-    return 0;
-}
-
-// A bold face of the platform's first TrueType family.
-LOGFONTW SomeFont()
-{
-    LOGFONTW font = {};
-    HDC dc = GetDC(nullptr);
-    EnumFontFamiliesW(dc, nullptr, FirstFace, LPARAM(font.lfFaceName));
-    ReleaseDC(nullptr, dc);
-    font.lfHeight = -16;
-    font.lfWeight = FW_BOLD;
-    return font;
-}
-
-class ChooseTest : public TorwenTest {};
-
-TEST_F(ChooseTest, AChosenColour)
-{
-    COLORREF custom[16] = {};
-    CHOOSECOLORW cc = Colour(custom, IDOK);
-    ASSERT_TRUE(ChooseColorW(&cc)) << std::hex << CommDlgExtendedError();
-    EXPECT_EQ(cc.rgbResult, RGB(12, 34, 56));
-    // Cancelled, the colour comes back as it went in.
-    cc = Colour(custom, IDCANCEL);
-    EXPECT_FALSE(ChooseColorW(&cc));
-    EXPECT_EQ(cc.rgbResult, RGB(1, 2, 3));
-}
-
-TEST_F(ChooseTest, AChosenFontWithItsStyle)
-{
-    LOGFONTW font = SomeFont();
-    const wstring face = font.lfFaceName;
-    wchar_t style[LF_FACESIZE] = L"#";
-    CHOOSEFONTW cf = Font(&font, style, IDOK);
-    ASSERT_TRUE(ChooseFontW(&cf)) << std::hex << CommDlgExtendedError();
-    EXPECT_EQ(font.lfFaceName, face);
-    EXPECT_EQ(font.lfWeight, FW_BOLD);
-    // Wine's font dialog leaves the style it was given (Windows writes the chosen
-    // one): what arrives is the style's way in and back; the harness tests below
-    // give it a new one.
-    EXPECT_EQ(style, wstring(L"#"));
-    EXPECT_GT(cf.iPointSize, 0);
-    // Cancelled: nothing comes back. (Wine's W dialog writes the font even then.)
-    if (!AnsiPath())
-        return;
-    LOGFONTW kept = {};
-    wcscpy(kept.lfFaceName, L"kept");
-    wcscpy(style, L"kept");
-    cf = Font(&kept, style, IDCANCEL);
-    cf.Flags &= ~CF_INITTOLOGFONTSTRUCT;
-    EXPECT_FALSE(ChooseFontW(&cf));
-    EXPECT_EQ(kept.lfFaceName, wstring(L"kept"));
-    EXPECT_EQ(style, wstring(L"kept"));
-}
-
-// ---- through the harness
 
 // Binds the A dialogs (a template that cannot be found fails before any window).
 void BindAnsiDialogs()
@@ -165,13 +54,15 @@ TEST_F(ChooseAnsiTest, TheColourRecord)
         return FALSE;
     });
     COLORREF custom[16] = {};
-    CHOOSECOLORW cc = Colour(custom, IDOK);
+    CHOOSECOLORW cc = {};
+    cc.lStructSize = sizeof cc;
+    cc.lpCustColors = custom;
+    cc.Flags = CC_RGBINIT | CC_FULLOPEN;
+    cc.lCustData = 5;
     cc.lpTemplateName = L"not enabled";
     EXPECT_FALSE(ChooseColorW(&cc));
-    EXPECT_EQ(seen.lStructSize, 36u);
-    EXPECT_EQ(seen.lpCustColors, custom);
-    EXPECT_EQ(seen.lpTemplateName, nullptr);
-    EXPECT_EQ(seen.lCustData, IDOK);
+    EXPECT_EQ(std::tuple(seen.lStructSize, seen.lpCustColors, seen.lpTemplateName, seen.lCustData),
+              std::tuple(36u, custom, LPCSTR(nullptr), LPARAM(5)));
     EXPECT_EQ(cc.rgbResult, RGB(9, 9, 9)) << "the colour comes back whatever the result";
     const wstring name = NonAsciiText();
     cc.Flags |= CC_ENABLETEMPLATE;
@@ -201,21 +92,24 @@ TEST_F(ChooseAnsiTest, TheFontRecordAndItsStyle)
         a->nFontType = BOLD_FONTTYPE;
         return result;
     });
-    LOGFONTW font = SomeFont();
+    LOGFONTW font = {};
+    font.lfWeight = FW_BOLD;
+    const wstring face = L"In " + NonAsciiText();
+    wcscpy(font.lfFaceName, face.c_str());
     wchar_t style[LF_FACESIZE + 1];
     style[LF_FACESIZE] = L'#';
     wcscpy(style, L"It");
-    CHOOSEFONTW cf = Font(&font, style, IDOK);
+    CHOOSEFONTW cf = {};
+    cf.lStructSize = sizeof cf;
+    cf.lpLogFont = &font;
+    cf.lpszStyle = style;
+    cf.Flags = CF_SCREENFONTS | CF_INITTOLOGFONTSTRUCT | CF_USESTYLE;
     EXPECT_TRUE(ChooseFontW(&cf));
-    EXPECT_EQ(seen.lStructSize, 60u);
-    EXPECT_EQ(fontSeen.lfWeight, FW_BOLD);
-    EXPECT_EQ(FromAnsi(fontSeen.lfFaceName), wstring(SomeFont().lfFaceName));
-    EXPECT_EQ(styleSize, 66u);
-    EXPECT_EQ(styleSeen, "It");
-    EXPECT_EQ(style, FromAnsi(styleBack));
-    EXPECT_EQ(font.lfFaceName, NonAsciiText());
-    EXPECT_EQ(cf.iPointSize, 140);
-    EXPECT_EQ(cf.nFontType, BOLD_FONTTYPE);
+    EXPECT_EQ(std::tuple(seen.lStructSize, fontSeen.lfWeight, FromAnsi(fontSeen.lfFaceName)),
+              std::tuple(60u, LONG(FW_BOLD), face));
+    EXPECT_EQ(std::tuple(styleSize, styleSeen), std::tuple(SIZE_T(66), std::string("It")));
+    EXPECT_EQ(std::tuple(wstring(style), wstring(font.lfFaceName), cf.iPointSize, cf.nFontType),
+              std::tuple(FromAnsi(styleBack), NonAsciiText(), 140, WORD(BOLD_FONTTYPE)));
     // A style too long for the caller's buffer is cut at the buffer's end.
     styleBack = std::string(40, 'x');
     EXPECT_TRUE(ChooseFontW(&cf));
@@ -224,16 +118,16 @@ TEST_F(ChooseAnsiTest, TheFontRecordAndItsStyle)
     result = FALSE;
     styleBack = "not copied";
     wcscpy(style, L"kept");
+    wcscpy(font.lfFaceName, L"kept");
     cf.iPointSize = 1;
     EXPECT_FALSE(ChooseFontW(&cf));
-    EXPECT_EQ(style, wstring(L"kept"));
-    EXPECT_EQ(cf.iPointSize, 1);
+    EXPECT_EQ(std::tuple(wstring(style), wstring(font.lfFaceName), cf.iPointSize),
+              std::tuple(wstring(L"kept"), wstring(L"kept"), 1));
     // Without the flags, no style buffer and no font read in.
     result = TRUE;
     cf.Flags &= ~(CF_USESTYLE | CF_INITTOLOGFONTSTRUCT);
     EXPECT_TRUE(ChooseFontW(&cf));
-    EXPECT_EQ(seen.lpszStyle, nullptr);
-    EXPECT_EQ(fontSeen.lfWeight, 0);
+    EXPECT_EQ(std::tuple(seen.lpszStyle, fontSeen.lfWeight), std::tuple(LPSTR(nullptr), 0L));
 }
 
 }  // namespace

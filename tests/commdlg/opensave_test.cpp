@@ -3,6 +3,7 @@
 #include <cstring>
 #include <functional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "harness/harness.h"
@@ -23,12 +24,11 @@ OPENFILENAMEW Blank()
     return ofn;
 }
 
-// What the hook does once the dialog is up: type `name` and press `button`. At the
-// press of OK it reads the dialog back through torwen's query helpers.
+// What the hook does once the dialog is up: type `name` and press OK. At the press
+// it reads the dialog back through torwen's query helpers.
 struct Script {
-    explicit Script(wstring name, int button = IDOK) : name(std::move(name)), button(button) {}
+    explicit Script(wstring name) : name(std::move(name)) {}
     wstring name;
-    int button;
     int pathCount = 0, fileNameCount = 0, folderCount = 0;
     int ansiCounts[3] = {};  // what CDM_GETSPEC, _GETFILEPATH and _GETFOLDERPATH answer in ANSI
     wstring path, fileName, folder;
@@ -50,7 +50,7 @@ UINT_PTR CALLBACK Hook(HWND child, UINT msg, WPARAM, LPARAM lParam)
     case CDN_INITDONE:
         AtCommDlg_OpenSave_SetControlTextW(dialog, edt1, script->name.c_str());
         AtCommDlg_OpenSave_SetControlTextW(dialog, cmb13, script->name.c_str());
-        PostMessageW(dialog, WM_COMMAND, script->button, 0);
+        PostMessageW(dialog, WM_COMMAND, IDOK, 0);
         break;
     case CDN_FILEOK: {
         wchar_t buf[MAX_PATH] = {};
@@ -83,7 +83,8 @@ void RemoveFolder(const std::string& path)
 
 void Touch(const wstring& path)
 {
-    CloseHandle(CreateFileA(ToAnsi(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
+    HANDLE h = CreateFileA(ToAnsi(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    CloseHandle(h);
 }
 
 // The number of ANSI bytes a wide text takes (its length on the A side).
@@ -92,6 +93,16 @@ int AnsiBytes(const wstring& s)
     return int(ToAnsi(s).size());
 }
 
+// The strings of a list that ends at an empty one.
+std::vector<wstring> Strings(const wchar_t* p)
+{
+    std::vector<wstring> list;
+    for (; *p; p += wcslen(p) + 1)
+        list.push_back(p);
+    return list;
+}
+
+// A folder (of a non-ASCII name where the platform allows) with one file in it.
 class OpenSaveTest : public TorwenTest {
 protected:
     void SetUp() override
@@ -99,6 +110,7 @@ protected:
         TorwenTest::SetUp();
         char temp[MAX_PATH];
         GetTempPathA(MAX_PATH, temp);
+        bool nonAsciiNames = true;
         for (const wstring& name : {L"tw " + NonAsciiText(), wstring(L"tw dialogs")}) {
             RemoveFolder(ToAnsi(dir = FromAnsi(temp) + name));
             if (CreateDirectoryA(ToAnsi(dir).c_str(), nullptr))
@@ -107,7 +119,6 @@ protected:
         }
         file = (nonAsciiNames ? NonAsciiText() : wstring(L"plain")) + L".txt";
         Touch(dir + L"\\" + file);
-        Touch(dir + L"\\b.txt");
     }
     void TearDown() override
     {
@@ -115,112 +126,45 @@ protected:
         TorwenTest::TearDown();
     }
 
-    OPENFILENAMEW Record(Script& script, DWORD flags = 0)
-    {
-        OPENFILENAMEW ofn = {};
-        ofn.lStructSize = sizeof ofn;  // the larger record is accepted
-        ofn.lpstrFilter = filter;
-        ofn.nFilterIndex = 1;
-        ofn.lpstrFile = buf;
-        ofn.nMaxFile = MAX_PATH;
-        ofn.lpstrFileTitle = title;
-        ofn.nMaxFileTitle = MAX_PATH;
-        ofn.lpstrInitialDir = dir.c_str();
-        ofn.Flags = OFN_EXPLORER | OFN_ENABLEHOOK | flags;
-        ofn.lCustData = reinterpret_cast<LPARAM>(&script);
-        ofn.lpfnHook = Hook;
-        return ofn;
-    }
-
-    const wchar_t* filter = L"Text\0*.txt\0All\0*.*\0";
-    wchar_t buf[MAX_PATH] = {}, title[MAX_PATH] = {};
     wstring dir, file;
-    bool nonAsciiNames = true;
 };
 
+// The choice comes back in characters. The queries answer the message's count, not a
+// count of characters: on the ANSI path the path's count is in bytes. (Wine's ANSI
+// dialog counts the name and the folder in characters; the helpers hand on its answer.)
 TEST_F(OpenSaveTest, OpenCopiesTheChoiceBackInCharacters)
 {
     Script script(file);
-    OPENFILENAMEW ofn = Record(script, OFN_FILEMUSTEXIST);
+    wchar_t buf[MAX_PATH] = {}, title[MAX_PATH] = {};
+    OPENFILENAMEW ofn = Blank();
+    ofn.lpstrFilter = L"Text\0*.txt\0All\0*.*\0";
+    ofn.nFilterIndex = 1;
+    ofn.lpstrFile = buf;
+    ofn.nMaxFile = MAX_PATH;
+    ofn.lpstrFileTitle = title;
+    ofn.nMaxFileTitle = MAX_PATH;
+    ofn.lpstrInitialDir = dir.c_str();
+    ofn.Flags = OFN_EXPLORER | OFN_ENABLEHOOK | OFN_FILEMUSTEXIST;
+    ofn.lCustData = reinterpret_cast<LPARAM>(&script);
+    ofn.lpfnHook = Hook;
     ASSERT_EQ(GetOpenFileNameW(&ofn), TRUE) << std::hex << CommDlgExtendedError();
     const wstring path = dir + L"\\" + file;
-    EXPECT_EQ(buf, path);
-    EXPECT_EQ(ofn.nFileOffset, dir.size() + 1);
-    EXPECT_EQ(ofn.nFileExtension, path.size() - 3);
-    EXPECT_EQ(title, file);
-    // The queries answer the message's count, not a count of characters: on the
-    // ANSI path the path's count is in bytes. (Wine's ANSI dialog counts the fileName
-    // and the folder in characters; the helpers hand on whatever it answers.)
-    EXPECT_EQ(script.path, path);
-    EXPECT_EQ(script.fileName, file);
-    EXPECT_EQ(script.folder, dir);
+    EXPECT_EQ(std::tuple(wstring(buf), ofn.nFileOffset, ofn.nFileExtension, wstring(title)),
+              std::tuple(path, WORD(dir.size() + 1), WORD(path.size() - 3), file));
+    EXPECT_EQ(std::tuple(script.path, script.fileName, script.folder), std::tuple(path, file, dir));
+    const auto counts = std::tuple(script.pathCount, script.fileNameCount, script.folderCount);
     if (AnsiPath()) {
-        EXPECT_EQ(script.pathCount, AnsiBytes(path) + 1);
-        EXPECT_EQ(script.fileNameCount, script.ansiCounts[0]);
-        EXPECT_EQ(script.folderCount, script.ansiCounts[2]);
+        EXPECT_EQ(counts,
+                  std::tuple(AnsiBytes(path) + 1, script.ansiCounts[0], script.ansiCounts[2]));
     } else {
-        EXPECT_EQ(script.pathCount, int(path.size()) + 1);
-        EXPECT_EQ(script.fileNameCount, int(file.size()) + 1);
-        EXPECT_EQ(script.folderCount, int(dir.size()) + 1);
-    }
-}
-
-TEST_F(OpenSaveTest, MultipleSelectionArrivesWhole)
-{
-    Script script(L"\"" + file + L"\" \"b.txt\"");
-    OPENFILENAMEW ofn = Record(script, OFN_ALLOWMULTISELECT | OFN_FILEMUSTEXIST);
-    ASSERT_EQ(GetOpenFileNameW(&ofn), TRUE) << std::hex << CommDlgExtendedError();
-    ASSERT_EQ(ofn.nFileOffset, dir.size() + 1);
-    EXPECT_EQ(wstring(buf), dir);
-    std::vector<wstring> names;
-    for (const wchar_t* p = buf + ofn.nFileOffset; *p; p += wcslen(p) + 1)
-        names.push_back(p);
-    EXPECT_EQ(names, (std::vector<wstring>{file, L"b.txt"}));
-}
-
-TEST_F(OpenSaveTest, SaveAddsTheDefaultExtension)
-{
-    Script script(L"new " + NonAsciiText());
-    OPENFILENAMEW ofn = Record(script);
-    ofn.lpstrDefExt = L"dat";
-    ofn.nFilterIndex = 2;  // "*.*": a filter's own extension would win over the default
-    ASSERT_EQ(GetSaveFileNameW(&ofn), TRUE) << std::hex << CommDlgExtendedError();
-    const wstring path = dir + L"\\new " + NonAsciiText() + L".dat";
-    EXPECT_EQ(buf, path);
-    EXPECT_EQ(wstring(buf + ofn.nFileExtension), L"dat");
-    EXPECT_EQ(title, L"new " + NonAsciiText() + L".dat");
-}
-
-// A cancelled dialog and one whose buffer is too small copy nothing back: the
-// caller's buffers and record keep what they held.
-TEST_F(OpenSaveTest, AFailedDialogCopiesNothingBack)
-{
-    struct { const char* what; int button; DWORD maxFile, error; } cases[] = {
-        {"cancel", IDCANCEL, MAX_PATH, 0},
-        {"buffer too small", IDOK, 4, FNERR_BUFFERTOOSMALL},
-    };
-    for (const auto& c : cases) {
-        Script script(file, c.button);
-        OPENFILENAMEW ofn = Record(script);
-        ofn.nMaxFile = c.maxFile;
-        ofn.nFileOffset = 77;
-        wcscpy(buf, L"kept");
-        wcscpy(title, L"kept too");
-        EXPECT_EQ(GetOpenFileNameW(&ofn), FALSE) << c.what;
-        EXPECT_EQ(CommDlgExtendedError(), c.error) << c.what;
-        // (The W dialog stores the size it needs at the start of a buffer too small.)
-        if (AnsiPath() || !c.error) {
-            EXPECT_EQ(buf, wstring(L"kept")) << c.what;
-        }
-        EXPECT_EQ(title, wstring(L"kept too")) << c.what;
-        EXPECT_EQ(ofn.nFileOffset, 77) << c.what;
+        EXPECT_EQ(counts, std::tuple(int(path.size()) + 1, int(file.size()) + 1,
+                                     int(dir.size()) + 1));
     }
 }
 
 // ---- through the harness: what the ANSI dialog is given, and what comes back
 
-// Binds the A dialogs (a template that cannot be found fails before any window),
-// so that the harness can hook them.
+// Binds the A dialogs for the hooks (a missing template fails before any window).
 void BindAnsiDialogs()
 {
     OPENFILENAMEW ofn = Blank();
@@ -278,36 +222,40 @@ TEST_F(OpenSaveAnsiTest, TheDialogGetsAnAnsiRecordOfHeapSizedBuffers)
     });
     HeapLog log;
     EXPECT_EQ(GetOpenFileNameW(&ofn), FALSE);
-    EXPECT_EQ(seen.lStructSize, 76u);
-    EXPECT_EQ(filterSeen, std::string("Text\0*.txt\0All\0*.*\0\0", 20));
-    EXPECT_EQ(customSeen, std::string("Mine\0*.my\0", 11));
-    EXPECT_EQ(seen.nMaxCustFilter, 20 * m);
-    EXPECT_EQ(fileSeen, ToAnsi(name));
-    EXPECT_EQ(seen.nMaxFile, 40 * m);
-    EXPECT_EQ(seen.nFileOffset, AnsiBytes(NonAsciiText()) + 1);
-    EXPECT_EQ(seen.nFileExtension, ToAnsi(name).size() - 3);
-    EXPECT_EQ(seen.nMaxFileTitle, 30 * m);
-    EXPECT_EQ(titleSeen, ToAnsi(L"T\u00E9"));
-    EXPECT_EQ(extSeen, "txt");
-    EXPECT_EQ(seen.lpTemplateName, MAKEINTRESOURCEA(7));
-    EXPECT_EQ(seen.Flags, DWORD(OFN_ALLOWMULTISELECT));
-    EXPECT_EQ(seen.lCustData, 1234);
-    EXPECT_EQ(seen.lpstrInitialDir, nullptr);
+    EXPECT_EQ(std::tuple(seen.lStructSize, filterSeen, customSeen, fileSeen, titleSeen, extSeen),
+              std::tuple(76u, std::string("Text\0*.txt\0All\0*.*\0\0", 20),
+                         std::string("Mine\0*.my\0", 11), ToAnsi(name), ToAnsi(L"T\u00E9"),
+                         std::string("txt")));
+    // Capacities in bytes of the code page's widest character, offsets in bytes.
+    EXPECT_EQ(std::tuple(seen.nMaxCustFilter, seen.nMaxFile, seen.nMaxFileTitle, seen.nFileOffset,
+                         seen.nFileExtension),
+              std::tuple(DWORD(20 * m), DWORD(40 * m), DWORD(30 * m),
+                         WORD(AnsiBytes(NonAsciiText()) + 1), WORD(ToAnsi(name).size() - 3)));
+    EXPECT_EQ(std::tuple(seen.lpTemplateName, seen.Flags, seen.lCustData, seen.lpstrInitialDir),
+              std::tuple(MAKEINTRESOURCEA(7), DWORD(OFN_ALLOWMULTISELECT), LPARAM(1234),
+                         LPCSTR(nullptr)));
     EXPECT_TRUE(log.freedInReverseOrder());
     EXPECT_EQ(file, name) << "a failed dialog copies nothing back";
 }
 
 // A dialog answering a multiple selection in bytes: the caller gets the whole list
 // and offsets in characters; the title and flags come back too. The dialogs copy
-// back on a result of exactly 1, their preview forms on any other than 0.
+// back on a result of exactly 1, their preview forms on any other than 0; a failed
+// or cancelled dialog leaves the caller's buffers and record as they were.
 TEST_F(OpenSaveAnsiTest, ResultsComeBackInCharacters)
 {
-    const wstring folder = L"C:\\" + NonAsciiText();
-    const std::string folderA = ToAnsi(folder), titleA = ToAnsi(NonAsciiText() + L".txt");
+    const wstring folder = L"C:\\" + NonAsciiText(), title = NonAsciiText() + L".txt";
+    const std::string folderA = ToAnsi(folder), titleA = ToAnsi(title);
     std::string list = folderA + '\0' + titleA + '\0' + "b.txt" + '\0' + '\0';
-    struct { const char* what; BOOL (WINAPI *dialog)(LPOPENFILENAMEW); BOOL result; bool copied; } cases[] = {
+    struct {
+        const char* what;
+        BOOL(WINAPI* dialog)(LPOPENFILENAMEW);
+        BOOL result;
+        bool copied;
+    } cases[] = {
         {"open", GetOpenFileNameW, TRUE, true},
         {"save", GetSaveFileNameW, TRUE, true},
+        {"open, cancelled", GetOpenFileNameW, FALSE, false},
         {"open, result 2", GetOpenFileNameW, 2, false},
         {"open with preview", GetOpenFileNamePreviewW, TRUE, true},
         {"save with preview, result 2", GetSaveFileNamePreviewW, 2, true},
@@ -337,18 +285,18 @@ TEST_F(OpenSaveAnsiTest, ResultsComeBackInCharacters)
         ofn.Flags = OFN_ALLOWMULTISELECT | OFN_EXPLORER;
         EXPECT_EQ(c.dialog(&ofn), c.result) << c.what;
         if (!c.copied) {
-            EXPECT_EQ(file[1], L'#') << c.what;
-            EXPECT_EQ(ofn.nFilterIndex, 0u) << c.what;
+            EXPECT_EQ(std::tuple(file[1], ofn.nFilterIndex, ofn.nFileOffset, fileTitle[0]),
+                      std::tuple(L'#', DWORD(0), WORD(0), L'\0'))
+                << c.what;
             continue;
         }
-        EXPECT_EQ(wstring(file), folder) << c.what;
-        EXPECT_EQ(ofn.nFileOffset, folder.size() + 1) << c.what;
-        EXPECT_EQ(wstring(file + ofn.nFileOffset), NonAsciiText() + L".txt") << c.what;
-        EXPECT_EQ(wstring(file + ofn.nFileExtension), L"txt") << c.what;
-        EXPECT_EQ(wstring(file + ofn.nFileOffset + NonAsciiText().size() + 5), L"b.txt") << c.what;
-        EXPECT_EQ(fileTitle, NonAsciiText() + L".txt") << c.what;
-        EXPECT_TRUE(ofn.Flags & OFN_READONLY) << c.what;
-        EXPECT_EQ(ofn.nFilterIndex, 2u) << c.what;
+        EXPECT_EQ(Strings(file), (std::vector<wstring>{folder, title, L"b.txt"})) << c.what;
+        EXPECT_EQ(std::tuple(ofn.nFileOffset, wstring(file + ofn.nFileExtension), wstring(fileTitle)),
+                  std::tuple(WORD(folder.size() + 1), wstring(L"txt"), title))
+            << c.what;
+        EXPECT_EQ(std::tuple(ofn.Flags & OFN_READONLY, ofn.nFilterIndex),
+                  std::tuple(DWORD(OFN_READONLY), DWORD(2)))
+            << c.what;
     }
 }
 
@@ -370,8 +318,7 @@ TEST_F(OpenSaveAnsiTest, ANullFileBufferGetsOneOfItsSize)
     ofn.nMaxFile = 50;
     ofn.nFileOffset = 9;
     EXPECT_EQ(GetOpenFileNameW(&ofn), TRUE);
-    EXPECT_EQ(maxSeen, 50 * m);
-    EXPECT_EQ(ofn.nFileOffset, 0);
+    EXPECT_EQ(std::tuple(maxSeen, ofn.nFileOffset), std::tuple(DWORD(50 * m), WORD(0)));
 }
 
 // ---- file titles

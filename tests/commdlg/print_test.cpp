@@ -5,6 +5,7 @@
 #include <functional>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "harness/harness.h"
@@ -139,9 +140,7 @@ class GlobalLog {
 public:
     GlobalLog()
         : alloc("GlobalAlloc",
-                [this](UINT flags, SIZE_T size) -> HGLOBAL {
-                    if (++calls == failAt)
-                        return nullptr;
+                [this](UINT flags, SIZE_T size) {
                     HGLOBAL h = alloc.real(flags, size);
                     live.insert(h);
                     made.push_back({flags, size});
@@ -158,7 +157,6 @@ public:
     Hook<decltype(&::GlobalFree)> release;
     std::set<HGLOBAL> live;
     std::vector<std::pair<UINT, SIZE_T>> made;
-    int calls = 0, failAt = 0;
 };
 
 // Binds the A dialogs: a null record is refused at once. (Under Wine a print
@@ -197,25 +195,22 @@ TEST_F(PrintAnsiTest, NewObjectsComeBackWide)
     GlobalLog globals;
     PRINTDLGW pd = Print(PD_RETURNDEFAULT);
     ASSERT_TRUE(PrintDlgW(&pd));
-    EXPECT_EQ(seen.lStructSize, 66u);
-    EXPECT_EQ(seen.hDevMode, nullptr);
-    EXPECT_EQ(seen.hDevNames, nullptr);
+    EXPECT_EQ(std::tuple(seen.lStructSize, seen.hDevMode, seen.hDevNames),
+              std::tuple(66u, HGLOBAL(nullptr), HGLOBAL(nullptr)));
     EXPECT_EQ(globals.made, (std::vector<std::pair<UINT, SIZE_T>>{
                                 {0x42, 212 + 16},
                                 {0x42, (names[0].size() + names[1].size() + names[2].size() + 3 + 8) * 2 + 1}}));
     EXPECT_EQ(globals.live, (std::set<HGLOBAL>{pd.hDevMode, pd.hDevNames})) << "the ANSI objects are freed";
     auto* dm = static_cast<DEVMODEW*>(GlobalLock(pd.hDevMode));
-    EXPECT_EQ(dm->dmDeviceName, NonAsciiText());
-    EXPECT_EQ(dm->dmSize, 212);
-    EXPECT_EQ(dm->dmCopies, 3);
-    EXPECT_EQ(reinterpret_cast<BYTE*>(dm)[212 + 15], 0xA5);
+    EXPECT_EQ(std::tuple(wstring(dm->dmDeviceName), dm->dmSize, dm->dmCopies,
+                         reinterpret_cast<BYTE*>(dm)[212 + 15]),
+              std::tuple(NonAsciiText(), WORD(212), short(3), BYTE(0xA5)));
     GlobalUnlock(pd.hDevMode);
     const Names back = ReadDevNames(pd.hDevNames, true);
-    EXPECT_EQ(back.names, names);
-    EXPECT_EQ(back.offsets, (std::vector<WORD>{4, WORD(4 + 9), WORD(4 + 9 + names[1].size() + 1)}));
-    EXPECT_EQ(back.isDefault, DN_DEFAULTPRN);
-    EXPECT_EQ(pd.nCopies, 3);
-    EXPECT_TRUE(pd.Flags & PD_COLLATE);
+    EXPECT_EQ(std::tuple(back.names, back.offsets, back.isDefault),
+              std::tuple(names, std::vector<WORD>{4, WORD(4 + 9), WORD(4 + 9 + names[1].size() + 1)},
+                         WORD(DN_DEFAULTPRN)));
+    EXPECT_EQ(std::tuple(pd.nCopies, pd.Flags & PD_COLLATE), std::tuple(WORD(3), DWORD(PD_COLLATE)));
     GlobalFree(pd.hDevMode);
     GlobalFree(pd.hDevNames);
 }
@@ -256,12 +251,10 @@ TEST_F(PrintAnsiTest, TheCallersObjectsGoInAndComeBack)
         const SIZE_T namesSize = GlobalSize(devNames);
         GlobalLog globals;
         EXPECT_EQ(PrintDlgW(&pd), what != Cancel);
-        EXPECT_EQ(modeSize, 148u + 8);
-        EXPECT_EQ(copiesSeen, 2);
-        EXPECT_EQ(namesSeen.names, names);
-        EXPECT_EQ(namesSeen.offsets[0], 8);
-        EXPECT_EQ(namesSeen.offsets[2], 8 + 9 + ToAnsi(names[1]).size() + 1);
-        EXPECT_EQ(pd.hDevMode, mode);
+        EXPECT_EQ(std::tuple(modeSize, copiesSeen, namesSeen.names, namesSeen.offsets[0],
+                             namesSeen.offsets[2], pd.hDevMode),
+                  std::tuple(SIZE_T(148 + 8), WORD(2), names, WORD(8),
+                             WORD(8 + 9 + ToAnsi(names[1]).size() + 1), mode));
         EXPECT_EQ(static_cast<DEVMODEW*>(GlobalLock(mode))->dmCopies, what == Cancel ? 2 : 7);
         GlobalUnlock(mode);
         if (what == Replace) {
@@ -278,53 +271,40 @@ TEST_F(PrintAnsiTest, TheCallersObjectsGoInAndComeBack)
     }
 }
 
-// The page-setup record goes out at 84 bytes with the caller's device mode; the
-// margins come back.
-// A device-mode object too short to hold its own count of private bytes is read no
-// further than it reaches: whatever lies behind it counts no private bytes.
-TEST_F(PrintAnsiTest, AShortDeviceModeIsReadWithinItsObject)
+// Objects shorter than their own header or count of private bytes are read no further
+// than they reach: what they lack counts as 0.
+TEST_F(PrintAnsiTest, ShortObjectsAreReadWithinThemselves)
 {
-    HGLOBAL mode = GlobalAlloc(GMEM_MOVEABLE, 80);
-    memset(GlobalLock(mode), 0xFF, 80);
-    GlobalUnlock(mode);
-    mode = GlobalReAlloc(mode, 64, 0);
-    ASSERT_EQ(GlobalSize(mode), 64u);
+    auto shortened = [](SIZE_T size, BYTE fill) {
+        HGLOBAL h = GlobalAlloc(GMEM_MOVEABLE, 80);
+        memset(GlobalLock(h), fill, 80);
+        GlobalUnlock(h);
+        return GlobalReAlloc(h, size, 0);
+    };
     SIZE_T sizeA = 0;
     WORD extraA = 1;
+    Names seen;
     TW_HOOK(print, PrintDlgA, [&](LPPRINTDLGA a) {
         sizeA = GlobalSize(a->hDevMode);
         extraA = static_cast<DEVMODEA*>(GlobalLock(a->hDevMode))->dmDriverExtra;
         GlobalUnlock(a->hDevMode);
-        return FALSE;
-    });
-    PRINTDLGW pd = Print(0);
-    pd.hDevMode = mode;
-    EXPECT_FALSE(PrintDlgW(&pd));
-    EXPECT_EQ(std::pair(sizeA, extraA), std::pair(SIZE_T(148), WORD(0)));
-    GlobalFree(mode);
-}
-
-// So is a device-names object shorter than its header: the values it lacks are 0.
-TEST_F(PrintAnsiTest, AShortDeviceNamesObjectIsReadWithinItsObject)
-{
-    HGLOBAL names = GlobalAlloc(GMEM_MOVEABLE, 80);
-    memset(GlobalLock(names), 0x11, 80);
-    GlobalUnlock(names);
-    names = GlobalReAlloc(names, 4, 0);
-    ASSERT_EQ(GlobalSize(names), 4u);
-    Names seen;
-    TW_HOOK(print, PrintDlgA, [&](LPPRINTDLGA a) {
         seen = ReadDevNames(a->hDevNames, false);
         return FALSE;
     });
     PRINTDLGW pd = Print(0);
-    pd.hDevNames = names;
+    pd.hDevMode = shortened(64, 0xFF);
+    pd.hDevNames = shortened(4, 0x11);
+    ASSERT_EQ(std::pair(GlobalSize(pd.hDevMode), GlobalSize(pd.hDevNames)),
+              std::pair(SIZE_T(64), SIZE_T(4)));
     EXPECT_FALSE(PrintDlgW(&pd));
-    EXPECT_EQ(seen.names, (std::vector<wstring>{L"", L"", L""}));
-    EXPECT_EQ(seen.isDefault, 0);
-    GlobalFree(names);
+    EXPECT_EQ(std::tuple(sizeA, extraA, seen.names, seen.isDefault),
+              std::tuple(SIZE_T(148), WORD(0), std::vector<wstring>{L"", L"", L""}, WORD(0)));
+    GlobalFree(pd.hDevMode);
+    GlobalFree(pd.hDevNames);
 }
 
+// The page-setup record goes out at 84 bytes with the caller's device mode; the
+// margins come back.
 TEST_F(PrintAnsiTest, PageSetup)
 {
     PAGESETUPDLGA seen = {};

@@ -1,6 +1,8 @@
 // Directory listings in list and combo boxes and the dialog's directory lists,
 // compared entry by entry with the system's own listing of the same directory: the A
 // message and DlgDirListA on the ANSI path, the W message on the W path.
+#include <tuple>
+
 #include "torwen.h"
 #include "user/test_resources.h"
 #include "user/test_window.h"
@@ -92,10 +94,8 @@ void Fill(HWND hwnd, bool isCombo, const std::vector<std::wstring>& items)
         (isCombo ? AtComboBox_AddStringW : AtListBox_AddStringW)(hwnd, item.c_str());
 }
 
-// Every combination of the attribute flags (DDL_DRIVES with a few only: the system
-// takes a tenth of a second to look at the drive letters), in list boxes and combo
-// boxes, empty or holding entries already: the same entries in the same order, and
-// the same answer.
+// Every combination of the attribute flags (DDL_DRIVES with a few only: the drive
+// letters are slow), in list and combo boxes, empty or not: the system's entries and answer.
 TEST_F(DirectoriesTest, ListingsAsTheSystemLists)
 {
     const UINT flags[] = {DDL_READONLY, DDL_HIDDEN, DDL_SYSTEM, DDL_ARCHIVE, DDL_DIRECTORY,
@@ -139,70 +139,67 @@ TEST_F(DirectoriesTest, ListingsAsTheSystemLists)
     }
 }
 
-// The updated pattern, the current directory, the static control's path and
-// the list, as DlgDirListA leaves them. A listing with nothing in it fails on the
-// ANSI path and leaves the pattern as it was.
-TEST_F(DirectoriesTest, DialogDirectoryList)
+// The updated pattern, the current directory, the static control's path and the
+// list, as DlgDirListA and DlgDirListComboBoxA leave them. A list box listing with
+// nothing in it fails on the ANSI path and leaves the pattern as it was.
+TEST_F(DirectoriesTest, DialogDirectoryLists)
 {
     const std::wstring patterns[] = {L"*.txt", L"Sub\\*.txt", L"Sub", L"Sub\\", L".", L"", L"*.*",
-                                  L"Sub/*.*", L"Sub\\..\\*.dat", L"?.txt",
-                                  harness::NonAsciiText() + L" dir", L"nodir\\*.*", L"A.TXT"};
+                                     L"Sub/*.*", L"Sub\\..\\*.dat", L"?.txt",
+                                     harness::NonAsciiText() + L" dir", L"nodir\\*.*", L"A.TXT"};
     const UINT flags[] = {0, DDL_DIRECTORY, DDL_DIRECTORY | DDL_EXCLUSIVE,
                           DDL_ARCHIVE | DDL_EXCLUSIVE, DDL_DRIVES, DDL_DRIVES | DDL_DIRECTORY};
-    for (UINT attrs : flags)
-        for (const auto& pattern : patterns) {
-            if ((attrs & DDL_DRIVES) && pattern != L"Sub\\*.txt")
-                continue;  // the drive letters take their time
-            const std::string what = harness::ToAnsi(pattern) + " " + std::to_string(attrs);
-            char patternA[MAX_PATH], currentA[MAX_PATH], labelA[MAX_PATH];
-            lstrcpyA(patternA, harness::ToAnsi(pattern).c_str());
-            SetCurrentDirectoryW(Home().c_str());
-            SetDlgItemTextA(dialog, IDC_LABEL, "?");
-            int expected = DlgDirListA(dialog, patternA, IDC_LIST, IDC_LABEL, attrs);
-            GetCurrentDirectoryA(MAX_PATH, currentA);
-            GetDlgItemTextA(dialog, IDC_LABEL, labelA, MAX_PATH);
-            const std::string listed = Entries(mine, false);
+    const struct {
+        int id;
+        decltype(&DlgDirListA) ansi;
+        decltype(&DlgDirListW) wide;
+    } forms[] = {{IDC_LIST, DlgDirListA, DlgDirListW},
+                 {IDC_COMBO, DlgDirListComboBoxA, DlgDirListComboBoxW}};
+    for (const auto& form : forms)
+        for (UINT attrs : flags)
+            for (const auto& pattern : patterns) {
+                if ((attrs & DDL_DRIVES) && pattern != L"Sub\\*.txt")
+                    continue;  // the drive letters take their time
+                const bool isCombo = form.id == IDC_COMBO;
+                const std::string what = harness::ToAnsi(pattern) + " " + std::to_string(attrs) +
+                                         (isCombo ? " combo" : " list");
+                HWND list = GetDlgItem(dialog, form.id);
+                char patternA[MAX_PATH], currentA[MAX_PATH], labelA[MAX_PATH];
+                lstrcpyA(patternA, harness::ToAnsi(pattern).c_str());
+                SetCurrentDirectoryW(Home().c_str());
+                SetDlgItemTextA(dialog, IDC_LABEL, "?");
+                int expected = form.ansi(dialog, patternA, form.id, IDC_LABEL, attrs);
+                GetCurrentDirectoryA(MAX_PATH, currentA);
+                GetDlgItemTextA(dialog, IDC_LABEL, labelA, MAX_PATH);
+                const std::string listed = Entries(list, isCombo);
 
-            WCHAR buf[MAX_PATH], current[MAX_PATH], label[MAX_PATH];
-            lstrcpyW(buf, pattern.c_str());
-            SetCurrentDirectoryW(Home().c_str());
-            SendMessageW(mine, LB_RESETCONTENT, 0, 0);
-            SetDlgItemTextW(dialog, IDC_LABEL, L"?");
-            int r = DlgDirListW(dialog, buf, IDC_LIST, IDC_LABEL, attrs);
-            GetCurrentDirectoryW(MAX_PATH, current);
-            GetDlgItemTextW(dialog, IDC_LABEL, label, MAX_PATH);
-            if (expected && listed.empty() && harness::AnsiPath()) {
-                EXPECT_EQ(r, 0) << what;
-                EXPECT_EQ(std::wstring(buf), pattern) << what;
-                continue;
+                WCHAR buf[MAX_PATH], current[MAX_PATH], label[MAX_PATH];
+                lstrcpyW(buf, pattern.c_str());
+                SetCurrentDirectoryW(Home().c_str());
+                SendMessageW(list, isCombo ? CB_RESETCONTENT : LB_RESETCONTENT, 0, 0);
+                SetDlgItemTextW(dialog, IDC_LABEL, L"?");
+                int r = form.wide(dialog, buf, form.id, IDC_LABEL, attrs);
+                GetCurrentDirectoryW(MAX_PATH, current);
+                GetDlgItemTextW(dialog, IDC_LABEL, label, MAX_PATH);
+                if (expected && listed.empty() && harness::AnsiPath() && !isCombo) {
+                    EXPECT_EQ(std::tuple(r, std::wstring(buf)), std::tuple(0, pattern)) << what;
+                    continue;
+                }
+                EXPECT_EQ(std::tuple(r, harness::ToAnsi(buf), harness::ToAnsi(current),
+                                     harness::ToAnsi(label)),
+                          std::tuple(expected, std::string(patternA), std::string(currentA),
+                                     std::string(labelA)))
+                    << what;
+                if (expected) {
+                    EXPECT_EQ(Entries(list, isCombo), listed) << what;
+                }
             }
-            EXPECT_EQ(r, expected) << what;
-            EXPECT_EQ(harness::ToAnsi(buf), patternA) << what;
-            EXPECT_EQ(harness::ToAnsi(current), currentA) << what;
-            EXPECT_EQ(harness::ToAnsi(label), labelA) << what;
-            if (expected) {
-                EXPECT_EQ(Entries(mine, false), listed) << what;
-            }
-        }
 }
 
-// The combo box form, and the selections read back from both forms.
-TEST_F(DirectoriesTest, ComboListAndSelections)
+// The selections read back from both forms.
+TEST_F(DirectoriesTest, Selections)
 {
-    WCHAR buf[MAX_PATH] = L"Sub\\*.*";
-    char bufA[MAX_PATH] = "Sub\\*.*";
-    int expected = DlgDirListComboBoxA(dialog, bufA, IDC_COMBO, IDC_LABEL, DDL_DIRECTORY);
-    const std::string listed = Entries(combo, true);
-    SetCurrentDirectoryW(Home().c_str());
-    EXPECT_EQ(DlgDirListComboBoxW(dialog, buf, IDC_COMBO, IDC_LABEL, DDL_DIRECTORY), expected);
-    EXPECT_EQ(harness::ToAnsi(buf), bufA);
-    EXPECT_EQ(Entries(combo, true), listed);
-    SetCurrentDirectoryW(Home().c_str());
-    WCHAR dot[MAX_PATH] = L".";  // grows into a pattern longer than itself
-    EXPECT_TRUE(DlgDirListComboBoxW(dialog, dot, IDC_COMBO, 0, 0));
-
-    SetCurrentDirectoryW(Home().c_str());
-    lstrcpyW(buf, L"*.*");
+    WCHAR buf[MAX_PATH] = L"*.*";
     ASSERT_TRUE(DlgDirListW(dialog, buf, IDC_LIST, 0, DDL_DIRECTORY));
     const std::wstring dir = harness::NonAsciiText() + L" dir";
     const std::tuple<std::wstring, BOOL, std::wstring> picks[] = {
@@ -213,6 +210,8 @@ TEST_F(DirectoriesTest, ComboListAndSelections)
         EXPECT_EQ(DlgDirSelectExW(dialog, selected, MAX_PATH, IDC_LIST), isDirectory);
         EXPECT_EQ(std::wstring(selected), text);
     }
+    lstrcpyW(buf, L"Sub\\*.*");
+    ASSERT_TRUE(DlgDirListComboBoxW(dialog, buf, IDC_COMBO, 0, DDL_DIRECTORY));
     SendMessageW(combo, CB_SETCURSEL, 0, 0);
     WCHAR selected[MAX_PATH] = L"";
     char selectedA[MAX_PATH] = "";
@@ -221,18 +220,13 @@ TEST_F(DirectoriesTest, ComboListAndSelections)
     EXPECT_EQ(harness::ToAnsi(selected), selectedA);
 }
 
+// A listing with directories, whose allocations the sweep's file-only row does not
+// reach: a failure answers LB_ERR, and every search is closed, also after one.
 TEST_F(DirectoriesTest, AllocationFailures)
 {
     if (!harness::AnsiPath())
         GTEST_SKIP() << "the W path allocates nothing";
-    auto list = [&](UINT attrs) {
-        return [this, attrs] {
-            SendMessageA(mine, LB_RESETCONTENT, 0, 0);
-            SendMessageA(mine, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>("m.txt"));
-            return LONG_PTR(AtListBox_DirW(mine, attrs, L"*.*"));
-        };
-    };
-    int searches = 0;  // open ones: every search is closed, also after a failure
+    int searches = 0;
     TW_HOOK(first, FindFirstFileA, [&](LPCSTR pattern, LPWIN32_FIND_DATAA found) {
         HANDLE h = first.real(pattern, found);
         searches += h != INVALID_HANDLE_VALUE;
@@ -242,8 +236,15 @@ TEST_F(DirectoriesTest, AllocationFailures)
         --searches;
         return close.real(h);
     });
-    SweepMembers({{"files", list(0), LB_ERR, ERROR_OUTOFMEMORY},
-                  {"directories", list(DDL_DIRECTORY), LB_ERR, ERROR_OUTOFMEMORY}});
+    harness::SweepAllocationFailures([&](int k) {
+        SendMessageA(mine, LB_RESETCONTENT, 0, 0);
+        SendMessageA(mine, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>("m.txt"));
+        int r = AtListBox_DirW(mine, DDL_DIRECTORY, L"*.*");
+        if (harness::HeapAllocCalls() >= k) {
+            EXPECT_EQ(std::pair(r, GetLastError()), std::pair(LB_ERR, DWORD(ERROR_OUTOFMEMORY)))
+                << k;
+        }
+    });
     EXPECT_EQ(searches, 0);
 }
 

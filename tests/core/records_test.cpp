@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -40,6 +41,17 @@ template <typename T> void Pattern(T* p, std::size_t size)
         b[i] = static_cast<unsigned char>(i * 7 + 3);
 }
 
+// The numeric fields both forms share, from dmSpecVersion on (the display position
+// lies in the 13 words from dmOrientation).
+template <typename A, typename B> void ExpectSameFields(const A* a, const B* b, const char* direction)
+{
+    EXPECT_EQ(std::tie(a->dmSpecVersion, a->dmDriverVersion, a->dmFields, a->dmLogPixels),
+        std::tie(b->dmSpecVersion, b->dmDriverVersion, b->dmFields, b->dmLogPixels))
+        << direction;
+    EXPECT_EQ(0, memcmp(&a->dmOrientation, &b->dmOrientation, 13 * sizeof(WORD))) << direction;
+    EXPECT_EQ(0, memcmp(&a->dmBitsPerPel, &b->dmBitsPerPel, 9 * sizeof(DWORD))) << direction;
+}
+
 // The private bytes sit right after 212 or 148 bytes, whatever a larger dmSize says;
 // dmSize is forced; dmDriverExtra travels unchanged; the reserved pair stays unwritten.
 TEST(RecordsTest, DevModesCarryTheirFieldsAndPrivateBytes)
@@ -49,8 +61,9 @@ TEST(RecordsTest, DevModesCarryTheirFieldsAndPrivateBytes)
         WORD extra; // its dmDriverExtra
     } cases[] = { { 212, 0 }, { 212, 5 }, { 220, 16 } };
     for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.size << " + " << c.extra);
         // Wide to ANSI, from a source of 220 + extra bytes (room for any dmSize above).
-        Buffer src(220 + c.extra), dst(148 + c.extra);
+        Buffer src(220 + c.extra), dst(148 + c.extra), back(212 + c.extra);
         auto* w = src.as<DEVMODEW>();
         Pattern(w, 220 + c.extra);
         wcscpy(reinterpret_cast<WCHAR*>(w->dmDeviceName), L"Printer");
@@ -61,32 +74,20 @@ TEST(RecordsTest, DevModesCarryTheirFieldsAndPrivateBytes)
         EXPECT_EQ(AtDevModeWToA(a, w), a);
         EXPECT_STREQ(reinterpret_cast<char*>(a->dmDeviceName), "Printer");
         EXPECT_STREQ(reinterpret_cast<char*>(a->dmFormName), "A4");
-        EXPECT_EQ(a->dmSize, 148) << c.size;
-        EXPECT_EQ(a->dmDriverExtra, c.extra);
-        EXPECT_EQ(a->dmSpecVersion, w->dmSpecVersion);
-        EXPECT_EQ(a->dmDriverVersion, w->dmDriverVersion);
-        EXPECT_EQ(a->dmFields, w->dmFields);
-        EXPECT_EQ(0, memcmp(&a->dmOrientation, &w->dmOrientation, 13 * sizeof(WORD)));
-        EXPECT_EQ(a->dmPosition.x, w->dmPosition.x); // the display reading passes as words
-        EXPECT_EQ(a->dmLogPixels, w->dmLogPixels);
-        EXPECT_EQ(0, memcmp(&a->dmBitsPerPel, &w->dmBitsPerPel, 9 * sizeof(DWORD)));
-        EXPECT_TRUE(dst.untouchedFrom(
-            offsetof(DEVMODEA, dmReserved1), offsetof(DEVMODEA, dmReserved2) + 4));
-        EXPECT_EQ(0, memcmp(dst.bytes.data() + 148, src.bytes.data() + 212, c.extra)) << c.size;
+        EXPECT_EQ(std::tie(a->dmSize, a->dmDriverExtra), std::make_tuple(WORD(148), c.extra));
+        ExpectSameFields(a, w, "to ANSI");
+        EXPECT_TRUE(dst.untouchedFrom(offsetof(DEVMODEA, dmReserved1), offsetof(DEVMODEA, dmReserved2) + 4));
+        EXPECT_EQ(0, memcmp(dst.bytes.data() + 148, src.bytes.data() + 212, c.extra));
         EXPECT_TRUE(dst.untouchedFrom(148 + c.extra, dst.bytes.size())) << "past the record";
 
         // And back: the private bytes from byte 148 to byte 212.
-        Buffer back(212 + c.extra);
         auto* w2 = back.as<DEVMODEW>();
         EXPECT_EQ(AtDevModeAToW(a, w2), w2);
         EXPECT_STREQ(reinterpret_cast<WCHAR*>(w2->dmDeviceName), L"Printer");
         EXPECT_STREQ(reinterpret_cast<WCHAR*>(w2->dmFormName), L"A4");
-        EXPECT_EQ(w2->dmSize, 212);
-        EXPECT_EQ(w2->dmDriverExtra, c.extra);
-        EXPECT_EQ(0, memcmp(&w2->dmOrientation, &w->dmOrientation, 13 * sizeof(WORD)));
-        EXPECT_EQ(0, memcmp(&w2->dmBitsPerPel, &w->dmBitsPerPel, 9 * sizeof(DWORD)));
-        EXPECT_TRUE(back.untouchedFrom(
-            offsetof(DEVMODEW, dmReserved1), offsetof(DEVMODEW, dmReserved2) + 4));
+        EXPECT_EQ(std::tie(w2->dmSize, w2->dmDriverExtra), std::make_tuple(WORD(212), c.extra));
+        ExpectSameFields(w2, w, "back");
+        EXPECT_TRUE(back.untouchedFrom(offsetof(DEVMODEW, dmReserved1), offsetof(DEVMODEW, dmReserved2) + 4));
         EXPECT_EQ(0, memcmp(back.bytes.data() + 212, src.bytes.data() + 212, c.extra));
         EXPECT_TRUE(back.untouchedFrom(212 + c.extra, back.bytes.size())) << "past the record";
     }
@@ -144,11 +145,8 @@ TEST(RecordsTest, TextMetricsConvertEachCharacterAlone)
         for (WCHAR field : { w->tmFirstChar, w->tmLastChar, w->tmDefaultChar, w->tmBreakChar })
             EXPECT_EQ(field, expected) << int(c.byte);
         EXPECT_EQ(0, memcmp(w, &a, offsetof(TEXTMETRICA, tmFirstChar)));
-        EXPECT_EQ(w->tmItalic, a.tmItalic);
-        EXPECT_EQ(w->tmUnderlined, a.tmUnderlined);
-        EXPECT_EQ(w->tmStruckOut, a.tmStruckOut);
-        EXPECT_EQ(w->tmPitchAndFamily, a.tmPitchAndFamily);
-        EXPECT_EQ(w->tmCharSet, a.tmCharSet);
+        EXPECT_EQ(std::tie(w->tmItalic, w->tmUnderlined, w->tmStruckOut, w->tmPitchAndFamily, w->tmCharSet),
+            std::tie(a.tmItalic, a.tmUnderlined, a.tmStruckOut, a.tmPitchAndFamily, a.tmCharSet));
         EXPECT_TRUE(dst.untouchedFrom(offsetof(TEXTMETRICW, tmCharSet) + 1, dst.bytes.size()));
     }
 
@@ -160,11 +158,9 @@ TEST(RecordsTest, TextMetricsConvertEachCharacterAlone)
     auto* w = dst.as<NEWTEXTMETRICEXW>();
     EXPECT_EQ(AtNewTextMetricExAToW(&a, w), w);
     EXPECT_EQ(w->ntmTm.tmDefaultChar, L'x');
-    EXPECT_EQ(w->ntmTm.tmHeight, a.ntmTm.tmHeight);
-    EXPECT_EQ(w->ntmTm.ntmFlags, a.ntmTm.ntmFlags);
-    EXPECT_EQ(w->ntmTm.ntmSizeEM, a.ntmTm.ntmSizeEM);
-    EXPECT_EQ(w->ntmTm.ntmCellHeight, a.ntmTm.ntmCellHeight);
-    EXPECT_EQ(w->ntmTm.ntmAvgWidth, a.ntmTm.ntmAvgWidth);
+    EXPECT_EQ(std::tie(w->ntmTm.tmHeight, w->ntmTm.ntmFlags, w->ntmTm.ntmSizeEM, w->ntmTm.ntmCellHeight,
+                  w->ntmTm.ntmAvgWidth),
+        std::tie(a.ntmTm.tmHeight, a.ntmTm.ntmFlags, a.ntmTm.ntmSizeEM, a.ntmTm.ntmCellHeight, a.ntmTm.ntmAvgWidth));
     EXPECT_EQ(0, memcmp(&w->ntmFontSig, &a.ntmFontSig, sizeof a.ntmFontSig));
     EXPECT_TRUE(dst.untouchedFrom(sizeof(NEWTEXTMETRICEXW), dst.bytes.size()));
 }
@@ -185,12 +181,7 @@ TEST(RecordsTest, FontDescriptionsStayWithinTheirNames)
     for (const auto& c : cases) {
         // The wide record ends at a no-access page, so reading past its name faults.
         LOGFONTW* w = guard.End<LOGFONTW>(1);
-        memset(w, 0, sizeof *w);
-        w->lfHeight = -13;
-        w->lfWeight = 700;
-        w->lfItalic = 1;
-        w->lfCharSet = 0x80;
-        w->lfPitchAndFamily = 0x31;
+        *w = { -13, 0, 0, 0, 700, 1, 0, 0, 0x80, 0, 0, 0, 0x31, {} };
         memcpy(w->lfFaceName, c.face.data(),
             std::min<std::size_t>(c.face.size() + 1, 32) * sizeof(WCHAR));
         LOGFONTA a;

@@ -91,30 +91,6 @@ TEST_F(FormatTest, TheAnsiFunctionGetsConvertedInsertsAndTheTemplateAsItIs)
     EXPECT_EQ(Format(FromString, L"%%1 only", 0, args), L"%%1 only");  // "%%1" is no insert
 }
 
-TEST_F(FormatTest, RunningOutOfMemoryAnswersZeroWithTheRightError)
-{
-    // FormatMessageA leaves a mark: a failing run restores it, or 0 if it failed earlier.
-    TW_HOOK(format, FormatMessageA,
-            [&](DWORD f, LPCVOID s, DWORD id, DWORD l, LPSTR b, DWORD n, va_list* a) {
-                DWORD r = format.real(f, s, id, l, b, n, a);
-                SetLastError(777);
-                return r;
-            });
-    const DWORD_PTR insertsW[] = {(DWORD_PTR)L"1F", (DWORD_PTR)L"a.exe"};
-    const DWORD_PTR insertsA[] = {(DWORD_PTR)"1F", (DWORD_PTR)"a.exe"};
-    std::wstring expected = FormatA(FromSystem | Array, 317, insertsA);
-    for (DWORD alloc : {0ul, Allocate}) {
-        EXPECT_EQ(harness::AnsiPath(), 0 < harness::SweepAllocationFailures([&](int k) {
-            format.calls = 0;
-            std::wstring text = Format(alloc | FromSystem | Array, nullptr, 317, insertsW);
-            if (text == Failed)
-                EXPECT_EQ(GetLastError(), format.calls ? 777u : 0u) << "allocation " << k;
-            else
-                EXPECT_EQ(text, expected);
-        }));
-    }
-}
-
 // Inputs that the system's FormatMessageW answers without harm, some of which
 // made the ANSI path overrun the caller's buffer, read past its own tables or
 // crash. Each answer is compared with the system's own W function, into a

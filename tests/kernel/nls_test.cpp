@@ -41,20 +41,4 @@ TEST_F(NlsTest, FormatsCountLikeTheirAnsiFunctions)
               GetTimeFormatW(lcid, 0, &time, format.c_str(), nullptr, 0));
 }
 
-// The frame restores the A function's error: 0 when an allocation failed before it.
-TEST_F(NlsTest, CaughtFailuresAnswerZeroWithNoError)
-{
-    for (auto call : std::initializer_list<std::function<int()>>{
-             [&] { return CompareStringW(lcid, 0, text.c_str(), int(text.size()), L"b", -1); },
-             [&] { return GetLocaleInfoW(lcid, LOCALE_SNATIVELANGNAME, buf, 64); },
-             [&] { return GetTimeFormatW(lcid, 0, &time, L"HH", buf, 64); },
-             [&] { return GetDateFormatW(lcid, 0, &time, L"yyyy", buf, 64); }}) {
-        EXPECT_EQ(ansi, 0 < harness::SweepAllocationFailures([&](int k) {
-            SetLastError(1234);
-            int r = call();
-            EXPECT_TRUE(harness::HeapAllocCalls() < k || (r == 0 && !GetLastError())) << k;
-        }));
-    }
-}
-
 }  // namespace

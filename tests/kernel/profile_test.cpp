@@ -46,22 +46,4 @@ TEST_F(ProfileTest, ReadsBackNonAsciiNames)
     EXPECT_EQ(5, AddAtomW(MAKEINTATOM(5)));  // no string: nothing to convert
 }
 
-// Readers keep no saved error: a failure inside torwen leaves the helper's error.
-// The others restore the A function's error, 0 when it was not called yet.
-TEST_F(ProfileTest, CaughtFailuresAnswerZero)
-{
-    const std::pair<DWORD, std::function<DWORD()>> rows[] = {
-        {ERROR_OUTOFMEMORY, [&] { return GetPrivateProfileStringW(sec, 0, L"", buf, 64, ini); }},
-        {0, [&] { return WritePrivateProfileSectionW(sec, L"a=1\0", ini); }},
-        {0, [&] { return GlobalGetAtomNameW(5, buf, 64); }},
-    };
-    for (auto& [error, call] : rows) {
-        EXPECT_EQ(ansi, 0 < harness::SweepAllocationFailures([&](int k) {
-            SetLastError(1234);
-            DWORD r = call();
-            EXPECT_TRUE(harness::HeapAllocCalls() < k || (r == 0 && GetLastError() == error)) << k;
-        }));
-    }
-}
-
 }  // namespace

@@ -119,7 +119,7 @@ void CleanUp()
 
 }  // namespace
 
-std::wstring Folder()
+const std::wstring& Folder()
 {
     static const std::wstring folder = [] {
         char temp[MAX_PATH];

@@ -116,7 +116,7 @@ std::vector<std::string> Exports();
 
 // ---- what the rows share (made with the system's A functions)
 
-std::wstring Folder();                                 // an empty folder of the sweep's own
+const std::wstring& Folder();                          // an empty folder of the sweep's own
 std::wstring PathIn(const std::wstring& name);         // Folder() + "\" + name
 std::wstring MakeFile(const std::wstring& name, const std::string& content = "sweep");
 HWND Window();        // a hidden top-level window of an ANSI class

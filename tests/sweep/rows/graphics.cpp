@@ -641,9 +641,8 @@ std::vector<Row> GraphicsRows()
         Row(
             "StartDocW",
             [] {
-                const std::wstring name = L"sweep " + NonAsciiText();
-                DOCINFOW doc
-                    = { int(sizeof doc), name.c_str(), PathIn(L"sweep.prn").c_str(), L"raw", 0 };
+                const std::wstring name = L"sweep " + NonAsciiText(), output = PathIn(L"sweep.prn");
+                DOCINFOW doc = { int(sizeof doc), name.c_str(), output.c_str(), L"raw", 0 };
                 return R(StartDocW(Screen(), &doc));
             },
             0)
