@@ -1090,15 +1090,11 @@ std::vector<Row> WindowRows()
             .Fuzz(Guarded([](Fuzz& f) {
                 Script(f);
                 int count = f.Count(int(seen().text.size()) * (harness::AnsiPath() ? 2 : 1));
-                if (harness::AnsiPath()) {
-                    char* buf = f.Out<char>(count);
+                auto get = [&](auto* buf) {
                     CheckAnswer(AtHANDLE_WM_GETTEXTW(F().target, count, LPARAM(buf), OnGetText),
                         count, buf);
-                } else {
-                    WCHAR* buf = f.Out<WCHAR>(count);
-                    CheckAnswer(AtHANDLE_WM_GETTEXTW(F().target, count, LPARAM(buf), OnGetText),
-                        count, buf);
-                }
+                };
+                harness::AnsiPath() ? get(f.Out<char>(count)) : get(f.Out<WCHAR>(count));
             })),
         Row::Void(
             "AtFORWARD_WM_ASKCBFORMATNAMEW",
