@@ -1,9 +1,10 @@
-// Registry keys and values under HKEY_CURRENT_USER, by names and data beyond ASCII.
+// Registry keys and values under HKEY_CURRENT_USER, by names and data beyond ASCII, and
+// the user's name.
+#include <lmcons.h>
+
 #include <cstring>
-#include <functional>
 #include <map>
 #include <string>
-#include <vector>
 
 #include "harness/harness.h"
 
@@ -47,27 +48,28 @@ std::size_t AnsiBytes(const wstring& s)
     return WideCharToMultiByte(CP_ACP, 0, s.data(), int(s.size()), nullptr, 0, nullptr, nullptr);
 }
 
-struct Value {
-    wstring name;
-    DWORD type;
-    wstring data; // what the caller stores, terminators included
-};
-
 // Every value comes back as it was stored, by the readers and the enumeration.
 // A size query answers the wide size; the ANSI path estimates it as twice the
 // ANSI bytes of a text.
 TEST_F(RegistryTest, ValuesRoundTrip)
 {
     const DWORD number = 0x12345678;
-    const std::vector<Value> values = {
+    const struct Value {
+        wstring name;
+        DWORD type;
+        wstring data; // what the caller stores, terminators included
+    } values[] = {
         { text, REG_SZ, L"v " + text + L'\0' },
         { L"multi", REG_MULTI_SZ, text + L'\0' + L"b" + L'\0' + L'\0' },
         { L"expand", REG_EXPAND_SZ, L"%TEMP%\\" + text + L'\0' },
         { L"number", REG_DWORD, wstring(reinterpret_cast<const wchar_t*>(&number), 2) },
         { L"empty", REG_SZ, wstring(1, L'\0') },
     };
-    for (const Value& v : values)
+    std::map<wstring, std::pair<DWORD, wstring>> seen, stored;
+    for (const Value& v : values) {
         ASSERT_EQ(0, Set(v.name, v.type, v.data, DWORD(2 * v.data.size()))) << v.type;
+        stored[v.name] = { v.type, v.data };
+    }
     HKEY sub;
     ASSERT_EQ(0,
         RegCreateKeyExW(key, text.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &sub, nullptr));
@@ -87,9 +89,6 @@ TEST_F(RegistryTest, ValuesRoundTrip)
         EXPECT_EQ(wstring(buf, size / 2), v.data);
     }
     // The same through the enumeration (Wine enumerates in the order of the names).
-    std::map<wstring, std::pair<DWORD, wstring>> seen, stored;
-    for (const Value& v : values)
-        stored[v.name] = { v.type, v.data };
     for (DWORD i = 0;; ++i) {
         wchar_t name[32], data[64];
         DWORD n = 32, type = 0, size = sizeof data;
@@ -106,29 +105,19 @@ TEST_F(RegistryTest, ValuesRoundTrip)
     ASSERT_EQ(0, RegEnumKeyExW(key, 0, name, &n, nullptr, keyClass, &classN, nullptr));
     EXPECT_EQ(wstring(name, n), text);
     EXPECT_EQ(classN, 0u);
-    n = 32;
-    EXPECT_EQ(
-        ERROR_NO_MORE_ITEMS, RegEnumKeyExW(key, 1, name, &n, nullptr, nullptr, nullptr, nullptr));
 
     DWORD subKeys = 0, valueCount = 0, maxName = 0, maxValueName = 0, maxValue = 0;
     ASSERT_EQ(0,
         RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, &subKeys, &maxName, nullptr, &valueCount,
             &maxValueName, &maxValue, nullptr, nullptr));
     EXPECT_EQ(subKeys, 1u);
-    EXPECT_EQ(valueCount, values.size());
+    EXPECT_EQ(valueCount, std::size(values));
     DWORD maxNameA = 0, maxValueA = 0; // the A function's own count
     RegQueryInfoKeyA(key, nullptr, nullptr, nullptr, nullptr, &maxNameA, nullptr, nullptr, nullptr,
         &maxValueA, nullptr, nullptr);
     EXPECT_EQ(maxName, ansi ? maxNameA : text.size()) << "as the A function counts it";
     EXPECT_EQ(maxValue, ansi ? 2 * maxValueA : 2 * values[2].data.size())
         << "twice the A function's bytes";
-    HKEY opened;
-    ASSERT_EQ(0, RegOpenKeyExW(key, text.c_str(), 0, KEY_READ, &opened));
-    RegCloseKey(opened);
-    EXPECT_EQ(0, RegDeleteKeyW(key, text.c_str()));
-    EXPECT_EQ(0, RegDeleteValueW(key, text.c_str()));
-    EXPECT_EQ(ERROR_FILE_NOT_FOUND, RegDeleteValueW(key, text.c_str()));
-    EXPECT_EQ(ERROR_FILE_NOT_FOUND, RegOpenKeyExW(key, text.c_str(), 0, KEY_READ, &opened));
 }
 
 // What RegSetValueExA is handed: text converted cbData / 2 characters at a time,
@@ -176,42 +165,34 @@ TEST_F(RegistryTest, SmallAndMissingBuffers)
     ASSERT_EQ(0, Set(L"b", REG_BINARY, L"\x0201\x0403\x0605", 6));
     DWORD type = 0, size = DWORD(ToAnsi(text + text).size() + 1);
     wchar_t buf[16] = {};
+    BYTE* bytes = reinterpret_cast<BYTE*>(buf);
     // The ANSI buffer of that many bytes holds the text, but the wide one does not:
     // the ANSI path answers success with the size 0.
-    LONG r = RegQueryValueExW(key, L"s", nullptr, &type, reinterpret_cast<BYTE*>(buf), &size);
-    if (ansi) {
-        EXPECT_EQ(r, 0);
-        EXPECT_EQ(size, 0u);
-    } else {
-        EXPECT_EQ(r, ERROR_MORE_DATA);
-        EXPECT_EQ(size, 2 * value.size());
-    }
+    EXPECT_EQ(RegQueryValueExW(key, L"s", nullptr, &type, bytes, &size),
+        ansi ? ERROR_SUCCESS : ERROR_MORE_DATA);
+    EXPECT_EQ(size, ansi ? 0u : 2 * value.size());
     // Binary data one byte short: too small on both paths, the size needed reported.
     size = 5;
-    EXPECT_EQ(ERROR_MORE_DATA,
-        RegQueryValueExW(key, L"b", nullptr, &type, reinterpret_cast<BYTE*>(buf), &size));
+    EXPECT_EQ(ERROR_MORE_DATA, RegQueryValueExW(key, L"b", nullptr, &type, bytes, &size));
     EXPECT_EQ(size, 6u);
     // A buffer without a size is refused as the system refuses it; no size, no buffer
     // asks for the type alone.
-    EXPECT_EQ(ERROR_INVALID_PARAMETER,
-        RegQueryValueExW(key, L"b", nullptr, &type, reinterpret_cast<BYTE*>(buf), nullptr));
+    EXPECT_EQ(ERROR_INVALID_PARAMETER, RegQueryValueExW(key, L"b", nullptr, &type, bytes, nullptr));
     type = 0;
     EXPECT_EQ(0, RegQueryValueExW(key, L"s", nullptr, &type, nullptr, nullptr));
     EXPECT_EQ(type, DWORD(REG_SZ));
-    EXPECT_EQ(ERROR_FILE_NOT_FOUND, RegQueryValueExW(key, L"none", nullptr, &type, nullptr, &size));
 
     ASSERT_EQ(0, RegDeleteValueW(key, L"b"));
     wchar_t name[4];
     DWORD n = 4;
     size = 0;
-    r = RegEnumValueW(key, 0, name, &n, nullptr, &type, nullptr, &size);
-    EXPECT_EQ(r, 0);
+    EXPECT_EQ(0, RegEnumValueW(key, 0, name, &n, nullptr, &type, nullptr, &size));
     EXPECT_EQ(wstring(name, n), L"s");
     EXPECT_EQ(size, ansi ? AnsiBytes(value) : 2 * value.size())
         << "the enumeration's size query is in ANSI bytes";
     n = 4;
-    EXPECT_EQ(ERROR_INVALID_PARAMETER,
-        RegEnumValueW(key, 1, name, &n, nullptr, &type, reinterpret_cast<BYTE*>(buf), nullptr));
+    EXPECT_EQ(
+        ERROR_INVALID_PARAMETER, RegEnumValueW(key, 1, name, &n, nullptr, &type, bytes, nullptr));
 }
 
 // The heap may round a block up (Windows 95 does): binary data the A function put
@@ -238,60 +219,57 @@ TEST_F(RegistryTest, RoundedHeapBlocksDoNotOverrunTheCaller)
     EXPECT_EQ(buf[5], 0xEE);
 }
 
-// Every member answers ERROR_OUTOFMEMORY when torwen runs out of memory, and frees
-// what it holds.
-TEST_F(RegistryTest, CaughtFailuresAnswerOutOfMemory)
+// The old interface counts as the W functions do: a key's name in characters, a
+// default value in bytes of wide text with its terminator, whatever its ANSI size.
+TEST_F(RegistryTest, TheOldInterfaceCountsWideCharacters)
 {
-    ASSERT_EQ(0, Set(text, REG_SZ, text + L'\0', DWORD(2 * text.size() + 2)));
-    wchar_t name[32], data[32], keyClass[8];
-    DWORD n, size, type, classN;
-    HKEY sub;
-    const std::function<LONG()> calls[] = {
-        [&] { return Set(text, REG_SZ, text + L'\0', DWORD(2 * text.size() + 2)); },
-        [&] { return Set(text, REG_MULTI_SZ, text + L'\0' + L'\0', DWORD(2 * text.size() + 4)); },
-        [&] {
-            size = sizeof data;
-            return RegQueryValueExW(
-                key, text.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(data), &size);
-        },
-        [&] {
-            n = 32, size = sizeof data;
-            return RegEnumValueW(
-                key, 0, name, &n, nullptr, &type, reinterpret_cast<BYTE*>(data), &size);
-        },
-        [&] {
-            n = 32, classN = 8;
-            return RegEnumKeyExW(
-                HKEY_CURRENT_USER, 0, name, &n, nullptr, keyClass, &classN, nullptr);
-        },
-        [&] {
-            classN = 8;
-            return RegQueryInfoKeyW(key, keyClass, &classN, nullptr, nullptr, nullptr, nullptr,
-                nullptr, nullptr, nullptr, nullptr, nullptr);
-        },
-        [&] {
-            LONG r = RegCreateKeyExW(
-                key, text.c_str(), 0, keyClass, 0, KEY_ALL_ACCESS, nullptr, &sub, nullptr);
-            if (!r)
-                RegCloseKey(sub);
-            return r;
-        },
-        [&] {
-            LONG r = RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, &sub);
-            if (!r)
-                RegCloseKey(sub);
-            return r;
-        },
-        [&] { return RegDeleteKeyW(key, text.c_str()); },
-        [&] { return RegDeleteValueW(key, L"absent"); },
-    };
-    keyClass[0] = L'\0';
-    for (const auto& call : calls) {
-        EXPECT_EQ(ansi, 0 < SweepAllocationFailures([&](int k) {
-            LONG r = call();
-            EXPECT_TRUE(HeapAllocCalls() < k || r == ERROR_OUTOFMEMORY) << k << " " << r;
-        }));
-    }
+    HKEY sub = nullptr;
+    ASSERT_EQ(0, RegCreateKeyW(key, text.c_str(), &sub));
+    RegCloseKey(sub);
+    const wstring value = L"value " + text;
+    const std::string valueA = ToAnsi(value);
+    ASSERT_EQ(
+        0, RegSetValueA(key, ToAnsi(text).c_str(), REG_SZ, valueA.c_str(), DWORD(valueA.size())));
+
+    GuardPage guard;
+    WCHAR* name = guard.End<WCHAR>(text.size() + 1, L'#');
+    EXPECT_EQ(0, RegEnumKeyW(key, 0, name, DWORD(text.size() + 1)));
+    EXPECT_EQ(wstring(name), text);
+    name = guard.End<WCHAR>(text.size(), L'#');
+    EXPECT_EQ(ERROR_MORE_DATA, RegEnumKeyW(key, 0, name, DWORD(text.size())));
+
+    const LONG needed = LONG((value.size() + 1) * sizeof(WCHAR));
+    LONG bytes = 0;
+    EXPECT_EQ(0, RegQueryValueW(key, text.c_str(), nullptr, &bytes));
+    EXPECT_EQ(bytes, needed);
+    WCHAR* data = guard.End<WCHAR>(value.size() + 1, L'#');
+    EXPECT_EQ(0, RegQueryValueW(key, text.c_str(), data, &bytes));
+    EXPECT_EQ(wstring(data), value);
+    EXPECT_EQ(bytes, needed);
+    bytes = needed - 2;
+    data = guard.End<WCHAR>(value.size(), L'#');
+    EXPECT_EQ(ERROR_MORE_DATA, RegQueryValueW(key, text.c_str(), data, &bytes));
+    EXPECT_EQ(bytes, needed);
+}
+
+using UserTest = TorwenTest;
+
+// The name's length counts its terminator, in characters, on both paths.
+TEST_F(UserTest, UserName)
+{
+    char a[UNLEN + 1];
+    DWORD sizeA = sizeof a;
+    ASSERT_TRUE(GetUserNameA(a, &sizeA));
+    const wstring user = FromAnsi(a);
+    WCHAR w[UNLEN + 1];
+    DWORD size = DWORD(user.size());
+    SetLastError(0);
+    EXPECT_FALSE(GetUserNameW(w, &size));
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_INSUFFICIENT_BUFFER));
+    EXPECT_EQ(size, user.size() + 1);
+    EXPECT_TRUE(GetUserNameW(w, &size));
+    EXPECT_EQ(size, user.size() + 1);
+    EXPECT_EQ(wstring(w), user);
 }
 
 } // namespace

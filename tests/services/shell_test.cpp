@@ -1,9 +1,10 @@
-// The shell: programs started and found, dropped files, icons, paths of item
-// lists and the folder browser.
+// The shell: programs started and found, dropped files, icons, item lists, the folder
+// browser, file operations on lists of names, file information, special folders, the
+// notification area and the about box.
 #include <shlobj.h>
 
+#include <algorithm>
 #include <cstring>
-#include <functional>
 #include <string>
 
 #include "harness/harness.h"
@@ -28,27 +29,16 @@ wstring Lower(wstring s)
     return s;
 }
 
-// Starts cmd.exe and hands back its process; the same record also reaches
-// ShellExecuteExA, converted, on the NT family.
-TEST_F(ShellTest, ShellExecuteExStartsAProgram)
+// What ShellExecuteExA sees and what comes back, on the NT family too: a class name
+// that the mask does not announce is not read (here it points at memory that
+// cannot be), and the record's size is the A record's whatever the caller said.
+TEST_F(ShellTest, ShellExecuteExConvertsOnEveryPath)
 {
     SHELLEXECUTEINFOW info = {};
     info.cbSize = sizeof info;
-    info.fMask = SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI;
-    info.lpFile = L"cmd.exe";
-    info.lpParameters = L"/c exit 7";
-    info.nShow = SW_HIDE;
-    ASSERT_TRUE(ShellExecuteExW(&info));
-    EXPECT_EQ(info.cbSize, 60u);
-    ASSERT_NE(info.hProcess, nullptr);
-    EXPECT_EQ(WaitForSingleObject(info.hProcess, 20000), WAIT_OBJECT_0);
-    DWORD code = 0;
-    GetExitCodeProcess(info.hProcess, &code);
-    EXPECT_EQ(code, 7u);
-    CloseHandle(info.hProcess);
-
-    // What the A function sees, and what comes back. A class name that the mask
-    // does not announce is not read: here it points at memory that cannot be.
+    info.fMask = SEE_MASK_FLAG_NO_UI;
+    info.lpFile = L"C:\\absent.exe";
+    ShellExecuteExW(&info); // binds the A function before it is hooked
     void* noAccess = VirtualAlloc(nullptr, 4096, MEM_COMMIT, PAGE_NOACCESS);
     const wstring parameters = L"/c echo " + text;
     string seenParameters;
@@ -75,30 +65,27 @@ TEST_F(ShellTest, ShellExecuteExStartsAProgram)
     EXPECT_EQ(info.hProcess, HANDLE(77));
     EXPECT_EQ(info.lpParameters, parameters.c_str()) << "the caller's strings stay";
     VirtualFree(noAccess, 0, MEM_RELEASE);
-
+    info.lpClass = nullptr;
+    // The sweep fails allocations on the ANSI path alone: this converts on both.
     EXPECT_GT(SweepAllocationFailures([&](int k) {
         BOOL r = ShellExecuteExW(&info);
         EXPECT_TRUE(HeapAllocCalls() < k || !r) << k;
     }),
-        0)
-        << "converted on every platform";
+        0);
 }
 
 // A drop handle as the ANSI platforms make it: ANSI names after a DROPFILES.
-HDROP MakeDrop(const string& names)
-{
-    HGLOBAL h = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, sizeof(DROPFILES) + names.size() + 2);
-    auto* drop = static_cast<DROPFILES*>(GlobalLock(h));
-    drop->pFiles = sizeof(DROPFILES);
-    memcpy(drop + 1, names.data(), names.size());
-    GlobalUnlock(h);
-    return static_cast<HDROP>(h);
-}
-
 TEST_F(ShellTest, DroppedFiles)
 {
     const wstring first = L"C:\\" + text + L".txt";
-    HDROP drop = MakeDrop(ToAnsi(first) + '\0' + "C:\\b.txt" + '\0');
+    const string names = ToAnsi(first) + '\0' + "C:\\b.txt" + '\0';
+    HGLOBAL h = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, sizeof(DROPFILES) + names.size() + 2);
+    auto* dropFiles = static_cast<DROPFILES*>(GlobalLock(h));
+    dropFiles->pFiles = sizeof(DROPFILES);
+    memcpy(dropFiles + 1, names.data(), names.size());
+    GlobalUnlock(h);
+    HDROP drop = static_cast<HDROP>(h);
+
     EXPECT_EQ(2u, DragQueryFileW(drop, 0xFFFFFFFF, nullptr, 0));
     EXPECT_EQ(DragQueryFileW(drop, 0, nullptr, 0), ansi ? ToAnsi(first).size() : first.size())
         << "a length query counts ANSI bytes on the ANSI path";
@@ -108,49 +95,47 @@ TEST_F(ShellTest, DroppedFiles)
     EXPECT_EQ(8u, DragQueryFileW(drop, 1, name, MAX_PATH));
     EXPECT_EQ(wstring(name), L"C:\\b.txt");
     EXPECT_EQ(0u, DragQueryFileW(drop, 2, name, MAX_PATH));
-    EXPECT_EQ(ansi, 0 < SweepAllocationFailures([&](int k) {
-        UINT r = DragQueryFileW(drop, 0, name, MAX_PATH);
-        EXPECT_TRUE(HeapAllocCalls() < k || r == 0) << k;
-    }));
-    GlobalFree(drop);
+    GlobalFree(h);
 }
 
-// The program for a document, and the icons of a file.
-TEST_F(ShellTest, ProgramsAndIcons)
+// The program for a document, its information and the icons of a file, and special
+// folders, as the A functions find them.
+TEST_F(ShellTest, WhatTheAFunctionsFind)
 {
     char temp[MAX_PATH];
     GetTempPathA(MAX_PATH, temp);
     const string document = string(temp) + "tw " + ToAnsi(text) + ".txt";
+    const wstring documentW = FromAnsi(document);
     CloseHandle(
         CreateFileA(document.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
     char programA[MAX_PATH] = {};
     const bool found = INT_PTR(FindExecutableA(document.c_str(), nullptr, programA)) > 32;
     wchar_t program[MAX_PATH] = {};
-    EXPECT_EQ(found, INT_PTR(FindExecutableW(FromAnsi(document).c_str(), nullptr, program)) > 32);
+    EXPECT_EQ(found, INT_PTR(FindExecutableW(documentW.c_str(), nullptr, program)) > 32);
     EXPECT_EQ(Lower(program), Lower(FromAnsi(programA)));
-    EXPECT_LE(INT_PTR(FindExecutableW(L"C:\\absent.txt", nullptr, program)), 32);
+    SHFILEINFOW info = {};
+    SHFILEINFOA infoA = {};
+    const UINT flags = SHGFI_DISPLAYNAME | SHGFI_TYPENAME;
+    ASSERT_NE(SHGetFileInfoW(documentW.c_str(), 0, &info, sizeof info, flags), 0u);
+    ASSERT_NE(SHGetFileInfoA(document.c_str(), 0, &infoA, sizeof infoA, flags), 0u);
+    EXPECT_EQ(wstring(info.szDisplayName), FromAnsi(infoA.szDisplayName));
+    EXPECT_EQ(wstring(info.szTypeName), FromAnsi(infoA.szTypeName));
     DeleteFileA(document.c_str());
 
-    HICON icon = ExtractIconW(GetModuleHandleW(nullptr), L"shell32.dll", 0);
-    EXPECT_NE(icon, nullptr);
-    DestroyIcon(icon);
-    EXPECT_GT(UINT_PTR(ExtractIconW(GetModuleHandleW(nullptr), L"shell32.dll", UINT(-1))), 1u)
-        << "the count";
-    EXPECT_EQ(ExtractIconW(GetModuleHandleW(nullptr), L"C:\\absent.dll", 0), nullptr);
+    char system[MAX_PATH];
+    GetSystemDirectoryA(system, MAX_PATH);
+    const wstring shell = FromAnsi(system) + L"\\shell32.dll";
+    const UINT count = ExtractIconExA(ToAnsi(shell).c_str(), -1, nullptr, nullptr, 0);
+    EXPECT_GT(count, 1u);
+    EXPECT_EQ(ExtractIconExW(shell.c_str(), -1, nullptr, nullptr, 0), count);
+    EXPECT_EQ(UINT_PTR(ExtractIconW(GetModuleHandleW(nullptr), shell.c_str(), UINT(-1))), count);
 
-    const std::function<UINT_PTR()> calls[] = {
-        [&] { return UINT_PTR(FindExecutableW(FromAnsi(document).c_str(), nullptr, program)); },
-        [&] { return UINT_PTR(ExtractIconW(GetModuleHandleW(nullptr), L"shell32.dll", UINT(-1))); },
-        [&] {
-            return UINT_PTR(
-                ShellExecuteW(nullptr, L"open", L"C:\\absent.exe", nullptr, nullptr, SW_HIDE));
-        },
-    };
-    for (const auto& call : calls) {
-        EXPECT_EQ(ansi, 0 < SweepAllocationFailures([&](int k) {
-            UINT_PTR r = call();
-            EXPECT_TRUE(HeapAllocCalls() < k || r == 0) << k;
-        }));
+    for (int folder : { CSIDL_APPDATA, CSIDL_PERSONAL, CSIDL_WINDOWS }) {
+        WCHAR path[MAX_PATH];
+        char pathA[MAX_PATH];
+        ASSERT_TRUE(SHGetSpecialFolderPathW(nullptr, path, folder, FALSE)) << folder;
+        ASSERT_TRUE(SHGetSpecialFolderPathA(nullptr, pathA, folder, FALSE)) << folder;
+        EXPECT_EQ(wstring(path), FromAnsi(pathA)) << folder;
     }
 }
 
@@ -177,14 +162,14 @@ TEST_F(ShellTest, ItemListsAndTheFolderBrowser)
     ASSERT_EQ(S_OK, SHGetSpecialFolderLocation(nullptr, CSIDL_WINDOWS, &list));
     ASSERT_TRUE(SHGetPathFromIDListW(list, path));
     EXPECT_EQ(Lower(path), Lower(windows));
+    EXPECT_GT(SweepAllocationFailures([&](int k) {
+        BOOL r = SHGetPathFromIDListW(list, path);
+        EXPECT_TRUE(HeapAllocCalls() < k || !r) << k << ", on either path";
+    }),
+        0);
     CoTaskMemFree(list);
     ASSERT_EQ(S_OK, SHGetSpecialFolderLocation(nullptr, CSIDL_DRIVES, &list));
     EXPECT_FALSE(SHGetPathFromIDListW(list, path));
-    EXPECT_GT(SweepAllocationFailures([&](int k) {
-        BOOL r = SHGetPathFromIDListW(list, path);
-        EXPECT_TRUE(HeapAllocCalls() < k || !r) << k;
-    }),
-        0);
     CoTaskMemFree(list);
 
     // The browser, told to pick the Windows folder and closed by its callback.
@@ -201,11 +186,109 @@ TEST_F(ShellTest, ItemListsAndTheFolderBrowser)
     EXPECT_EQ(initialized, 1);
     if (!list)
         GTEST_SKIP() << "Wine's browser did not take the selection";
-    ASSERT_TRUE(SHGetPathFromIDListW(list, path));
-    EXPECT_EQ(Lower(path), Lower(windows));
     EXPECT_NE(Lower(displayName).find(L"windows"), wstring::npos)
         << "Wine names the folder by its path";
     CoTaskMemFree(list);
+}
+
+// Lists of names reach the A function with their double NUL, and one that ends at
+// unreadable memory without its final NUL ends there.
+TEST_F(ShellTest, FileOperationLists)
+{
+    if (!ansi)
+        GTEST_SKIP() << "the W path hands the lists through";
+    SHFILEOPSTRUCTW op = {};
+    op.wFunc = FO_DELETE;
+    op.pFrom = L"\0";
+    op.fFlags = FOF_SILENT | FOF_NOCONFIRMATION | FOF_NOERRORUI;
+    SHFileOperationW(&op); // binds the A function before it is hooked
+    auto list = [](const char* p) {
+        const char* end = p;
+        while (*end)
+            end += strlen(end) + 1;
+        return string(p, end + 1);
+    };
+    string from, to;
+    TW_HOOK(hook, SHFileOperationA, [&](LPSHFILEOPSTRUCTA a) {
+        from = list(a->pFrom);
+        to = a->pTo ? list(a->pTo) : "none";
+        a->fAnyOperationsAborted = TRUE;
+        return 0;
+    });
+    const wstring names = text + L'\0' + L"b.txt" + L'\0' + L'\0';
+    const string namesA = ToAnsi(text) + '\0' + "b.txt" + '\0' + '\0';
+    op.pFrom = op.pTo = names.c_str();
+    EXPECT_EQ(SHFileOperationW(&op), 0);
+    EXPECT_EQ(from, namesA);
+    EXPECT_EQ(to, namesA);
+    EXPECT_TRUE(op.fAnyOperationsAborted);
+    GuardPage guard;
+    const wstring unended = text + L'\0';
+    op.pFrom = guard.Copy(unended.c_str(), unended.size());
+    op.pTo = nullptr;
+    EXPECT_EQ(SHFileOperationW(&op), 0);
+    EXPECT_EQ(from, ToAnsi(text) + '\0' + '\0');
+    EXPECT_EQ(to, "none");
+}
+
+// The A function sees the record converted at the size the caller's record has: a
+// record of the balloon's time or later goes as the balloon's record, since the
+// shells of Windows 95, 98 and Me know no later one.
+TEST_F(ShellTest, NotificationIconSizes)
+{
+    if (!ansi)
+        GTEST_SKIP() << "the W path hands the record through";
+    const wstring tip = L"tw " + text;
+    NOTIFYICONDATAW data = {};
+    data.cbSize = sizeof data;
+    data.hWnd = HWND(0x1234);
+    data.uID = 7;
+    data.uFlags = NIF_TIP | NIF_ICON | NIF_MESSAGE;
+    data.uCallbackMessage = WM_APP + 1;
+    wcscpy(data.szTip, tip.c_str());
+    wcscpy(data.szInfo, L"info");
+    Shell_NotifyIconW(NIM_DELETE, &data); // binds the A function before it is hooked
+    NOTIFYICONDATAA seen = {};
+    TW_HOOK(hook, Shell_NotifyIconA, [&](DWORD, PNOTIFYICONDATAA a) {
+        memcpy(&seen, a, std::min<DWORD>(a->cbSize, sizeof seen));
+        return TRUE;
+    });
+    const struct {
+        DWORD message, size, sizeA;
+    } cases[] = { { NIM_ADD, sizeof data, NOTIFYICONDATAA_V2_SIZE },
+        { NIM_MODIFY, NOTIFYICONDATAW_V1_SIZE, NOTIFYICONDATAA_V1_SIZE },
+        { NIM_DELETE, NOTIFYICONDATAW_V2_SIZE, NOTIFYICONDATAA_V2_SIZE } };
+    for (const auto& c : cases) {
+        seen = {};
+        data.cbSize = c.size;
+        const int allocations = HeapAllocCalls();
+        EXPECT_TRUE(Shell_NotifyIconW(c.message, &data));
+        EXPECT_EQ(HeapAllocCalls(), allocations) << "the record lives on the stack";
+        EXPECT_EQ(seen.cbSize, c.sizeA) << c.message;
+        EXPECT_EQ(seen.hWnd, data.hWnd);
+        EXPECT_EQ(seen.uID, 7u);
+        EXPECT_EQ(seen.uFlags, data.uFlags);
+        EXPECT_EQ(seen.uCallbackMessage, UINT(WM_APP + 1));
+        EXPECT_EQ(seen.szTip, ToAnsi(tip));
+        EXPECT_EQ(string(seen.szInfo), c.sizeA == NOTIFYICONDATAA_V2_SIZE ? "info" : "");
+    }
+}
+
+TEST_F(ShellTest, AboutBoxTexts)
+{
+    if (!ansi)
+        GTEST_SKIP() << "the W path hands the texts through";
+    ShellAboutW(HWND(0x1234), L"", L"", nullptr); // binds the A function: no box for no owner
+    string appA, otherA;
+    TW_HOOK(hook, ShellAboutA, [&](HWND, LPCSTR a, LPCSTR o, HICON) {
+        appA = a;
+        otherA = o;
+        return TRUE;
+    });
+    const wstring app = L"tw " + text, other = L"other " + text;
+    EXPECT_TRUE(ShellAboutW(nullptr, app.c_str(), other.c_str(), nullptr));
+    EXPECT_EQ(appA, ToAnsi(app));
+    EXPECT_EQ(otherA, ToAnsi(other));
 }
 
 } // namespace

@@ -1,7 +1,6 @@
-// Printers through torwen: the platform's own printers where it has any, and the
-// re-layout of the spooler's packed records through ANSI buffers the tests build.
+// The spooler's packed records re-laid out from ANSI buffers the tests build (Wine
+// offers no printer), and the records and sizes the A functions are handed.
 #include <cstring>
-#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,39 +14,6 @@ using std::string;
 using std::wstring;
 
 namespace {
-
-// ---- the platform's printers, compared with what the ANSI functions report
-
-TEST(Printers, ThePlatformsPrintersAtEachLevel)
-{
-    DWORD needed = 0, count = 0;
-    EnumPrintersA(PRINTER_ENUM_LOCAL, nullptr, 1, nullptr, 0, &needed, &count);
-    std::vector<BYTE> ansi(needed + 1);
-    if (!needed || !EnumPrintersA(PRINTER_ENUM_LOCAL, nullptr, 1, ansi.data(), needed, &needed, &count) || !count)
-        GTEST_SKIP() << "the platform offers no printer; the re-layout is tested with built records";
-    const string name = reinterpret_cast<PRINTER_INFO_1A*>(ansi.data())->pName;
-    for (DWORD level : {1u, 2u, 5u}) {
-        DWORD wideCount = 0;
-        EnumPrintersW(PRINTER_ENUM_LOCAL, nullptr, level, nullptr, 0, &needed, &wideCount);
-        std::vector<BYTE> wide(needed);
-        ASSERT_TRUE(EnumPrintersW(PRINTER_ENUM_LOCAL, nullptr, level, wide.data(), needed, &needed, &wideCount)) << level;
-        EXPECT_EQ(wideCount, count) << level;
-    }
-    HANDLE printer = nullptr;
-    ASSERT_TRUE(OpenPrinterW(const_cast<LPWSTR>(FromAnsi(name).c_str()), &printer, nullptr));
-    for (DWORD level : {1u, 2u, 5u}) {
-        GetPrinterW(printer, level, nullptr, 0, &needed);
-        std::vector<BYTE> wide(needed);
-        ASSERT_TRUE(GetPrinterW(printer, level, wide.data(), needed, &needed)) << level;
-        LPWSTR printerName = level == 2 ? reinterpret_cast<PRINTER_INFO_2W*>(wide.data())->pPrinterName
-                           : level == 5 ? reinterpret_cast<PRINTER_INFO_5W*>(wide.data())->pPrinterName
-                                        : reinterpret_cast<PRINTER_INFO_1W*>(wide.data())->pName;
-        EXPECT_EQ(ToAnsi(printerName), name) << level;
-    }
-    ClosePrinter(printer);
-}
-
-// ---- records built by the test, answered by hooked A functions
 
 // Records packed the way the spooler packs them: the records first, then their
 // strings and device modes, each member pointing into the same buffer.
