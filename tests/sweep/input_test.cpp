@@ -1,9 +1,7 @@
-// Bad and random input. Every row that takes strings or fills a buffer is called
-// with each kind of string (empty, non-ASCII, characters the code page lacks, lone
-// surrogates, an embedded NUL, 70,000 characters, null where the system takes
-// null) and each kind of count (0, 1, the text's length, more), every string and
-// buffer ending at a no-access page; then a seeded random sweep repeats this with
-// random choices. Nothing may fault, write past a buffer or keep a block.
+// Bad and random input: every row with a fuzz function is called with each kind of
+// string and count (tests/sweep/sweep.h), then with seeded random ones, every string
+// and buffer ending at a no-access page. Nothing may fault, write past a buffer or
+// keep a block.
 //
 //     TORWEN_SWEEP_CALLS=1000000 TORWEN_SWEEP_SEED=1234 tools/wine-run a-932 build/wine sweep_input_test.exe
 //     TORWEN_SWEEP_TRACE=1 TORWEN_WINEDEBUG=warn+heap ... (names each call before it runs)

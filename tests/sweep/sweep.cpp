@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <map>
 
 namespace sweep {
 
@@ -72,9 +71,8 @@ std::vector<std::string> Exports()
         std::string name = At<char>(dll, names[i]);
         // _Name@8 is how a standard-call function is decorated; programs name it Name.
         std::size_t at = name.rfind('@');
-        if (name[0] == '_' && at != std::string::npos) {
+        if (name[0] == '_' && at != std::string::npos)
             name = name.substr(1, at - 1);
-        }
         all.push_back(name);
     }
     return all;
@@ -83,11 +81,6 @@ std::vector<std::string> Exports()
 // ---- the shared set-up
 
 namespace {
-
-std::string Narrow(const std::wstring& s)
-{
-    return harness::ToAnsi(s);
-}
 
 void RemoveTree(const std::string& path)
 {
@@ -148,7 +141,7 @@ std::wstring PathIn(const std::wstring& name)
 std::wstring MakeFile(const std::wstring& name, const std::string& content)
 {
     std::wstring path = PathIn(name);
-    HANDLE file = CreateFileA(Narrow(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+    HANDLE file = CreateFileA(harness::ToAnsi(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                               FILE_ATTRIBUTE_NORMAL, nullptr);
     DWORD written = 0;
     WriteFile(file, content.data(), DWORD(content.size()), &written, nullptr);
@@ -220,38 +213,31 @@ void* Fuzz::Block(std::size_t bytes, int fill)
 
 LPCWSTR Fuzz::Str(Nulls nulls)
 {
+    // In the order the fixed pass walks them; the last is null where the call takes
+    // null, plain text elsewhere.
+    static const std::vector<std::wstring> kinds = [] {
+        std::wstring huge;
+        const WCHAR wide = harness::NonAsciiText()[0];
+        for (int i = 0; i < 70000; ++i)
+            huge += i % 7 ? L'x' : wide;
+        return std::vector<std::wstring>{
+            L"",
+            L"sweep",
+            harness::NonAsciiText(),
+            L"\u0100\u4E00\u20AC\u00E9\u0416",  // each code page lacks some
+            L"a\xD800" L"b",
+            L"ab\xDC00",
+            std::wstring(L"ab\0cd", 5),
+            huge,
+            L"sweep",
+        };
+    }();
+    static_assert(Kinds == 9);
     int kind = Pick(Kinds);
     drawn += "str" + std::to_string(kind) + " ";
-    std::wstring s;
-    switch (kind) {
-    case 0: break;
-    case 1: s = L"sweep"; break;
-    case 2: {
-        static const std::wstring text = harness::NonAsciiText();
-        s = text;
-        break;
-    }
-    case 3: s = L"\u0100\u4E00\u20AC\u00E9\u0416"; break;  // each code page lacks some
-    case 4: s = L"a\xD800" L"b"; break;
-    case 5: s = L"ab\xDC00"; break;
-    case 6: s.assign(L"ab\0cd", 5); break;
-    case 7: {
-        static const std::wstring huge = [] {
-            std::wstring h;
-            const WCHAR wide = harness::NonAsciiText()[0];
-            for (int i = 0; i < 70000; ++i)
-                h += i % 7 ? L'x' : wide;
-            return h;
-        }();
-        s = huge;
-        break;
-    }
-    default:
-        if (nulls == NullOk)
-            return nullptr;
-        s = L"sweep";
-        break;
-    }
+    if (kind == Kinds - 1 && nulls == NullOk)
+        return nullptr;
+    const std::wstring& s = kinds[kind];
     auto* p = static_cast<WCHAR*>(Block((s.size() + 1) * sizeof(WCHAR), 0));
     memcpy(p, s.data(), s.size() * sizeof(WCHAR));
     return p;
@@ -268,16 +254,9 @@ LPCWSTR Fuzz::Path()
 
 int Fuzz::Count(int length)
 {
-    static const int Kinds = 6;
-    int n = 0;
-    switch (Pick(Kinds)) {
-    case 0: n = 0; break;
-    case 1: n = 1; break;
-    case 2: n = length; break;
-    case 3: n = length + 1; break;
-    case 4: n = length + 100; break;
-    default: n = int(rng() % unsigned(2 * length + 3)); break;
-    }
+    const int counts[] = {0, 1, length, length + 1, length + 100};
+    int kind = Pick(6);
+    int n = kind < 5 ? counts[kind] : int(rng() % unsigned(2 * length + 3));
     drawn += "count=" + std::to_string(n) + " ";
     return n;
 }

@@ -1,6 +1,6 @@
-// Menus and accelerator tables built through torwen and read back, and what the A
-// functions receive on the ANSI path.
+// Menus and accelerator tables built through torwen and read back.
 #include <optional>
+#include <vector>
 
 #include "user/test_resources.h"
 #include "user/test_window.h"
@@ -129,54 +129,27 @@ TEST_F(MenusTest, ItemRecords)
     EXPECT_EQ(mii.cch, 64u);
 }
 
-// Menus and tables from the resource DLL by name and by number; tables made and
-// copied with their character keys as they are.
+// Resources by name and by number; character keys of accelerator tables stay as they are.
 TEST_F(MenusTest, ResourcesAndAccelerators)
 {
     HMODULE res = TestResources();
-    HMENU named = LoadMenuW(res, L"MAINMENU"), numbered = LoadMenuW(res, MAKEINTRESOURCEW(IDR_MENU));
-    ASSERT_TRUE(named && numbered);
+    HMENU named = LoadMenuW(res, L"MAINMENU");
     WCHAR buf[16];
     EXPECT_EQ(GetMenuStringW(GetSubMenu(named, 0), IDM_EXIT, buf, 16, MF_BYCOMMAND), 5);
     EXPECT_STREQ(buf, L"E&xit");
-    EXPECT_FALSE(LoadMenuW(res, L"NOSUCHMENU"));
     DestroyMenu(named);
-    DestroyMenu(numbered);
-
-    ACCEL entries[4] = {};
-    HACCEL table = LoadAcceleratorsW(res, L"ACCELS");
-    ASSERT_EQ(CopyAcceleratorTableW(table, entries, 4), 2);
-    EXPECT_EQ(entries[1].key, 'x');
-    DestroyAcceleratorTable(table);
+    EXPECT_TRUE(DestroyMenu(LoadMenuW(res, MAKEINTRESOURCEW(IDR_MENU))));
     EXPECT_TRUE(LoadAcceleratorsW(res, MAKEINTRESOURCEW(IDR_ACCEL)));
-    ACCEL made[] = {{FVIRTKEY, VK_F2, 7}, {0, 'q', 8}};
-    table = CreateAcceleratorTableW(made, 2);
-    ASSERT_EQ(CopyAcceleratorTableW(table, entries, 4), 2);
-    EXPECT_EQ(entries[1].key, 'q');
-    DestroyAcceleratorTable(table);
-}
 
-TEST_F(MenusTest, AllocationFailures)
-{
-    if (!harness::AnsiPath())
-        GTEST_SKIP() << "the W path allocates nothing";
-    const LPCWSTR s = text.c_str();
-    WCHAR buf[64];
-    MENUITEMINFOW mii = Info(MIIM_TYPE, MFT_STRING, s), read = Info(MIIM_TYPE, 0, buf, 64);
-    HMODULE res = TestResources();
-    SweepMembers({
-        {"AppendMenuW", [&] { return LONG_PTR(AppendMenuW(menu, MF_STRING, 3, s)); }, 0, 0},
-        {"InsertMenuW", [&] { return LONG_PTR(InsertMenuW(menu, 0, MF_BYPOSITION, 3, s)); }, 0, 0},
-        {"ModifyMenuW", [&] { return LONG_PTR(ModifyMenuW(menu, 1, 0, 1, s)); }, 0, 0},
-        {"InsertMenuItemW", [&] { return LONG_PTR(InsertMenuItemW(menu, 0, TRUE, &mii)); }, 0, 0},
-        {"SetMenuItemInfoW", [&] { return LONG_PTR(SetMenuItemInfoW(menu, 1, 0, &mii)); }, 0, 0},
-        {"GetMenuItemInfoW", [&] { return LONG_PTR(GetMenuItemInfoW(menu, 1, 0, &read)); }, 0, 0},
-        {"GetMenuStringW", [&] { return LONG_PTR(GetMenuStringW(menu, 1, buf, 64, 0)); }, 0,
-         ERROR_OUTOFMEMORY},
-        {"LoadMenuW", [&] { return LONG_PTR(LoadMenuW(res, L"MAINMENU")); }, 0, 0},
-        {"LoadAcceleratorsW", [&] { return LONG_PTR(LoadAcceleratorsW(res, L"ACCELS")); }, 0,
-         ERROR_OUTOFMEMORY},
-    });
+    ACCEL made[] = {{FVIRTKEY, VK_F2, 7}, {0, 'q', 8}};
+    const struct { HACCEL table; WORD key; } tables[] = {
+        {LoadAcceleratorsW(res, L"ACCELS"), 'x'}, {CreateAcceleratorTableW(made, 2), 'q'}};
+    for (const auto& t : tables) {
+        ACCEL entries[4] = {};
+        EXPECT_EQ(CopyAcceleratorTableW(t.table, entries, 4), 2) << t.key;
+        EXPECT_EQ(entries[1].key, t.key);
+        DestroyAcceleratorTable(t.table);
+    }
 }
 
 }  // namespace

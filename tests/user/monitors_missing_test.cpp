@@ -1,5 +1,4 @@
-// The multiple-monitor functions on a system without monitor functions (Windows 95,
-// NT 4): the harness makes MonitorFromPoint missing before the first call, and every
+// Without the system's monitor functions (MonitorFromPoint made missing), every
 // function answers for one monitor covering the screen.
 #include <cstring>
 

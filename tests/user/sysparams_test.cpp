@@ -1,7 +1,5 @@
-// System parameters: records with fonts and strings read through torwen and compared
-// with the A function's, and what the A function receives and returns for them.
+// System parameters with records of fonts and strings, and what the A function sees.
 #include "user/test_resources.h"
-#include "user/test_window.h"
 
 namespace {
 
@@ -29,8 +27,7 @@ Record Sized(UINT size)
     return r;
 }
 
-// What torwen reads is what the A function reads (and on the W path the system's W
-// function reads the same).
+// What torwen reads is what the A function reads.
 TEST_F(SysParamsTest, ReadRecordsWithFonts)
 {
     auto ncm = Sized<NONCLIENTMETRICSW>(sizeof(NONCLIENTMETRICSW));
@@ -91,8 +88,7 @@ TEST_F(SysParamsTest, SizesOfTheAnsiPath)
     EXPECT_EQ(guarded.canary, 0xC0FFEEu);
 }
 
-// What the setters hand to the A function, seen by a hook that stands in for it (the
-// system keeps its settings).
+// What the setters hand to the A function, seen by a hook standing in for it.
 TEST_F(SysParamsTest, RecordsTheSettersPass)
 {
     if (!harness::AnsiPath())
@@ -189,24 +185,28 @@ TEST_F(SysParamsTest, RecordsTheGettersReturn)
     EXPECT_EQ(std::wstring(driver), name);
 }
 
+// Conversions beyond a high-contrast read: a failed allocation fails with error 0.
 TEST_F(SysParamsTest, AllocationFailures)
 {
     if (!harness::AnsiPath())
         GTEST_SKIP() << "the W path allocates nothing";
     TW_HOOK(hook, SystemParametersInfoA, [&](UINT, UINT, PVOID, UINT) { return TRUE; });
     WCHAR name[260] = L"name";
-    HIGHCONTRASTW hc = {12, 0, name};
     auto ss = Sized<SOUNDSENTRYW>(48);
     ss.lpszWindowsEffectDLL = name;
-    auto call = [](UINT action, PVOID pv) {
-        return [=] { return LONG_PTR(SystemParametersInfoW(action, 0, pv, 0)); };
-    };
-    SweepMembers({
-        {"SPI_GETHIGHCONTRAST", call(SPI_GETHIGHCONTRAST, &hc), 0, 0},
-        {"SPI_SETSOUNDSENTRY", call(SPI_SETSOUNDSENTRY, &ss), 0, 0},
-        {"SPI_SETDESKWALLPAPER", call(SPI_SETDESKWALLPAPER, name), 0, 0},
-        {"SPI_LANGDRIVER", call(SPI_LANGDRIVER, name), 0, 0},
-    });
+    const struct { UINT action; PVOID pv; } calls[] = {
+        {SPI_SETSOUNDSENTRY, &ss}, {SPI_SETDESKWALLPAPER, name}, {SPI_LANGDRIVER, name}};
+    for (const auto& c : calls)
+        harness::SweepAllocationFailures([&](int k) {
+            SetLastError(1234);
+            BOOL r = SystemParametersInfoW(c.action, 0, c.pv, 0);
+            if (harness::HeapAllocCalls() < k) {
+                EXPECT_TRUE(r) << c.action;
+                return;
+            }
+            EXPECT_FALSE(r) << c.action << ", allocation " << k;
+            EXPECT_EQ(GetLastError(), 0u) << c.action << ", allocation " << k;
+        });
 }
 
 }  // namespace

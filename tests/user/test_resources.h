@@ -1,10 +1,9 @@
 // What the tests of the window manager and the controls share: the resource-only
-// DLL, text the running code page can hold, and the allocation sweep of members.
+// DLL and text the running code page can hold.
 #pragma once
 
 #include <windows.h>
 
-#include <functional>
 #include <string>
 
 #include "harness/harness.h"
@@ -31,29 +30,4 @@ inline HWND CreateControlsDialog()
 inline std::wstring MixedText()
 {
     return harness::CodePage() == 932 ? L"a\u65E5b" : L"a\u00E9b";
-}
-
-// Each member of the ANSI path with its 1st, 2nd, ... allocation failing: a run that
-// meets the failure answers `failure` with the last error `error` (0 for members that
-// keep the A call's error, 14 for the others), a run without one answers otherwise.
-struct SweptMember {
-    const char* name;
-    std::function<LONG_PTR()> call;
-    LONG_PTR failure;
-    DWORD error;
-};
-
-inline void SweepMembers(std::initializer_list<SweptMember> members)
-{
-    for (const SweptMember& m : members)
-        harness::SweepAllocationFailures([&](int k) {
-            SetLastError(1234);
-            LONG_PTR r = m.call();
-            if (harness::HeapAllocCalls() < k) {
-                EXPECT_NE(r, m.failure) << m.name;
-                return;
-            }
-            EXPECT_EQ(r, m.failure) << m.name << ", allocation " << k;
-            EXPECT_EQ(GetLastError(), m.error) << m.name << ", allocation " << k;
-        });
 }

@@ -72,14 +72,20 @@ LPWSTR Buffer(Fuzz& f, LPCWSTR s, int count)
     return buf;
 }
 
+// A copy of `s` and its NUL that ends at the page.
+template <typename C>
+C* Copy(Fuzz& f, const std::basic_string<C>& s)
+{
+    C* p = f.Out<C>(int(s.size() + 1));
+    std::copy(s.begin(), s.end(), p);
+    p[s.size()] = C(0);
+    return p;
+}
+
 // A list of strings (each with its NUL, then an empty one) that ends at the page.
 LPCWSTR List(Fuzz& f, LPCWSTR first, LPCWSTR second)
 {
-    std::wstring list = std::wstring(first, f.Len(first)) + L'\0' + second + L'\0';
-    WCHAR* p = f.Out<WCHAR>(int(list.size() + 1));
-    std::copy(list.begin(), list.end(), p);
-    p[list.size()] = L'\0';
-    return p;
+    return Copy(f, std::wstring(first, f.Len(first)) + L'\0' + second + L'\0');
 }
 
 // A fuzzed text, or now and then the marker of a text that the control asks its
@@ -92,21 +98,7 @@ LPWSTR TextOrMarker(Fuzz& f)
 // An ANSI copy of a fuzzed string, ending at the page.
 LPSTR AnsiOf(Fuzz& f, LPCWSTR s)
 {
-    std::string a = harness::ToAnsi(std::wstring(s, f.Len(s)));
-    char* p = f.Out<char>(int(a.size() + 1));
-    std::copy(a.begin(), a.end(), p);
-    p[a.size()] = '\0';
-    return p;
-}
-
-// A text that came back as `n` characters (without its NUL) fits the caller's
-// `count`; a text that does not fit answers 0 and leaves the buffer unspecified
-// (a count of 0 asks for the length).
-void ExpectFits(int n, int count, Fuzz& f)
-{
-    if (n > 0 && count > 0) {
-        EXPECT_LT(n, count) << f.Describe();
-    }
+    return Copy(f, harness::ToAnsi(std::wstring(s, f.Len(s))));
 }
 
 bool Created(Result r)
@@ -117,6 +109,30 @@ bool Created(Result r)
 void Destroy(Result window)
 {
     DestroyWindow(HWND(window));
+}
+
+// Rows with their call last: most of this table's are short.
+Row Call(const char* name, Result failure, Error error, std::function<Result()> call)
+{
+    return Row(name, std::move(call), failure, error);
+}
+
+Row Call(const char* name, Result failure, std::function<Result()> call)
+{
+    return Row(name, std::move(call), failure);
+}
+
+Row Void(const char* name, std::function<void()> call)
+{
+    return Row::Void(name, std::move(call), Error::AsLeft);
+}
+
+// The valid calls' buffer, empty.
+LPWSTR Scratch()
+{
+    static WCHAR buf[MAX_PATH];
+    buf[0] = L'\0';
+    return buf;
 }
 
 // ---- list views, tree views, headers and tab controls
@@ -142,17 +158,6 @@ void RestoreListItem()
     Send(ListView(), LVM_SETITEMTEXTA, 0, &item);
 }
 
-LVITEMW ListItem(LPWSTR text, int cch = 0, int index = 0)
-{
-    LVITEMW item = {LVIF_TEXT | LVIF_PARAM, index, 0, 0, 0, text, cch};
-    return item;
-}
-
-LVCOLUMNW Column(LPWSTR text, int cch = 0)
-{
-    return {LVCF_TEXT | LVCF_WIDTH, 0, 80, text, cch};
-}
-
 struct Tree {
     HWND hwnd;
     HTREEITEM root;
@@ -170,14 +175,6 @@ Tree TreeView()
     return tree;
 }
 
-TVITEMW TreeItem(LPWSTR text, int cch = 0)
-{
-    TVITEMW item = {TVIF_TEXT | TVIF_HANDLE, TreeView().root};
-    item.pszText = text;
-    item.cchTextMax = cch;
-    return item;
-}
-
 HWND Header()
 {
     static HWND h = [] {
@@ -187,11 +184,6 @@ HWND Header()
         return hdr;
     }();
     return h;
-}
-
-HDITEMW HeaderItem(LPWSTR text, int cch)
-{
-    return {HDI_TEXT | HDI_WIDTH, 50, text, nullptr, cch};
 }
 
 HWND Tab()
@@ -205,111 +197,162 @@ HWND Tab()
     return h;
 }
 
-TCITEMW TabItem(LPWSTR text, int cch = 0)
+// The records the item rows hand over, made around a text and its capacity.
+
+LVITEMW ListItem(LPWSTR text, int cch)
+{
+    return {LVIF_TEXT | LVIF_PARAM, 0, 0, 0, 0, text, cch};
+}
+
+LVCOLUMNW Column(LPWSTR text, int cch)
+{
+    return {LVCF_TEXT | LVCF_WIDTH, 0, 80, text, cch};
+}
+
+TVITEMW TreeItem(LPWSTR text, int cch)
+{
+    TVITEMW item = {TVIF_TEXT | TVIF_HANDLE, TreeView().root};
+    item.pszText = text;
+    item.cchTextMax = cch;
+    return item;
+}
+
+TVINSERTSTRUCTW TreeInsert(LPWSTR text, int)
+{
+    TVINSERTSTRUCTW ins = {TVI_ROOT, TVI_LAST};
+    ins.item.mask = TVIF_TEXT;
+    ins.item.pszText = text;
+    return ins;
+}
+
+HDITEMW HeaderItem(LPWSTR text, int cch)
+{
+    return {HDI_TEXT | HDI_WIDTH, 50, text, nullptr, cch};
+}
+
+TCITEMW TabItem(LPWSTR text, int cch)
 {
     return {TCIF_TEXT, 0, 0, text, cch};
+}
+
+// Reads the first item's text: "sweep", into a buffer that held a longer text (the
+// header answers no longer a text than the one the buffer holds); fuzzed, into a
+// buffer of every count that ends at the no-access page.
+template <typename Make, typename Get>
+Row GetsText(const char* name, Make make, Get get)
+{
+    return Call(name, FALSE, Error::AsLeft,
+                [=] {
+                    WCHAR buf[64] = L"xxxxxxxxxx";
+                    auto item = make(buf, 64);
+                    return R(get(&item) && !wcscmp(buf, L"sweep"));
+                })
+        .Fuzz([=](Fuzz& f) {
+            int count = f.Count(5);
+            auto item = make(f.Out<WCHAR>(count), count);
+            get(&item);
+        });
+}
+
+// What a fuzzed record's text is: any string, or also the callback marker where the
+// control takes one.
+enum Texts { Strings, OrMarker };
+
+LPWSTR Drawn(Fuzz& f, Texts texts)
+{
+    return texts == OrMarker ? TextOrMarker(f) : const_cast<LPWSTR>(f.Str());
+}
+
+// Sets the first item's text; after a fuzzed one, `restore` puts "sweep" back.
+template <typename Make, typename Set>
+Row SetsText(const char* name, Make make, Set set, Texts texts, void (*restore)(),
+             Result failure = FALSE)
+{
+    return Call(name, failure, Error::AsLeft,
+                [=] {
+                    auto item = make(sweepText, 0);
+                    return R(set(&item));
+                })
+        .Fuzz([=](Fuzz& f) {
+            auto item = make(Drawn(f, texts), 0);
+            set(&item);
+            restore();
+        });
+}
+
+// Inserts an item, which `remove` takes out again.
+template <typename Make, typename Insert>
+Row InsertsText(const char* name, Make make, Insert insert, Texts texts, void (*remove)(Result),
+                Result failure = -1)
+{
+    return Call(name, failure, Error::AsLeft,
+                [=] {
+                    auto item = make(sweepText, 0);
+                    return R(insert(&item));
+                })
+        .Undo(remove)
+        .Fuzz([=](Fuzz& f) {
+            auto item = make(Drawn(f, texts), 0);
+            Result r = R(insert(&item));
+            if (r != failure)
+                remove(r);
+        });
+}
+
+// No incremental search is under way: the string is empty.
+template <typename Get>
+Row SearchesNothing(const char* name, Get get)
+{
+    return Call(name, 0, Error::AsLeft, [=] { return R(get(Scratch())); })
+        .Ok(0)
+        .Fuzz([=](Fuzz& f) { get(f.Out<WCHAR>(260)); });
 }
 
 std::vector<Row> ItemRows()
 {
     return {
-        Row("AtListView_InsertItemW",
-            [] {
-                LVITEMW item = ListItem(sweepText, 0, 1);
-                return R(AtListView_InsertItemW(ListView(), &item));
+        InsertsText(
+            "AtListView_InsertItemW", ListItem,
+            [](LVITEMW* item) {
+                item->iItem = 1;
+                return AtListView_InsertItemW(ListView(), item);
             },
-            -1, Error::AsLeft)
-            .Undo([](Result i) { Send(ListView(), LVM_DELETEITEM, i); })
-            .Fuzz([](Fuzz& f) {
-                LVITEMW item = ListItem(TextOrMarker(f), 0, 1);
-                int i = AtListView_InsertItemW(ListView(), &item);
-                if (i >= 0)
-                    Send(ListView(), LVM_DELETEITEM, i);
-            }),
-        Row("AtListView_GetItemW",
-            [] {
-                WCHAR buf[64];
-                LVITEMW item = ListItem(buf, 64);
-                return R(AtListView_GetItemW(ListView(), &item) && !wcscmp(buf, L"sweep"));
-            },
-            FALSE, Error::AsLeft)
-            .Fuzz([](Fuzz& f) {
-                int count = f.Count(5);
-                LVITEMW item = ListItem(f.Out<WCHAR>(count), count);
-                AtListView_GetItemW(ListView(), &item);
-            }),
-        Row("AtListView_SetItemW",
-            [] {
-                LVITEMW item = ListItem(sweepText);
-                return R(AtListView_SetItemW(ListView(), &item));
-            },
-            FALSE, Error::AsLeft)
-            .Fuzz([](Fuzz& f) {
-                LVITEMW item = ListItem(TextOrMarker(f));
-                AtListView_SetItemW(ListView(), &item);
-                RestoreListItem();
-            }),
-        Row("AtListView_FindItemW",
-            [] {
-                LVFINDINFOW find = {LVFI_STRING, L"sweep"};
-                return R(AtListView_FindItemW(ListView(), -1, &find));
-            },
-            -1, Error::AsLeft)
+            OrMarker, [](Result i) { Send(ListView(), LVM_DELETEITEM, i); }),
+        GetsText("AtListView_GetItemW", ListItem,
+                 [](LVITEMW* item) { return AtListView_GetItemW(ListView(), item); }),
+        SetsText("AtListView_SetItemW", ListItem,
+                 [](LVITEMW* item) { return AtListView_SetItemW(ListView(), item); }, OrMarker,
+                 RestoreListItem),
+        Call("AtListView_FindItemW", -1, Error::AsLeft,
+             [] {
+                 LVFINDINFOW find = {LVFI_STRING, L"sweep"};
+                 return R(AtListView_FindItemW(ListView(), -1, &find));
+             })
             .Ok(0)
             .Fuzz([](Fuzz& f) {
                 LVFINDINFOW find = {f.Pick(2) ? UINT(LVFI_STRING) : UINT(LVFI_PARTIAL), f.Str()};
                 AtListView_FindItemW(ListView(), -1, &find);
             }),
-        Row("AtListView_GetStringWidthW",
-            [] { return R(AtListView_GetStringWidthW(ListView(), L"sweep")); }, -1, Error::AsLeft)
+        Call("AtListView_GetStringWidthW", -1, Error::AsLeft,
+             [] { return R(AtListView_GetStringWidthW(ListView(), L"sweep")); })
             .Ok([](Result r) { return r > 0; })
             .Fuzz([](Fuzz& f) { AtListView_GetStringWidthW(ListView(), f.Str()); }),
-        Row("AtListView_EditLabelW", [] { return R(AtListView_EditLabelW(ListView(), 0)); }, 0,
-            Error::AsLeft)
+        Call("AtListView_EditLabelW", 0, Error::AsLeft,
+             [] { return R(AtListView_EditLabelW(ListView(), 0)); })
             .Undo([](Result) { Send(ListView(), LVM_CANCELEDITLABEL, 0); }),
-        Row("AtListView_GetColumnW",
-            [] {
-                WCHAR buf[64];
-                LVCOLUMNW col = Column(buf, 64);
-                return R(AtListView_GetColumnW(ListView(), 0, &col) && !wcscmp(buf, L"sweep"));
-            },
-            FALSE, Error::AsLeft)
-            .Fuzz([](Fuzz& f) {
-                int count = f.Count(5);
-                LVCOLUMNW col = Column(f.Out<WCHAR>(count), count);
-                AtListView_GetColumnW(ListView(), 0, &col);
-            }),
-        Row("AtListView_SetColumnW",
-            [] {
-                LVCOLUMNW col = Column(sweepText);
-                return R(AtListView_SetColumnW(ListView(), 0, &col));
-            },
-            FALSE, Error::AsLeft)
-            .Fuzz([](Fuzz& f) {
-                LVCOLUMNW col = Column(const_cast<LPWSTR>(f.Str()));
-                AtListView_SetColumnW(ListView(), 0, &col);
-                LVCOLUMNA back = {LVCF_TEXT, 0, 0, const_cast<LPSTR>("sweep")};
-                Send(ListView(), LVM_SETCOLUMNA, 0, &back);
-            }),
-        Row("AtListView_InsertColumnW",
-            [] {
-                LVCOLUMNW col = Column(sweepText);
-                return R(AtListView_InsertColumnW(ListView(), 1, &col));
-            },
-            -1, Error::AsLeft)
-            .Undo([](Result i) { Send(ListView(), LVM_DELETECOLUMN, i); })
-            .Fuzz([](Fuzz& f) {
-                LVCOLUMNW col = Column(const_cast<LPWSTR>(f.Str()));
-                int i = AtListView_InsertColumnW(ListView(), 1, &col);
-                if (i >= 0)
-                    Send(ListView(), LVM_DELETECOLUMN, i);
-            }),
-        Row::Void("AtListView_GetItemTextW",
-                  [] {
-                      WCHAR buf[64] = L"";
-                      AtListView_GetItemTextW(ListView(), 0, 0, buf, 64);
-                  },
-                  Error::AsLeft)
+        GetsText("AtListView_GetColumnW", Column,
+                 [](LVCOLUMNW* col) { return AtListView_GetColumnW(ListView(), 0, col); }),
+        SetsText("AtListView_SetColumnW", Column,
+                 [](LVCOLUMNW* col) { return AtListView_SetColumnW(ListView(), 0, col); }, Strings,
+                 [] {
+                     LVCOLUMNA back = {LVCF_TEXT, 0, 0, const_cast<LPSTR>("sweep")};
+                     Send(ListView(), LVM_SETCOLUMNA, 0, &back);
+                 }),
+        InsertsText("AtListView_InsertColumnW", Column,
+                    [](LVCOLUMNW* col) { return AtListView_InsertColumnW(ListView(), 1, col); },
+                    Strings, [](Result i) { Send(ListView(), LVM_DELETECOLUMN, i); }),
+        Void("AtListView_GetItemTextW",
+             [] { AtListView_GetItemTextW(ListView(), 0, 0, Scratch(), 64); })
             .Fuzz([](Fuzz& f) {
                 int count = f.Count(5);
                 // Wine's list view measures what it left in the buffer, even in one of
@@ -319,152 +362,58 @@ std::vector<Row> ItemRows()
                     buf[0] = L'\0';
                 AtListView_GetItemTextW(ListView(), 0, 0, buf, count);
             }),
-        Row::Void("AtListView_SetItemTextW",
-                  [] { AtListView_SetItemTextW(ListView(), 0, 0, L"sweep"); }, Error::AsLeft)
+        Void("AtListView_SetItemTextW", [] { AtListView_SetItemTextW(ListView(), 0, 0, L"sweep"); })
             .Fuzz([](Fuzz& f) {
                 AtListView_SetItemTextW(ListView(), 0, 0, f.Str(Fuzz::NullOk));
                 RestoreListItem();
             }),
-        // No incremental search is under way: the string is empty.
-        Row("AtListView_GetISearchStringW",
+        SearchesNothing("AtListView_GetISearchStringW",
+                        [](LPWSTR buf) { return AtListView_GetISearchStringW(ListView(), buf); }),
+        InsertsText(
+            "AtTreeView_InsertItemW", TreeInsert,
+            [](TVINSERTSTRUCTW* ins) { return AtTreeView_InsertItemW(TreeView().hwnd, ins); },
+            OrMarker,
+            [](Result item) { Send(TreeView().hwnd, TVM_DELETEITEM, 0, HTREEITEM(item)); }, 0),
+        GetsText("AtTreeView_GetItemW", TreeItem,
+                 [](TVITEMW* item) { return AtTreeView_GetItemW(TreeView().hwnd, item); }),
+        SetsText(
+            "AtTreeView_SetItemW", TreeItem,
+            [](TVITEMW* item) { return AtTreeView_SetItemW(TreeView().hwnd, item); }, OrMarker,
             [] {
-                WCHAR buf[260];
-                return R(AtListView_GetISearchStringW(ListView(), buf));
-            },
-            0, Error::AsLeft)
-            .Ok(0)
-            .Fuzz([](Fuzz& f) { AtListView_GetISearchStringW(ListView(), f.Out<WCHAR>(260)); }),
-        Row("AtTreeView_InsertItemW",
-            [] {
-                TVINSERTSTRUCTW ins = {TVI_ROOT, TVI_LAST};
-                ins.item.mask = TVIF_TEXT;
-                ins.item.pszText = sweepText;
-                return R(AtTreeView_InsertItemW(TreeView().hwnd, &ins));
-            },
-            0, Error::AsLeft)
-            .Undo([](Result item) { Send(TreeView().hwnd, TVM_DELETEITEM, 0, HTREEITEM(item)); })
-            .Fuzz([](Fuzz& f) {
-                TVINSERTSTRUCTW ins = {TVI_ROOT, TVI_LAST};
-                ins.item.mask = TVIF_TEXT;
-                ins.item.pszText = TextOrMarker(f);
-                if (HTREEITEM item = AtTreeView_InsertItemW(TreeView().hwnd, &ins))
-                    Send(TreeView().hwnd, TVM_DELETEITEM, 0, item);
-            }),
-        Row("AtTreeView_GetItemW",
-            [] {
-                WCHAR buf[64];
-                TVITEMW item = TreeItem(buf, 64);
-                return R(AtTreeView_GetItemW(TreeView().hwnd, &item) && !wcscmp(buf, L"sweep"));
-            },
-            FALSE, Error::AsLeft)
-            .Fuzz([](Fuzz& f) {
-                int count = f.Count(5);
-                TVITEMW item = TreeItem(f.Out<WCHAR>(count), count);
-                AtTreeView_GetItemW(TreeView().hwnd, &item);
-            }),
-        Row("AtTreeView_SetItemW",
-            [] {
-                TVITEMW item = TreeItem(sweepText);
-                return R(AtTreeView_SetItemW(TreeView().hwnd, &item));
-            },
-            -1, Error::AsLeft)
-            .Ok(TRUE)
-            .Fuzz([](Fuzz& f) {
-                TVITEMW item = TreeItem(TextOrMarker(f));
-                AtTreeView_SetItemW(TreeView().hwnd, &item);
                 TVITEMA back = {TVIF_TEXT | TVIF_HANDLE, TreeView().root};
                 back.pszText = const_cast<LPSTR>("sweep");
                 Send(TreeView().hwnd, TVM_SETITEMA, 0, &back);
-            }),
-        Row("AtTreeView_EditLabelW",
-            [] { return R(AtTreeView_EditLabelW(TreeView().hwnd, TreeView().root)); }, 0,
-            Error::AsLeft)
+            },
+            -1)
+            .Ok(TRUE),
+        Call("AtTreeView_EditLabelW", 0, Error::AsLeft,
+             [] { return R(AtTreeView_EditLabelW(TreeView().hwnd, TreeView().root)); })
             .Undo([](Result) { Send(TreeView().hwnd, TVM_ENDEDITLABELNOW, TRUE); }),
-        Row("AtTreeView_GetISearchStringW",
-            [] {
-                WCHAR buf[260];
-                return R(AtTreeView_GetISearchStringW(TreeView().hwnd, buf));
-            },
-            0, Error::AsLeft)
-            .Ok(0)
-            .Fuzz([](Fuzz& f) {
-                AtTreeView_GetISearchStringW(TreeView().hwnd, f.Out<WCHAR>(260));
-            }),
-        // The header answers no longer a text than the one the buffer holds.
-        Row("AtHeader_GetItemW",
-            [] {
-                WCHAR buf[64] = L"xxxxxxxxxx";
-                HDITEMW item = HeaderItem(buf, 64);
-                return R(AtHeader_GetItemW(Header(), 0, &item) && !wcscmp(buf, L"sweep"));
-            },
-            FALSE, Error::AsLeft)
-            .Fuzz([](Fuzz& f) {
-                int count = f.Count(5);
-                HDITEMW item = HeaderItem(f.Out<WCHAR>(count), count);
-                AtHeader_GetItemW(Header(), 0, &item);
-            }),
-        Row("AtHeader_InsertItemW",
-            [] {
-                HDITEMW item = HeaderItem(sweepText, 0);
-                return R(AtHeader_InsertItemW(Header(), 1, &item));
-            },
-            -1, Error::AsLeft)
-            .Undo([](Result i) { Send(Header(), HDM_DELETEITEM, i); })
-            .Fuzz([](Fuzz& f) {
-                HDITEMW item = HeaderItem(TextOrMarker(f), 0);
-                int i = AtHeader_InsertItemW(Header(), 1, &item);
-                if (i >= 0)
-                    Send(Header(), HDM_DELETEITEM, i);
-            }),
-        Row("AtHeader_SetItemW",
-            [] {
-                HDITEMW item = HeaderItem(sweepText, 0);
-                return R(AtHeader_SetItemW(Header(), 0, &item));
-            },
-            FALSE, Error::AsLeft)
-            .Fuzz([](Fuzz& f) {
-                HDITEMW item = HeaderItem(TextOrMarker(f), 0);
-                AtHeader_SetItemW(Header(), 0, &item);
-                HDITEMA back = {HDI_TEXT, 0, const_cast<LPSTR>("sweep")};
-                Send(Header(), HDM_SETITEMA, 0, &back);
-            }),
-        Row("AtTabCtrl_GetItemW",
-            [] {
-                WCHAR buf[64];
-                TCITEMW item = TabItem(buf, 64);
-                return R(AtTabCtrl_GetItemW(Tab(), 0, &item) && !wcscmp(buf, L"sweep"));
-            },
-            FALSE, Error::AsLeft)
-            .Fuzz([](Fuzz& f) {
-                int count = f.Count(5);
-                TCITEMW item = TabItem(f.Out<WCHAR>(count), count);
-                AtTabCtrl_GetItemW(Tab(), 0, &item);
-            }),
-        Row("AtTabCtrl_SetItemW",
-            [] {
-                TCITEMW item = TabItem(sweepText);
-                return R(AtTabCtrl_SetItemW(Tab(), 0, &item));
-            },
-            FALSE, Error::AsLeft)
-            .Fuzz([](Fuzz& f) {
-                TCITEMW item = TabItem(const_cast<LPWSTR>(f.Str()));
-                AtTabCtrl_SetItemW(Tab(), 0, &item);
-                TCITEMA back = {TCIF_TEXT, 0, 0, const_cast<LPSTR>("sweep")};
-                Send(Tab(), TCM_SETITEMA, 0, &back);
-            }),
-        Row("AtTabCtrl_InsertItemW",
-            [] {
-                TCITEMW item = TabItem(sweepText);
-                return R(AtTabCtrl_InsertItemW(Tab(), 1, &item));
-            },
-            -1, Error::AsLeft)
-            .Undo([](Result i) { Send(Tab(), TCM_DELETEITEM, i); })
-            .Fuzz([](Fuzz& f) {
-                TCITEMW item = TabItem(const_cast<LPWSTR>(f.Str()));
-                int i = AtTabCtrl_InsertItemW(Tab(), 1, &item);
-                if (i >= 0)
-                    Send(Tab(), TCM_DELETEITEM, i);
-            }),
+        SearchesNothing("AtTreeView_GetISearchStringW", [](LPWSTR buf) {
+            return AtTreeView_GetISearchStringW(TreeView().hwnd, buf);
+        }),
+        GetsText("AtHeader_GetItemW", HeaderItem,
+                 [](HDITEMW* item) { return AtHeader_GetItemW(Header(), 0, item); }),
+        InsertsText("AtHeader_InsertItemW", HeaderItem,
+                    [](HDITEMW* item) { return AtHeader_InsertItemW(Header(), 1, item); },
+                    OrMarker, [](Result i) { Send(Header(), HDM_DELETEITEM, i); }),
+        SetsText("AtHeader_SetItemW", HeaderItem,
+                 [](HDITEMW* item) { return AtHeader_SetItemW(Header(), 0, item); }, OrMarker,
+                 [] {
+                     HDITEMA back = {HDI_TEXT, 0, const_cast<LPSTR>("sweep")};
+                     Send(Header(), HDM_SETITEMA, 0, &back);
+                 }),
+        GetsText("AtTabCtrl_GetItemW", TabItem,
+                 [](TCITEMW* item) { return AtTabCtrl_GetItemW(Tab(), 0, item); }),
+        SetsText("AtTabCtrl_SetItemW", TabItem,
+                 [](TCITEMW* item) { return AtTabCtrl_SetItemW(Tab(), 0, item); }, Strings,
+                 [] {
+                     TCITEMA back = {TCIF_TEXT, 0, 0, const_cast<LPSTR>("sweep")};
+                     Send(Tab(), TCM_SETITEMA, 0, &back);
+                 }),
+        InsertsText("AtTabCtrl_InsertItemW", TabItem,
+                    [](TCITEMW* item) { return AtTabCtrl_InsertItemW(Tab(), 1, item); }, Strings,
+                    [](Result i) { Send(Tab(), TCM_DELETEITEM, i); }),
     };
 }
 
@@ -490,9 +439,11 @@ void SetButtonText(const char* text)
     Send(Toolbar(), TB_SETBUTTONINFOA, 1, &info);
 }
 
-TBBUTTON Button()
+TBBUTTON* Button()
 {
-    return {0, 2, TBSTATE_ENABLED, BTNS_BUTTON, {}, 0, 0};
+    static TBBUTTON button;
+    button = {0, 2, TBSTATE_ENABLED, BTNS_BUTTON, {}, 0, 0};
+    return &button;
 }
 
 void DeleteButton(int index)
@@ -540,28 +491,40 @@ LPWSTR TipBuffer(Fuzz* f = nullptr)
     return f ? f->Out<WCHAR>(255) : buf;
 }
 
-// A tool record of the size it states (without lParam, with it, or the whole
-// record) that ends at the no-access page: the size is all that may be read or
-// written.
-TTTOOLINFOW* ToolRecord(Fuzz& f, UINT_PTR id, LPWSTR text)
+// The whole tool record for a valid call; fuzzed, one of the size it states
+// (without lParam, with it, or the whole record) that ends at the no-access page:
+// the size is all that may be read or written.
+TTTOOLINFOW* ToolRecord(Fuzz* f, UINT_PTR id, LPWSTR text)
 {
     static const UINT sizes[] = {TTTOOLINFOW_V1_SIZE, TTTOOLINFOW_V2_SIZE, sizeof(TTTOOLINFOW)};
-    TTTOOLINFOW whole = Tool(id, text);
-    whole.cbSize = sizes[f.Pick(3)];
-    auto* record = reinterpret_cast<TTTOOLINFOW*>(f.Out<BYTE>(int(whole.cbSize)));
-    memcpy(record, &whole, whole.cbSize);
+    static TTTOOLINFOW valid;
+    valid = Tool(id, text);
+    if (!f)
+        return &valid;
+    valid.cbSize = sizes[f->Pick(3)];
+    auto* record = reinterpret_cast<TTTOOLINFOW*>(f->Out<BYTE>(int(valid.cbSize)));
+    memcpy(record, &valid, valid.cbSize);
     return record;
 }
 
-// A tool text setter, fuzzed on tool 2 (added and removed around the call).
-template <typename Set>
-std::function<void(Fuzz&)> FuzzToolText(Set set)
+// Changes tool 1's text; fuzzed, tool 2's (added and removed around the call).
+Row SetsToolText(const char* name, void(WINAPI* set)(HWND, LPTTTOOLINFOW))
 {
-    return [set](Fuzz& f) {
-        AddTool2();
-        set(Tooltip(), ToolRecord(f, 2, TextOrMarker(f)));
-        DeleteTool2();
-    };
+    return Void(name, [=] { set(Tooltip(), ToolRecord(nullptr, 1, sweepText)); })
+        .Fuzz([=](Fuzz& f) {
+            AddTool2();
+            set(Tooltip(), ToolRecord(&f, 2, TextOrMarker(f)));
+            DeleteTool2();
+        });
+}
+
+// A query of the first tool into the caller's 255 characters.
+template <typename Query>
+Row QueriesTool(const char* name, Query query)
+{
+    return Call(name, FALSE, Error::AsLeft,
+                [=] { return R(query(ToolRecord(nullptr, 0, TipBuffer()))); })
+        .Fuzz([=](Fuzz& f) { query(ToolRecord(&f, 0, TipBuffer(&f))); });
 }
 
 HWND StatusBar()
@@ -595,8 +558,7 @@ void DestroyImageList(Result list)
 std::vector<Row> BarRows()
 {
     return {
-        Row("ImageList_LoadImageW",
-            [] { return R(LoadImageList(L"TESTBITMAP")); }, 0)
+        Row("ImageList_LoadImageW", [] { return R(LoadImageList(L"TESTBITMAP")); }, 0)
             .Undo(DestroyImageList)
             .Fuzz([](Fuzz& f) {
                 HIMAGELIST list = f.Pick(2) ? LoadImageList(f.Str())
@@ -606,16 +568,15 @@ std::vector<Row> BarRows()
                 if (list)
                     DestroyImageList(R(list));
             }),
-        Row::Void("DrawStatusTextW",
-                  [] {
-                      HDC dc = GetDC(Window());
-                      RECT rect = {0, 0, 100, 20};
-                      DrawStatusTextW(dc, &rect, L"sweep", 0);
-                      DWORD error = GetLastError();
-                      ReleaseDC(Window(), dc);
-                      SetLastError(error);
-                  },
-                  Error::AsLeft)
+        Void("DrawStatusTextW",
+             [] {
+                 HDC dc = GetDC(Window());
+                 RECT rect = {0, 0, 100, 20};
+                 DrawStatusTextW(dc, &rect, L"sweep", 0);
+                 DWORD error = GetLastError();
+                 ReleaseDC(Window(), dc);
+                 SetLastError(error);
+             })
             .Fuzz([](Fuzz& f) {
                 HDC dc = GetDC(Window());
                 RECT rect = {0, 0, 100, 20};
@@ -633,30 +594,25 @@ std::vector<Row> BarRows()
             .Undo(Destroy),
         // The NT family's control is sent the wide name as ANSI text, which only an
         // identifier survives.
-        Row("AtAnimate_OpenW",
-            [] {
-                LPCWSTR clip = harness::AnsiPath() ? L"#161" : MAKEINTRESOURCEW(161);
-                return R(AtAnimate_OpenW(Animation(), clip));
-            },
-            FALSE, Error::AsLeft)
+        Call("AtAnimate_OpenW", FALSE, Error::AsLeft,
+             [] {
+                 LPCWSTR clip = harness::AnsiPath() ? L"#161" : MAKEINTRESOURCEW(161);
+                 return R(AtAnimate_OpenW(Animation(), clip));
+             })
             .Undo([](Result) { Send(Animation(), ACM_OPENA, 0); })
             .Fuzz([](Fuzz& f) {
                 AtAnimate_OpenW(Animation(), f.Path());
                 Send(Animation(), ACM_OPENA, 0);
             }),
-        Row("AtStatusBar_SetTextW",
-            [] { return R(AtStatusBar_SetTextW(StatusBar(), 0, L"sweep")); }, FALSE, Error::AsLeft)
+        Call("AtStatusBar_SetTextW", FALSE, Error::AsLeft,
+             [] { return R(AtStatusBar_SetTextW(StatusBar(), 0, L"sweep")); })
             .Fuzz([](Fuzz& f) {
                 AtStatusBar_SetTextW(StatusBar(), 1, f.Str());
                 Send(StatusBar(), SB_SETTEXTA, 1, "");
             }),
         // The buffer holds the text and its NUL, as callers size it from the length.
-        Row("AtStatusBar_GetTextW",
-            [] {
-                WCHAR buf[64];
-                return R(AtStatusBar_GetTextW(StatusBar(), 0, buf));
-            },
-            0, Error::AsLeft)
+        Call("AtStatusBar_GetTextW", 0, Error::AsLeft,
+             [] { return R(AtStatusBar_GetTextW(StatusBar(), 0, Scratch())); })
             .Fuzz([](Fuzz& f) {
                 LPCWSTR text = f.Str();
                 std::string a = harness::ToAnsi(std::wstring(text, f.Len(text)));
@@ -665,9 +621,8 @@ std::vector<Row> BarRows()
                 AtStatusBar_GetTextW(StatusBar(), 1, f.Out<WCHAR>(length));
                 Send(StatusBar(), SB_SETTEXTA, 1, "");
             }),
-        Row("ToolBar_AddString",
-            [] { return R(ToolBar_AddString(Toolbar(), nullptr, L"one\0two\0")); }, -1,
-            Error::AsLeft)
+        Call("ToolBar_AddString", -1, Error::AsLeft,
+             [] { return R(ToolBar_AddString(Toolbar(), nullptr, L"one\0two\0")); })
             // A list of strings, or a string resource's number (1 to 4 exist).
             .Fuzz([](Fuzz& f) {
                 if (f.Pick(4))
@@ -675,14 +630,11 @@ std::vector<Row> BarRows()
                 else
                     ToolBar_AddString(Toolbar(), Resources(), MAKEINTRESOURCEW(1 + f.Pick(5)));
             }),
-        Row("ToolBar_GetButtonText",
-            [] {
-                WCHAR buf[64];
-                return R(ToolBar_GetButtonText(Toolbar(), 1, buf, 64));
-            },
-            -1, Error::AsLeft)
+        Call("ToolBar_GetButtonText", -1, Error::AsLeft,
+             [] { return R(ToolBar_GetButtonText(Toolbar(), 1, Scratch(), 64)); })
             .Ok(5)
-            // Button 1 has a fuzzed text while the call runs.
+            // Button 1 has a fuzzed text while the call runs. A text that comes back
+            // fits the caller's count; one that does not answers 0.
             .Fuzz([](Fuzz& f) {
                 LPCWSTR text = f.Str();
                 std::string a = harness::ToAnsi(std::wstring(text, f.Len(text)));
@@ -692,128 +644,78 @@ std::vector<Row> BarRows()
                 // The NT family's toolbar writes the whole text whatever the count.
                 int room = harness::AnsiPath() ? count : std::max(count, length + 1);
                 int n = ToolBar_GetButtonText(Toolbar(), 1, f.Out<WCHAR>(room), count);
-                if (harness::AnsiPath())
-                    ExpectFits(n, count, f);
+                if (harness::AnsiPath() && n > 0 && count > 0) {
+                    EXPECT_LT(n, count) << f.Describe();
+                }
                 SetButtonText("sweep");
             }),
-        Row::Void("ToolBar_SaveRestore",
-                  [] {
-                      TBSAVEPARAMSW params = {Key(), L"", L"toolbar"};
-                      ToolBar_SaveRestore(Toolbar(), TRUE, &params);
-                  },
-                  Error::AsLeft)
+        Void("ToolBar_SaveRestore",
+             [] {
+                 TBSAVEPARAMSW params = {Key(), L"", L"toolbar"};
+                 ToolBar_SaveRestore(Toolbar(), TRUE, &params);
+             })
             .Fuzz([](Fuzz& f) {
                 TBSAVEPARAMSW params = {Key(), L"", f.Str()};
                 ToolBar_SaveRestore(Toolbar(), TRUE, &params);
             }),
-        Row("ToolBar_AddButtons",
-            [] {
-                TBBUTTON button = Button();
-                return R(ToolBar_AddButtons(Toolbar(), 1, &button));
-            },
-            FALSE, Error::AsLeft)
+        Call("ToolBar_AddButtons", FALSE, Error::AsLeft,
+             [] { return R(ToolBar_AddButtons(Toolbar(), 1, Button())); })
             .Undo([](Result) { DeleteButton(int(Send(Toolbar(), TB_BUTTONCOUNT, 0)) - 1); }),
-        Row("ToolBar_InsertButton",
-            [] {
-                TBBUTTON button = Button();
-                return R(ToolBar_InsertButton(Toolbar(), 0, &button));
-            },
-            FALSE, Error::AsLeft)
+        Call("ToolBar_InsertButton", FALSE, Error::AsLeft,
+             [] { return R(ToolBar_InsertButton(Toolbar(), 0, Button())); })
             .Undo([](Result) { DeleteButton(0); }),
-        Row("ToolTips_AddTool",
-            [] {
-                TTTOOLINFOW ti = Tool(2, sweepText);
-                return R(ToolTips_AddTool(Tooltip(), &ti));
-            },
-            FALSE, Error::AsLeft)
+        Call("ToolTips_AddTool", FALSE, Error::AsLeft,
+             [] { return R(ToolTips_AddTool(Tooltip(), ToolRecord(nullptr, 2, sweepText))); })
             .Undo([](Result) { DeleteTool2(); })
             .Fuzz([](Fuzz& f) {
-                ToolTips_AddTool(Tooltip(), ToolRecord(f, 2, TextOrMarker(f)));
+                ToolTips_AddTool(Tooltip(), ToolRecord(&f, 2, TextOrMarker(f)));
                 DeleteTool2();
             }),
-        Row::Void("ToolTips_DelTool",
-                  [] {
-                      AddTool2();
-                      TTTOOLINFOW ti = Tool(2, nullptr);
-                      ToolTips_DelTool(Tooltip(), &ti);
-                  },
-                  Error::AsLeft)
+        Void("ToolTips_DelTool",
+             [] {
+                 AddTool2();
+                 ToolTips_DelTool(Tooltip(), ToolRecord(nullptr, 2, nullptr));
+             })
             .Undo([](Result) { DeleteTool2(); })
             .Fuzz([](Fuzz& f) {
                 AddTool2();
-                ToolTips_DelTool(Tooltip(), ToolRecord(f, 2, nullptr));
+                ToolTips_DelTool(Tooltip(), ToolRecord(&f, 2, nullptr));
                 DeleteTool2();
             }),
-        Row::Void("ToolTips_NewToolRect",
-                  [] {
-                      TTTOOLINFOW ti = Tool(1, nullptr);
-                      ToolTips_NewToolRect(Tooltip(), &ti);
-                  },
-                  Error::AsLeft)
-            .Fuzz([](Fuzz& f) { ToolTips_NewToolRect(Tooltip(), ToolRecord(f, 1, nullptr)); }),
-        Row("ToolTips_GetToolInfo",
-            [] {
-                TTTOOLINFOW ti = Tool(1, TipBuffer());
-                return R(ToolTips_GetToolInfo(Tooltip(), &ti));
-            },
-            FALSE, Error::AsLeft)
+        Void("ToolTips_NewToolRect",
+             [] { ToolTips_NewToolRect(Tooltip(), ToolRecord(nullptr, 1, nullptr)); })
+            .Fuzz([](Fuzz& f) { ToolTips_NewToolRect(Tooltip(), ToolRecord(&f, 1, nullptr)); }),
+        Call("ToolTips_GetToolInfo", FALSE, Error::AsLeft,
+             [] { return R(ToolTips_GetToolInfo(Tooltip(), ToolRecord(nullptr, 1, TipBuffer()))); })
             // On the ANSI path, tool 4 with a fuzzed text too. (Wine's wide tooltip
             // copies a tool's whole text, whatever the caller's buffer.)
             .Fuzz([](Fuzz& f) {
-                ToolTips_GetToolInfo(Tooltip(), ToolRecord(f, 1, TipBuffer(&f)));
+                ToolTips_GetToolInfo(Tooltip(), ToolRecord(&f, 1, TipBuffer(&f)));
                 if (!harness::AnsiPath())
                     return;
                 std::string text = harness::ToAnsi(f.Str());
                 TTTOOLINFOA ti = {44, 0, Window(), 4, {}, nullptr, text.data()};
                 Send(Tooltip(), TTM_ADDTOOLA, 0, &ti);
-                ToolTips_GetToolInfo(Tooltip(), ToolRecord(f, 4, TipBuffer(&f)));
+                ToolTips_GetToolInfo(Tooltip(), ToolRecord(&f, 4, TipBuffer(&f)));
                 Send(Tooltip(), TTM_DELTOOLA, 0, &ti);
             }),
-        Row::Void("ToolTips_SetToolInfo",
-                  [] {
-                      TTTOOLINFOW ti = Tool(1, sweepText);
-                      ToolTips_SetToolInfo(Tooltip(), &ti);
-                  },
-                  Error::AsLeft)
-            .Fuzz(FuzzToolText(ToolTips_SetToolInfo)),
-        Row("ToolTips_HitTest",
-            [] {
-                TTHITTESTINFOW hit = {Window(), {10, 10}, Tool(0, TipBuffer())};
-                return R(ToolTips_HitTest(Tooltip(), &hit));
-            },
-            FALSE, Error::AsLeft)
+        SetsToolText("ToolTips_SetToolInfo", ToolTips_SetToolInfo),
+        SetsToolText("ToolTips_UpdateTipText", ToolTips_UpdateTipText),
+        Call("ToolTips_HitTest", FALSE, Error::AsLeft,
+             [] {
+                 TTHITTESTINFOW hit = {Window(), {10, 10}, Tool(0, TipBuffer())};
+                 return R(ToolTips_HitTest(Tooltip(), &hit));
+             })
             .Fuzz([](Fuzz& f) {
                 TTHITTESTINFOW hit = {Window(), {10, 10}, Tool(0, TipBuffer(&f))};
                 ToolTips_HitTest(Tooltip(), &hit);
             }),
-        Row::Void("ToolTips_UpdateTipText",
-                  [] {
-                      TTTOOLINFOW ti = Tool(1, sweepText);
-                      ToolTips_UpdateTipText(Tooltip(), &ti);
-                  },
-                  Error::AsLeft)
-            .Fuzz(FuzzToolText(ToolTips_UpdateTipText)),
-        Row("ToolTips_EnumTools",
-            [] {
-                TTTOOLINFOW ti = Tool(0, TipBuffer());
-                return R(ToolTips_EnumTools(Tooltip(), 0, &ti));
-            },
-            FALSE, Error::AsLeft)
-            .Fuzz([](Fuzz& f) {
-                ToolTips_EnumTools(Tooltip(), 0, ToolRecord(f, 0, TipBuffer(&f)));
-            }),
-        // Wine's tooltip makes no tool current unless the mouse rests on one: the
-        // query answers FALSE.
-        Row("ToolTips_GetCurrentTool",
-            [] {
-                TTTOOLINFOW ti = Tool(0, TipBuffer());
-                return R(ToolTips_GetCurrentTool(Tooltip(), &ti));
-            },
-            FALSE, Error::AsLeft)
-            .Ok(FALSE)
-            .Fuzz([](Fuzz& f) {
-                ToolTips_GetCurrentTool(Tooltip(), ToolRecord(f, 0, TipBuffer(&f)));
-            }),
+        QueriesTool("ToolTips_EnumTools",
+                    [](LPTTTOOLINFOW ti) { return ToolTips_EnumTools(Tooltip(), 0, ti); }),
+        // Wine's tooltip makes no tool current unless the mouse rests on one.
+        QueriesTool("ToolTips_GetCurrentTool",
+                    [](LPTTTOOLINFOW ti) { return ToolTips_GetCurrentTool(Tooltip(), ti); })
+            .Ok(FALSE),
     };
 }
 
@@ -927,16 +829,15 @@ std::vector<Row> SheetRows()
     return {
         // The page with the callback carries no strings: the adapter, which the sheet
         // calls while it is made, then allocates nothing of its own.
-        Row("PropertySheetW",
-            [] {
-                PROPSHEETPAGEW pages[2] = {Page(nullptr), Page(L"sweep")};
-                pages[0].dwFlags &= ~PSP_USETITLE;
-                pages[1].dwFlags &= ~PSP_USECALLBACK;
-                PROPSHEETHEADERW header = Sheet(L"sweep", pages);
-                header.nPages = 2;
-                return R(PropertySheetW(&header));
-            },
-            -1)
+        Call("PropertySheetW", -1,
+             [] {
+                 PROPSHEETPAGEW pages[2] = {Page(nullptr), Page(L"sweep")};
+                 pages[0].dwFlags &= ~PSP_USETITLE;
+                 pages[1].dwFlags &= ~PSP_USECALLBACK;
+                 PROPSHEETHEADERW header = Sheet(L"sweep", pages);
+                 header.nPages = 2;
+                 return R(PropertySheetW(&header));
+             })
             .Ok(Created)
             .Undo(Destroy)
             // A sheet whose owner is gone fails once its pages are made, before the
@@ -961,13 +862,12 @@ std::vector<Row> SheetRows()
             }),
         // Without a callback: the system calls a page's callback as it makes the page,
         // and the adapter's allocations are not the export's.
-        Row("CreatePropertySheetPageW",
-            [] {
-                PROPSHEETPAGEW page = NamedPage(L"CONTROLS", L"sweep");
-                page.dwFlags &= ~PSP_USECALLBACK;
-                return R(CreatePropertySheetPageW(&page));
-            },
-            0)
+        Call("CreatePropertySheetPageW", 0,
+             [] {
+                 PROPSHEETPAGEW page = NamedPage(L"CONTROLS", L"sweep");
+                 page.dwFlags &= ~PSP_USECALLBACK;
+                 return R(CreatePropertySheetPageW(&page));
+             })
             .Undo(DestroyPage)
             .Fuzz([](Fuzz& f) {
                 PROPSHEETPAGEW page = NamedPage(f.Str(), f.Str(Fuzz::NullOk));
@@ -976,19 +876,16 @@ std::vector<Row> SheetRows()
             }),
         // The system calls the adapter on Windows 95, 98 and Me only; on the NT family
         // the row hands it a page without strings, which it converts without memory.
-        Row("fnAtPropertySheetA",
-            [] {
-                return harness::AnsiPath() ? R(CallAdapter("CONTROLS", "sweep"))
-                                           : R(CallAdapter(MAKEINTRESOURCEA(1), nullptr));
-            },
-            0, Error::AsLeft)
+        Call("fnAtPropertySheetA", 0, Error::AsLeft,
+             [] {
+                 return harness::AnsiPath() ? R(CallAdapter("CONTROLS", "sweep"))
+                                            : R(CallAdapter(MAKEINTRESOURCEA(1), nullptr));
+             })
             .WorksWhenMissing()
             .Fuzz([](Fuzz& f) { CallAdapter(AnsiOf(f, f.Str()), AnsiOf(f, f.Str())); }),
-        Row::Void("AtPropSheet_SetTitleW", [] { AtPropSheet_SetTitleW(Wizard(), 0, L"sweep"); },
-                  Error::AsLeft)
+        Void("AtPropSheet_SetTitleW", [] { AtPropSheet_SetTitleW(Wizard(), 0, L"sweep"); })
             .Fuzz([](Fuzz& f) { AtPropSheet_SetTitleW(Wizard(), 0, f.Str()); }),
-        Row::Void("AtPropSheet_SetFinishTextW",
-                  [] { AtPropSheet_SetFinishTextW(Wizard(), L"sweep"); }, Error::AsLeft)
+        Void("AtPropSheet_SetFinishTextW", [] { AtPropSheet_SetFinishTextW(Wizard(), L"sweep"); })
             .Fuzz([](Fuzz& f) { AtPropSheet_SetFinishTextW(Wizard(), f.Str()); }),
     };
 }
@@ -1011,12 +908,14 @@ UINT_PTR CALLBACK PressOk(HWND dialog, UINT msg, WPARAM, LPARAM)
     return 0;
 }
 
-OPENFILENAMEW FileDialog(LPWSTR file, LPWSTR title)
+OPENFILENAMEW* FileDialog()
 {
     static const std::wstring folder = Folder();
+    static WCHAR file[MAX_PATH], title[MAX_PATH];
+    static OPENFILENAMEW ofn;
     MakeFile(L"sweep.txt");
     wcscpy(file, L"sweep.txt");
-    OPENFILENAMEW ofn = {};
+    ofn = {};
     ofn.lStructSize = sizeof ofn;
     ofn.hwndOwner = Window();
     ofn.lpstrFilter = L"Text\0*.txt\0All\0*.*\0";
@@ -1030,7 +929,7 @@ OPENFILENAMEW FileDialog(LPWSTR file, LPWSTR title)
     ofn.lpstrDefExt = L"txt";
     ofn.Flags = OFN_EXPLORER | OFN_ENABLEHOOK | OFN_NOCHANGEDIR | OFN_HIDEREADONLY;
     ofn.lpfnHook = PressOkWhenUp;
-    return ofn;
+    return &ofn;
 }
 
 // Every string and buffer fuzzed, and an old-style dialog whose template the test
@@ -1061,13 +960,7 @@ OPENFILENAMEW FuzzedFileDialog(Fuzz& f)
 template <typename Dialog>
 Row FileRow(const char* name, Dialog dialog)
 {
-    return Row(name,
-               [dialog] {
-                   WCHAR file[MAX_PATH], title[MAX_PATH];
-                   OPENFILENAMEW ofn = FileDialog(file, title);
-                   return R(dialog(&ofn));
-               },
-               FALSE, Error::AsLeft)
+    return Call(name, FALSE, Error::AsLeft, [dialog] { return R(dialog(FileDialog())); })
         .Fuzz([dialog](Fuzz& f) {
             OPENFILENAMEW ofn = FuzzedFileDialog(f);
             EXPECT_FALSE(dialog(&ofn)) << f.Describe();
@@ -1083,17 +976,13 @@ LRESULT CALLBACK StandInProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
     if (msg >= CDM_GETSPEC && msg <= CDM_GETFOLDERPATH) {
         std::string text = answers[msg - CDM_GETSPEC];
         int size = int(wParam);
-        if (harness::AnsiPath()) {
-            if (size > 0)
-                lstrcpynA(reinterpret_cast<LPSTR>(lParam), text.c_str(), size);
-        } else {
-            std::wstring wide(text.begin(), text.end());
-            if (size > 0) {
-                auto* buf = reinterpret_cast<LPWSTR>(lParam);
-                size_t n = std::min(wide.size(), size_t(size - 1));
-                std::copy(wide.begin(), wide.begin() + n, buf);
-                buf[n] = 0;
-            }
+        if (size > 0 && harness::AnsiPath()) {
+            lstrcpynA(reinterpret_cast<LPSTR>(lParam), text.c_str(), size);
+        } else if (size > 0) {
+            auto* buf = reinterpret_cast<LPWSTR>(lParam);
+            size_t n = std::min(text.size(), size_t(size - 1));
+            std::copy(text.begin(), text.begin() + n, buf);
+            buf[n] = 0;
         }
         return LRESULT(text.size() + 1);
     }
@@ -1124,12 +1013,8 @@ HWND StandIn()
 template <typename Query>
 Row QueryRow(const char* name, Query query)
 {
-    return Row(name,
-               [query] {
-                   WCHAR buf[MAX_PATH];
-                   return R(query(StandIn(), buf, MAX_PATH));
-               },
-               0, Error::AsLeft)
+    return Call(name, 0, Error::AsLeft,
+                [query] { return R(query(StandIn(), Scratch(), MAX_PATH)); })
         .Fuzz([query](Fuzz& f) {
             int count = f.Count(20);
             query(StandIn(), f.Out<WCHAR>(count), count);
@@ -1214,17 +1099,18 @@ CHOOSEFONTW FontDialog(LOGFONTW* font, LPWSTR style)
     return cf;
 }
 
-CHOOSECOLORW ColourDialog()
+CHOOSECOLORW* ColourDialog()
 {
     static COLORREF custom[16];
-    CHOOSECOLORW cc = {};
+    static CHOOSECOLORW cc;
+    cc = {};
     cc.lStructSize = sizeof cc;
     cc.hwndOwner = Window();
     cc.rgbResult = RGB(1, 2, 3);
     cc.lpCustColors = custom;
     cc.Flags = CC_RGBINIT | CC_ENABLEHOOK;
     cc.lpfnHook = PressOk;
-    return cc;
+    return &cc;
 }
 
 // Wine without a printer ends the process in a print dialog that looks for one: the
@@ -1277,9 +1163,18 @@ HGLOBAL DeviceNames(Fuzz* f)
     return Global(copy, ObjectSize(f, sizeof copy));
 }
 
+// A print or page-setup dialog with the device objects that stops at the template
+// `name`.
 template <typename Record>
-BOOL WithDeviceObjects(Record& record, BOOL(WINAPI* dialog)(Record*), Fuzz* f)
+BOOL DeviceDialog(BOOL(WINAPI* dialog)(Record*), DWORD flag, LPCWSTR Record::*templateName,
+                  LPCWSTR name, Fuzz* f)
 {
+    Record record = {};
+    record.lStructSize = sizeof record;
+    record.hwndOwner = Window();
+    record.Flags = flag;
+    record.hInstance = Instance();
+    record.*templateName = name;
     record.hDevMode = DeviceMode(f);
     record.hDevNames = DeviceNames(f);
     BOOL r = dialog(&record);
@@ -1290,26 +1185,14 @@ BOOL WithDeviceObjects(Record& record, BOOL(WINAPI* dialog)(Record*), Fuzz* f)
     return r;
 }
 
-BOOL PrintDialog(LPCWSTR templateName, Fuzz* f = nullptr)
+template <typename Record>
+Row DeviceRow(const char* name, BOOL(WINAPI* dialog)(Record*), DWORD flag,
+              LPCWSTR Record::*templateName)
 {
-    PRINTDLGW pd = {};
-    pd.lStructSize = sizeof pd;
-    pd.hwndOwner = Window();
-    pd.Flags = PD_ENABLEPRINTTEMPLATE;
-    pd.hInstance = Instance();
-    pd.lpPrintTemplateName = templateName;
-    return WithDeviceObjects(pd, PrintDlgW, f);
-}
-
-BOOL PageSetupDialog(LPCWSTR templateName, Fuzz* f = nullptr)
-{
-    PAGESETUPDLGW psd = {};
-    psd.lStructSize = sizeof psd;
-    psd.hwndOwner = Window();
-    psd.Flags = PSD_ENABLEPAGESETUPTEMPLATE;
-    psd.hInstance = Instance();
-    psd.lpPageSetupTemplateName = templateName;
-    return WithDeviceObjects(psd, PageSetupDlgW, f);
+    return Call(name, FALSE, Error::AsLeft,
+                [=] { return R(DeviceDialog(dialog, flag, templateName, L"sweep", nullptr)); })
+        .Ok(FALSE)
+        .Fuzz([=](Fuzz& f) { DeviceDialog(dialog, flag, templateName, f.Str(), &f); });
 }
 
 std::vector<Row> DialogRows()
@@ -1319,12 +1202,8 @@ std::vector<Row> DialogRows()
         FileRow("GetSaveFileNameW", GetSaveFileNameW),
         FileRow("GetOpenFileNamePreviewW", GetOpenFileNamePreviewW),
         FileRow("GetSaveFileNamePreviewW", GetSaveFileNamePreviewW),
-        Row("GetFileTitleW",
-            [] {
-                WCHAR title[MAX_PATH];
-                return R(GetFileTitleW(MakeFile(L"sweep.txt").c_str(), title, MAX_PATH));
-            },
-            -1, Error::AsLeft)
+        Call("GetFileTitleW", -1, Error::AsLeft,
+             [] { return R(GetFileTitleW(MakeFile(L"sweep.txt").c_str(), Scratch(), MAX_PATH)); })
             .Ok(0)
             .Fuzz([](Fuzz& f) {
                 LPCWSTR path = f.Pick(2) ? f.Path() : f.Str();
@@ -1334,36 +1213,28 @@ std::vector<Row> DialogRows()
         QueryRow("AtCommDlg_OpenSave_GetSpecW", AtCommDlg_OpenSave_GetSpecW),
         QueryRow("AtCommDlg_OpenSave_GetFilePathW", AtCommDlg_OpenSave_GetFilePathW),
         QueryRow("AtCommDlg_OpenSave_GetFolderPathW", AtCommDlg_OpenSave_GetFolderPathW),
-        Row::Void("AtCommDlg_OpenSave_SetControlTextW",
-                  [] { AtCommDlg_OpenSave_SetControlTextW(StandIn(), edt1, L"sweep"); },
-                  Error::AsLeft)
+        Void("AtCommDlg_OpenSave_SetControlTextW",
+             [] { AtCommDlg_OpenSave_SetControlTextW(StandIn(), edt1, L"sweep"); })
             .Fuzz([](Fuzz& f) {
                 AtCommDlg_OpenSave_SetControlTextW(StandIn(), edt1, f.Str(Fuzz::NullOk));
             }),
-        Row::Void("AtCommDlg_OpenSave_SetDefExtW",
-                  [] { AtCommDlg_OpenSave_SetDefExtW(StandIn(), L"txt"); }, Error::AsLeft)
+        Void("AtCommDlg_OpenSave_SetDefExtW",
+             [] { AtCommDlg_OpenSave_SetDefExtW(StandIn(), L"txt"); })
             .Fuzz([](Fuzz& f) { AtCommDlg_OpenSave_SetDefExtW(StandIn(), f.Str(Fuzz::NullOk)); }),
-        Row("ChooseColorW",
-            [] {
-                CHOOSECOLORW cc = ColourDialog();
-                return R(ChooseColorW(&cc));
-            },
-            FALSE, Error::AsLeft)
+        Call("ChooseColorW", FALSE, Error::AsLeft, [] { return R(ChooseColorW(ColourDialog())); })
             .Fuzz([](Fuzz& f) {
-                CHOOSECOLORW cc = ColourDialog();
+                CHOOSECOLORW cc = *ColourDialog();
                 cc.Flags |= CC_ENABLETEMPLATE;
                 cc.hInstance = HWND(Instance());
                 cc.lpTemplateName = f.Str();
                 EXPECT_FALSE(ChooseColorW(&cc)) << f.Describe();
             }),
-        Row("ChooseFontW",
-            [] {
-                LOGFONTW font = SomeFont();
-                WCHAR style[64] = L"";
-                CHOOSEFONTW cf = FontDialog(&font, style);
-                return R(ChooseFontW(&cf));
-            },
-            FALSE, Error::AsLeft)
+        Call("ChooseFontW", FALSE, Error::AsLeft,
+             [] {
+                 LOGFONTW font = SomeFont();
+                 CHOOSEFONTW cf = FontDialog(&font, Scratch());
+                 return R(ChooseFontW(&cf));
+             })
             .Fuzz([](Fuzz& f) {
                 LOGFONTW font = SomeFont();
                 LPCWSTR face = f.Str();
@@ -1375,12 +1246,9 @@ std::vector<Row> DialogRows()
                 cf.lpTemplateName = f.Str();
                 EXPECT_FALSE(ChooseFontW(&cf)) << f.Describe();
             }),
-        Row("PrintDlgW", [] { return R(PrintDialog(L"sweep")); }, FALSE, Error::AsLeft)
-            .Ok(FALSE)
-            .Fuzz([](Fuzz& f) { PrintDialog(f.Str(), &f); }),
-        Row("PageSetupDlgW", [] { return R(PageSetupDialog(L"sweep")); }, FALSE, Error::AsLeft)
-            .Ok(FALSE)
-            .Fuzz([](Fuzz& f) { PageSetupDialog(f.Str(), &f); }),
+        DeviceRow("PrintDlgW", PrintDlgW, PD_ENABLEPRINTTEMPLATE, &PRINTDLGW::lpPrintTemplateName),
+        DeviceRow("PageSetupDlgW", PageSetupDlgW, PSD_ENABLEPAGESETUPTEMPLATE,
+                  &PAGESETUPDLGW::lpPageSetupTemplateName),
         FindRow("FindTextW", FindTextW, false),
         FindRow("ReplaceTextW", ReplaceTextW, true),
     };

@@ -58,6 +58,35 @@ HWND Item(int id)
     return GetDlgItem(ControlsDialog(), id);
 }
 
+// Rows with their call last: most of this table's are short.
+Row Call(const char* name, std::optional<Result> failure, Error error,
+         std::function<Result()> call)
+{
+    return Row(name, std::move(call), failure, error);
+}
+
+Row Call(const char* name, std::optional<Result> failure, std::function<Result()> call)
+{
+    return Row(name, std::move(call), failure);
+}
+
+// The valid calls' buffer, empty.
+LPWSTR Buffer()
+{
+    static WCHAR buf[MAX_PATH];
+    buf[0] = L'\0';
+    return buf;
+}
+
+// The current display mode's record, as a valid call hands it over.
+DEVMODEW* CurrentMode()
+{
+    static DEVMODEW mode;
+    mode = {};
+    mode.dmSize = sizeof mode;
+    return &mode;
+}
+
 HDC Dc()
 {
     static HDC dc = CreateCompatibleDC(nullptr);
@@ -190,116 +219,109 @@ int TextCount(Fuzz& f, LPCWSTR s)
     return n > f.Len(s) ? -1 : n;
 }
 
-// A list or combo box row: the text is added and removed again.
-Row AddsItem(const char* name, int id, UINT remove, int(WINAPI* add)(HWND, LPCWSTR), int failure)
-{
-    return Row(name, [=] { return R(add(Item(id), L"added")); }, failure, Error::AsLeft)
-        .Undo([=](Result index) { SendMessageA(Item(id), remove, index, 0); })
-        .Fuzz([=](Fuzz& f) {
-            int index = add(Item(id), f.Str());
-            if (index >= 0)
-                SendMessageA(Item(id), remove, index, 0);
-        });
-}
+// A list box or a combo box: its control in the dialogs, its messages and its
+// failure value.
+struct Box {
+    int id;
+    UINT add, remove, reset, select, textLength;
+    int failure;
+};
+const Box list = {IDC_LIST, LB_ADDSTRING, LB_DELETESTRING, LB_RESETCONTENT, LB_SETCURSEL,
+                  LB_GETTEXTLEN, LB_ERR};
+const Box combo = {IDC_COMBO, CB_ADDSTRING, CB_DELETESTRING, CB_RESETCONTENT, CB_SETCURSEL,
+                   CB_GETLBTEXTLEN, CB_ERR};
 
-Row InsertsItem(const char* name, int id, UINT remove, int(WINAPI* insert)(HWND, int, LPCWSTR),
-                int failure)
+// Adding or inserting a text, which is removed again.
+template <typename Add>
+Row AddsItem(const char* name, Box box, Add add)
 {
-    return Row(name, [=] { return R(insert(Item(id), 0, L"inserted")); }, failure, Error::AsLeft)
-        .Undo([=](Result index) { SendMessageA(Item(id), remove, index, 0); })
+    auto remove = [=](Result index) { SendMessageA(Item(box.id), box.remove, index, 0); };
+    return Row(name, [=] { return R(add(Item(box.id), L"added", 0)); }, box.failure, Error::AsLeft)
+        .Undo(remove)
         .Fuzz([=](Fuzz& f) {
-            int index = insert(Item(id), f.Pick(2) - 1, f.Str());
+            int index = add(Item(box.id), f.Str(), f.Pick(2) - 1);
             if (index >= 0)
-                SendMessageA(Item(id), remove, index, 0);
+                remove(index);
         });
 }
 
 // Finding and selecting "sweep", the item the controls' dialog always holds.
-Row FindsItem(const char* name, int id, int(WINAPI* find)(HWND, int, LPCWSTR), int failure)
+Row FindsItem(const char* name, Box box, int(WINAPI* find)(HWND, int, LPCWSTR))
 {
-    return Row(name, [=] { return R(find(Item(id), -1, L"sweep")); }, failure, Error::AsLeft)
-        .Fuzz([=](Fuzz& f) { find(Item(id), f.Pick(3) - 1, f.Str()); });
+    return Row(name, [=] { return R(find(Item(box.id), -1, L"sweep")); }, box.failure,
+               Error::AsLeft)
+        .Fuzz([=](Fuzz& f) { find(Item(box.id), f.Pick(3) - 1, f.Str()); });
+}
+
+// A fuzzed text added for `use`, which reads it back, and removed again.
+template <typename Use>
+void WithItem(Fuzz& f, Box box, Use use)
+{
+    LPCWSTR s = f.Str();
+    std::string bytes = harness::ToAnsi(std::wstring(s, f.Len(s)));
+    LRESULT index = SendMessageA(Item(box.id), box.add, 0, LPARAM(bytes.c_str()));
+    if (index < 0)
+        return;
+    use(int(index), int(bytes.size()));
+    SendMessageA(Item(box.id), box.remove, index, 0);
 }
 
 // Reading an item's text: the caller's buffer holds the whole text, as the message
-// requires; the fuzzed text is added, read and removed.
-Row ReadsItem(const char* name, int id, UINT add, UINT remove, int(WINAPI* get)(HWND, int, LPWSTR),
-              int failure)
+// requires. The control holds the text's bytes: as many characters at most.
+Row ReadsItem(const char* name, Box box, int(WINAPI* get)(HWND, int, LPWSTR))
 {
-    return Row(name,
-               [=] {
-                   WCHAR text[16];
-                   return R(get(Item(id), 0, text));
-               },
-               failure, Error::AsLeft)
+    return Row(name, [=] { return R(get(Item(box.id), 0, Buffer())); }, box.failure, Error::AsLeft)
         .Fuzz([=](Fuzz& f) {
-            LPCWSTR s = f.Str();
-            std::string bytes = harness::ToAnsi(std::wstring(s, f.Len(s)));
-            LRESULT index = SendMessageA(Item(id), add, 0, LPARAM(bytes.c_str()));
-            if (index < 0)
-                return;
-            // The control holds the text's bytes: as many characters at most.
-            LRESULT held =
-                SendMessageA(Item(id), add == LB_ADDSTRING ? LB_GETTEXTLEN : CB_GETLBTEXTLEN, index,
-                             0);
-            EXPECT_LE(get(Item(id), int(index), f.Out<WCHAR>(int(held) + 1)), held) << f.Describe();
-            SendMessageA(Item(id), remove, index, 0);
+            WithItem(f, box, [&](int index, int) {
+                int held = int(SendMessageA(Item(box.id), box.textLength, index, 0));
+                EXPECT_LE(get(Item(box.id), index, f.Out<WCHAR>(held + 1)), held) << f.Describe();
+            });
         });
 }
 
-Row MeasuresItem(const char* name, int id, UINT add, UINT remove, int(WINAPI* length)(HWND, int),
-                 int failure)
+Row MeasuresItem(const char* name, Box box, int(WINAPI* length)(HWND, int))
 {
-    return Row(name, [=] { return R(length(Item(id), 0)); }, failure, Error::AsLeft)
+    return Row(name, [=] { return R(length(Item(box.id), 0)); }, box.failure, Error::AsLeft)
         .Fuzz([=](Fuzz& f) {
-            std::string bytes = harness::ToAnsi(f.Str());
-            LRESULT index = SendMessageA(Item(id), add, 0, LPARAM(bytes.c_str()));
-            if (index < 0)
-                return;
-            EXPECT_LE(length(Item(id), int(index)), int(bytes.size())) << f.Describe();
-            SendMessageA(Item(id), remove, index, 0);
+            WithItem(f, box, [&](int index, int bytes) {
+                EXPECT_LE(length(Item(box.id), index), bytes) << f.Describe();
+            });
         });
 }
 
 // Listing the sweep folder's files in the directory dialog's list or combo box.
-Row ListsFolder(const char* name, int id, UINT reset, int(WINAPI* dir)(HWND, UINT, LPCWSTR),
-                int failure)
+Row ListsFolder(const char* name, Box box, int(WINAPI* dir)(HWND, UINT, LPCWSTR))
 {
-    auto list = [=] { return GetDlgItem(Directories(), id); };
-    return Row(name,
-               [=] {
-                   SendMessageA(list(), reset, 0, 0);
-                   return R(dir(list(), DDL_READWRITE, (Folder() + L"\\*.txt").c_str()));
-               },
-               failure, Error::AsLeft)
-        .Fuzz([=](Fuzz& f) {
-            SendMessageA(list(), reset, 0, 0);
-            dir(list(), f.Pick(2) ? DDL_READWRITE : DDL_DIRECTORY, f.Path());
-        });
+    auto list = [=] {
+        HWND h = GetDlgItem(Directories(), box.id);
+        SendMessageA(h, box.reset, 0, 0);
+        return h;
+    };
+    return Call(name, box.failure, Error::AsLeft,
+                [=] { return R(dir(list(), DDL_READWRITE, (Folder() + L"\\*.txt").c_str())); })
+        .Fuzz([=](Fuzz& f) { dir(list(), f.Pick(2) ? DDL_READWRITE : DDL_DIRECTORY, f.Path()); });
 }
 
 // Selecting a directory entry and reading it back: a list or combo box that holds
 // "[sweep]", selected.
 template <typename Select>
-Row SelectsDirectory(const char* name, int id, UINT add, UINT select, Select read)
+Row SelectsDirectory(const char* name, Box box, Select read)
 {
     auto prepare = [=] {
-        HWND list = GetDlgItem(Directories(), id);
-        SendMessageA(list, add == LB_ADDSTRING ? LB_RESETCONTENT : CB_RESETCONTENT, 0, 0);
-        SendMessageA(list, add, 0, LPARAM("[sweep]"));
-        SendMessageA(list, select, 0, 0);
+        HWND list = GetDlgItem(Directories(), box.id);
+        SendMessageA(list, box.reset, 0, 0);
+        SendMessageA(list, box.add, 0, LPARAM("[sweep]"));
+        SendMessageA(list, box.select, 0, 0);
     };
-    return Row(name,
-               [=] {
-                   prepare();
-                   WCHAR buf[MAX_PATH];
-                   return R(read(Directories(), buf, MAX_PATH, id));
-               },
-               FALSE)
+    return Call(name, FALSE,
+                [=] {
+                    prepare();
+                    return R(read(Directories(), Buffer(), MAX_PATH, box.id));
+                })
         .Fuzz([=](Fuzz& f) {
             prepare();
             int n = f.Count(7);
-            read(Directories(), f.Out<WCHAR>(n), n, id);
+            read(Directories(), f.Out<WCHAR>(n), n, box.id);
         });
 }
 
@@ -307,14 +329,14 @@ Row SelectsDirectory(const char* name, int id, UINT add, UINT select, Select rea
 // buffer has a path's room. The current directory, which the call changes, is put
 // back.
 template <typename List>
-Row ListsDialogDirectory(const char* name, int id, List list, Error error)
+Row ListsDialogDirectory(const char* name, Box box, List list, Error error)
 {
     auto call = [=](LPCWSTR pattern, UINT types) {
         char current[MAX_PATH];
         GetCurrentDirectoryA(MAX_PATH, current);
         WCHAR path[MAX_PATH] = {};
         lstrcpynW(path, pattern, MAX_PATH);
-        int r = list(Directories(), path, id, IDC_LABEL, types);
+        int r = list(Directories(), path, box.id, IDC_LABEL, types);
         SetCurrentDirectoryA(current);
         return r;
     };
@@ -339,12 +361,11 @@ Row LoadsResource(const char* name, LPCWSTR resource, Load load, Release release
 template <typename Change>
 Row ChangesCase(const char* name, Change change)
 {
-    return Row(name,
-               [=] {
-                   WCHAR text[] = L"Mixed Case";
-                   return R(change(text, DWORD(lstrlenW(text))));
-               },
-               0, Error::AsLeft)
+    return Call(name, 0, Error::AsLeft,
+                [=] {
+                    WCHAR text[] = L"Mixed Case";
+                    return R(change(text, DWORD(lstrlenW(text))));
+                })
         .Fuzz([=](Fuzz& f) {
             LPCWSTR s = f.Str();
             DWORD n = DWORD(std::min(f.Count(f.Len(s)), f.Len(s)));
@@ -356,12 +377,11 @@ Row ChangesCase(const char* name, Change change)
 // A string mapped where it is, or one character in the low word of the pointer.
 Row MapsInPlace(const char* name, LPWSTR(WINAPI* map)(LPWSTR))
 {
-    return Row(name,
-               [=] {
-                   WCHAR text[] = L"Mixed Case";
-                   return R(map(text));
-               },
-               0, Error::AsLeft)
+    return Call(name, 0, Error::AsLeft,
+                [=] {
+                    WCHAR text[] = L"Mixed Case";
+                    return R(map(text));
+                })
         .Fuzz([=](Fuzz& f) {
             LPWSTR s = Writable(f, f.Str());
             EXPECT_EQ(map(s), s) << f.Describe();
@@ -426,35 +446,31 @@ std::vector<Row> Menus()
             [] { return R(ModifyMenuW(Scratch(), 7, MF_BYCOMMAND | MF_STRING, 7, L"seven")); },
             FALSE)
             .Fuzz([](Fuzz& f) { ModifyMenuW(Scratch(), 7, MF_BYCOMMAND | MF_STRING, 7, f.Str()); }),
-        Row("InsertMenuItemW",
-            [=] {
-                MENUITEMINFOW mii = itemInfo(MIIM_TYPE | MIIM_ID, const_cast<LPWSTR>(L"&New"), 0);
-                return R(InsertMenuItemW(Scratch(), 0, TRUE, &mii));
-            },
-            FALSE)
+        Call("InsertMenuItemW", FALSE,
+             [=] {
+                 MENUITEMINFOW mii = itemInfo(MIIM_TYPE | MIIM_ID, const_cast<LPWSTR>(L"&New"), 0);
+                 return R(InsertMenuItemW(Scratch(), 0, TRUE, &mii));
+             })
             .Undo(DropItem100)
             .Fuzz([=](Fuzz& f) {
                 MENUITEMINFOW mii = itemInfo(MIIM_TYPE | MIIM_ID, const_cast<LPWSTR>(f.Str()), 0);
                 InsertMenuItemW(Scratch(), 0, TRUE, ItemRecord(f, mii));
                 DropItem100();
             }),
-        Row("SetMenuItemInfoW",
-            [=] {
-                MENUITEMINFOW mii = itemInfo(MIIM_TYPE, const_cast<LPWSTR>(L"seven"), 0);
-                return R(SetMenuItemInfoW(Scratch(), 7, FALSE, &mii));
-            },
-            FALSE)
+        Call("SetMenuItemInfoW", FALSE,
+             [=] {
+                 MENUITEMINFOW mii = itemInfo(MIIM_TYPE, const_cast<LPWSTR>(L"seven"), 0);
+                 return R(SetMenuItemInfoW(Scratch(), 7, FALSE, &mii));
+             })
             .Fuzz([=](Fuzz& f) {
                 MENUITEMINFOW mii = itemInfo(MIIM_TYPE, const_cast<LPWSTR>(f.Str()), 0);
                 SetMenuItemInfoW(Scratch(), 7, FALSE, ItemRecord(f, mii));
             }),
-        Row("GetMenuItemInfoW",
-            [=] {
-                WCHAR text[16];
-                MENUITEMINFOW mii = itemInfo(MIIM_TYPE, text, 16);
-                return R(GetMenuItemInfoW(Fixed(), 1, FALSE, &mii));
-            },
-            FALSE)
+        Call("GetMenuItemInfoW", FALSE,
+             [=] {
+                 MENUITEMINFOW mii = itemInfo(MIIM_TYPE, Buffer(), 16);
+                 return R(GetMenuItemInfoW(Fixed(), 1, FALSE, &mii));
+             })
             .Fuzz([=](Fuzz& f) {
                 // Every kind of item, read as the kind the caller expects or another.
                 static const UINT types[] = {MFT_STRING, MFT_SEPARATOR, MFT_BITMAP};
@@ -465,11 +481,8 @@ std::vector<Row> Menus()
                 GetMenuItemInfoW(Fixed(), 1 + f.Pick(4), FALSE, ItemRecord(f, mii));
             }),
         Row("GetMenuStringW",
-            [] {
-                WCHAR text[16];
-                return R(GetMenuStringW(Fixed(), 1, text, 16, MF_BYCOMMAND));
-            },
-            0, Error::AsLeft)
+            [] { return R(GetMenuStringW(Fixed(), 1, Buffer(), 16, MF_BYCOMMAND)); }, 0,
+            Error::AsLeft)
             .Fuzz([](Fuzz& f) {
                 UINT id = 1 + f.Pick(4);
                 ReadText(f, 9, [=](LPWSTR buf, int n) {
@@ -479,13 +492,12 @@ std::vector<Row> Menus()
         LoadsResource(
             "LoadMenuW", L"MAINMENU", LoadMenuW, [](Result r) { DestroyMenu(HMENU(r)); },
             Error::Saved),
-        Row("LoadMenuIndirectW",
-            [] {
-                // A header, then one item: its flags, its identifier and its text.
-                static const WORD menu[] = {0, 0, MF_END, 1, L'x', 0};
-                return R(LoadMenuIndirectW(menu));
-            },
-            0)
+        Call("LoadMenuIndirectW", 0,
+             [] {
+                 // A header, then one item: its flags, its identifier and its text.
+                 static const WORD menu[] = {0, 0, MF_END, 1, L'x', 0};
+                 return R(LoadMenuIndirectW(menu));
+             })
             .Undo([](Result r) { DestroyMenu(HMENU(r)); })
             .Fuzz([](Fuzz& f) {
                 // The one item's text fuzzed, the template ending at a no-access page.
@@ -508,12 +520,11 @@ std::vector<Row> Menus()
                 EXPECT_LE(CopyAcceleratorTableW(Accelerators(), f.Out<ACCEL>(n), n),
                           std::max(n, 2));
             }),
-        Row("CreateAcceleratorTableW",
-            [] {
-                ACCEL entry = {FVIRTKEY, VK_F2, 100};
-                return R(CreateAcceleratorTableW(&entry, 1));
-            },
-            0)
+        Call("CreateAcceleratorTableW", 0,
+             [] {
+                 ACCEL entry = {FVIRTKEY, VK_F2, 100};
+                 return R(CreateAcceleratorTableW(&entry, 1));
+             })
             .Undo([](Result r) { DestroyAcceleratorTable(HACCEL(r)); })
             .Fuzz([](Fuzz& f) {
                 // Entries that end at a no-access page: no more are read than counted.
@@ -530,12 +541,11 @@ std::vector<Row> Menus()
 std::vector<Row> Text()
 {
     return {
-        Row("DrawTextW",
-            [] {
-                RECT rect = {0, 0, 100, 20};
-                return R(DrawTextW(Dc(), L"sweep", -1, &rect, DT_CALCRECT));
-            },
-            -1, Error::AsLeft)
+        Call("DrawTextW", -1, Error::AsLeft,
+             [] {
+                 RECT rect = {0, 0, 100, 20};
+                 return R(DrawTextW(Dc(), L"sweep", -1, &rect, DT_CALCRECT));
+             })
             .Fuzz([](Fuzz& f) {
                 // With DT_MODIFYSTRING the caller's text has room for "..." and the NUL.
                 LPWSTR text = Writable(f, f.Str(), 4);
@@ -547,13 +557,12 @@ std::vector<Row> Text()
                           DT_SINGLELINE |
                               (shorten ? DT_END_ELLIPSIS | DT_MODIFYSTRING : DT_CALCRECT));
             }),
-        Row("DrawTextExW",
-            [] {
-                RECT rect = {0, 0, 100, 20};
-                WCHAR text[] = L"sweep";
-                return R(DrawTextExW(Dc(), text, -1, &rect, DT_CALCRECT, nullptr));
-            },
-            0, Error::AsLeft)
+        Call("DrawTextExW", 0, Error::AsLeft,
+             [] {
+                 RECT rect = {0, 0, 100, 20};
+                 WCHAR text[] = L"sweep";
+                 return R(DrawTextExW(Dc(), text, -1, &rect, DT_CALCRECT, nullptr));
+             })
             .Fuzz([](Fuzz& f) {
                 LPWSTR text = Writable(f, f.Str(), 4);
                 RECT rect = {0, 0, 20, 20};
@@ -579,11 +588,10 @@ std::vector<Row> Text()
         Row("GrayStringW",
             [] { return R(GrayStringW(Dc(), nullptr, Drawn, LPARAM(L"sweep"), 5, 0, 0, 40, 20)); },
             FALSE),
-        Row("DrawStateW",
-            [] {
-                return R(DrawStateW(Dc(), nullptr, DrawnState, 0, 0, 0, 0, 10, 10, DST_COMPLEX));
-            },
-            FALSE),
+        Call("DrawStateW", FALSE,
+             [] {
+                 return R(DrawStateW(Dc(), nullptr, DrawnState, 0, 0, 0, 0, 10, 10, DST_COMPLEX));
+             }),
         ChangesCase("CharLowerBuffW", CharLowerBuffW),
         ChangesCase("CharUpperBuffW", CharUpperBuffW),
         Row("CharNextW", [] { return R(CharNextW(L"ab")); }, std::nullopt)
@@ -592,25 +600,22 @@ std::vector<Row> Text()
                 LPCWSTR s = f.Str();
                 EXPECT_EQ(CharNextW(s), s + (*s ? 1 : 0)) << f.Describe();
             }),
-        Row("CharPrevW",
-            [] {
-                static const WCHAR text[] = L"ab";
-                return R(CharPrevW(text, text + 1));
-            },
-            std::nullopt)
+        Call("CharPrevW", std::nullopt,
+             [] {
+                 static const WCHAR text[] = L"ab";
+                 return R(CharPrevW(text, text + 1));
+             })
             .Kernel()
             .Fuzz([](Fuzz& f) {
                 LPCWSTR s = f.Str();
                 EXPECT_EQ(CharPrevW(s, s + f.Len(s)), s + std::max(f.Len(s) - 1, 0))
                     << f.Describe();
             }),
-        Row("GetDlgItemTextW",
-            [] {
-                SetDlgItemTextA(ControlsDialog(), IDC_LABEL, "Label");
-                WCHAR text[16];
-                return R(GetDlgItemTextW(ControlsDialog(), IDC_LABEL, text, 16));
-            },
-            0, Error::AsLeft)
+        Call("GetDlgItemTextW", 0, Error::AsLeft,
+             [] {
+                 SetDlgItemTextA(ControlsDialog(), IDC_LABEL, "Label");
+                 return R(GetDlgItemTextW(ControlsDialog(), IDC_LABEL, Buffer(), 16));
+             })
             .Fuzz([](Fuzz& f) {
                 SetDlgItemTextA(ControlsDialog(), IDC_LABEL, "Label");
                 ReadText(f, 5, [](LPWSTR buf, int n) {
@@ -621,23 +626,14 @@ std::vector<Row> Text()
             [] { return R(SetDlgItemTextW(ControlsDialog(), IDC_LABEL, L"Label")); }, FALSE)
             .Fuzz(
                 [](Fuzz& f) { SetDlgItemTextW(ControlsDialog(), IDC_LABEL, f.Str(Fuzz::NullOk)); }),
-        Row("GetKeyNameTextW",
-            [] {
-                WCHAR name[32];
-                return R(GetKeyNameTextW(KeyA, name, 32));
-            },
-            0, Error::AsLeft)
+        Row("GetKeyNameTextW", [] { return R(GetKeyNameTextW(KeyA, Buffer(), 32)); }, 0,
+            Error::AsLeft)
             .Fuzz([](Fuzz& f) {
                 ReadText(f, 1, [](LPWSTR buf, int n) { return GetKeyNameTextW(KeyA, buf, n); });
             }),
         Row("VkKeyScanW", [] { return R(VkKeyScanW(L'a')); }, -1),
         Row("VkKeyScanExW", [] { return R(VkKeyScanExW(L'a', GetKeyboardLayout(0))); }, -1),
-        Row("LoadStringW",
-            [] {
-                WCHAR text[32];
-                return R(LoadStringW(Resources(), IDS_LATIN, text, 32));
-            },
-            0)
+        Row("LoadStringW", [] { return R(LoadStringW(Resources(), IDS_LATIN, Buffer(), 32)); }, 0)
             .Fuzz([](Fuzz& f) {
                 UINT id = IDS_ASCII + f.Pick(4);
                 int n = f.Count(10);
@@ -667,31 +663,25 @@ std::vector<Row> Text()
                 return LoadImageW(module, name, IMAGE_BITMAP, 0, 0, 0);
             },
             [](Result r) { DeleteObject(HGDIOBJ(r)); }, Error::AsLeft),
-        ListsDialogDirectory("DlgDirListW", IDC_LIST, DlgDirListW, Error::AsLeft),
-        ListsDialogDirectory("DlgDirListComboBoxW", IDC_COMBO, DlgDirListComboBoxW, Error::Saved),
-        SelectsDirectory("DlgDirSelectExW", IDC_LIST, LB_ADDSTRING, LB_SETCURSEL, DlgDirSelectExW),
-        SelectsDirectory("DlgDirSelectComboBoxExW", IDC_COMBO, CB_ADDSTRING, CB_SETCURSEL,
-                         DlgDirSelectComboBoxExW),
+        ListsDialogDirectory("DlgDirListW", list, DlgDirListW, Error::AsLeft),
+        ListsDialogDirectory("DlgDirListComboBoxW", combo, DlgDirListComboBoxW, Error::Saved),
+        SelectsDirectory("DlgDirSelectExW", list, DlgDirSelectExW),
+        SelectsDirectory("DlgDirSelectComboBoxExW", combo, DlgDirSelectComboBoxExW),
         Row("EnumDisplaySettingsW",
-            [] {
-                DEVMODEW mode = {};
-                mode.dmSize = sizeof mode;
-                return R(EnumDisplaySettingsW(nullptr, ENUM_CURRENT_SETTINGS, &mode));
-            },
+            [] { return R(EnumDisplaySettingsW(nullptr, ENUM_CURRENT_SETTINGS, CurrentMode())); },
             FALSE)
             .Fuzz([](Fuzz& f) {
                 EnumDisplaySettingsW(f.Str(Fuzz::NullOk), ENUM_CURRENT_SETTINGS, DevModeRecord(f));
             }),
         Row("WinHelpW", [] { return R(WinHelpW(Window(), L"sweep.hlp", HELP_QUIT, 0)); }, FALSE,
             Error::AsLeft),
-        Row("SystemParametersInfoW",
-            [] {
-                // The scheme's name comes back through a copy the call allocates.
-                WCHAR scheme[MAX_PATH];
-                HIGHCONTRASTW contrast = {sizeof contrast, 0, scheme};
-                return R(SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof contrast, &contrast, 0));
-            },
-            FALSE)
+        Call("SystemParametersInfoW", FALSE,
+             [] {
+                 // The scheme's name comes back through a copy the call allocates.
+                 HIGHCONTRASTW contrast = {sizeof contrast, 0, Buffer()};
+                 UINT size = sizeof contrast;
+                 return R(SystemParametersInfoW(SPI_GETHIGHCONTRAST, size, &contrast, 0));
+             })
             .Fuzz([](Fuzz& f) {
                 // Records of every size up to and past their own: none is written past
                 // the size it states.
@@ -721,30 +711,25 @@ std::vector<Row> Monitors()
     return {
         Row("xGetSystemMetrics", [] { return R(xGetSystemMetrics(SM_CMONITORS)); }, 0)
             .WorksWhenMissing(),
-        Row("xMonitorFromPoint",
-            [] {
-                return R(xMonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY));
-            },
-            0)
+        Call("xMonitorFromPoint", 0,
+             [] { return R(xMonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY)); })
             .WorksWhenMissing(),
-        Row("xMonitorFromRect",
-            [] {
-                RECT rect = {0, 0, 10, 10};
-                return R(xMonitorFromRect(&rect, MONITOR_DEFAULTTONEAREST));
-            },
-            0)
+        Call("xMonitorFromRect", 0,
+             [] {
+                 RECT rect = {0, 0, 10, 10};
+                 return R(xMonitorFromRect(&rect, MONITOR_DEFAULTTONEAREST));
+             })
             .WorksWhenMissing(),
         Row("xMonitorFromWindow",
             [] { return R(xMonitorFromWindow(Window(), MONITOR_DEFAULTTOPRIMARY)); }, 0)
             .WorksWhenMissing(),
-        Row("xGetMonitorInfo",
-            [] {
-                MONITORINFOEXW info = {};
-                info.cbSize = sizeof info;
-                return R(
-                    xGetMonitorInfo(xMonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY), &info));
-            },
-            FALSE)
+        Call("xGetMonitorInfo", FALSE,
+             [] {
+                 MONITORINFOEXW info = {};
+                 info.cbSize = sizeof info;
+                 return R(
+                     xGetMonitorInfo(xMonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY), &info));
+             })
             .Fuzz([](Fuzz& f) {
                 // Both records and every size between: nothing is written past cbSize.
                 DWORD size = f.Pick(2) ? sizeof(MONITORINFO) : f.Count(sizeof(MONITORINFOEXW));
@@ -761,13 +746,11 @@ std::vector<Row> Monitors()
 std::vector<Row> StandardControls()
 {
     return {
-        Row("AtStatic_GetTextW",
-            [] {
-                SetWindowTextA(Item(IDC_LABEL), "Label");
-                WCHAR text[16];
-                return R(AtStatic_GetTextW(Item(IDC_LABEL), text, 16));
-            },
-            0, Error::AsLeft)
+        Call("AtStatic_GetTextW", 0, Error::AsLeft,
+             [] {
+                 SetWindowTextA(Item(IDC_LABEL), "Label");
+                 return R(AtStatic_GetTextW(Item(IDC_LABEL), Buffer(), 16));
+             })
             .Fuzz([](Fuzz& f) {
                 SetWindowTextA(Item(IDC_LABEL), "Label");
                 ReadText(f, 5, [](LPWSTR buf, int n) {
@@ -777,13 +760,11 @@ std::vector<Row> StandardControls()
         Row("AtStatic_SetTextW", [] { return R(AtStatic_SetTextW(Item(IDC_LABEL), L"Label")); },
             FALSE, Error::AsLeft)
             .Fuzz([](Fuzz& f) { AtStatic_SetTextW(Item(IDC_LABEL), f.Str(Fuzz::NullOk)); }),
-        Row("AtEdit_GetLineW",
-            [] {
-                SetWindowTextA(Item(IDC_EDIT), "sweep");
-                WCHAR line[16];
-                return R(AtEdit_GetLineW(Item(IDC_EDIT), 0, line, 16));
-            },
-            0, Error::AsLeft)
+        Call("AtEdit_GetLineW", 0, Error::AsLeft,
+             [] {
+                 SetWindowTextA(Item(IDC_EDIT), "sweep");
+                 return R(AtEdit_GetLineW(Item(IDC_EDIT), 0, Buffer(), 16));
+             })
             .Fuzz([](Fuzz& f) {
                 SetWindowTextA(Item(IDC_EDIT), "sweep");
                 int n = f.Count(5);
@@ -802,13 +783,12 @@ std::vector<Row> StandardControls()
                 AtEdit_SetPasswordCharW(Item(IDC_EDIT), f.Str()[0]);
                 SendMessageA(Item(IDC_EDIT), EM_SETPASSWORDCHAR, 0, 0);
             }),
-        Row("AtEdit_GetSelW",
-            [] {
-                SetWindowTextA(Item(IDC_EDIT), "sweep");
-                SendMessageA(Item(IDC_EDIT), EM_SETSEL, 1, 3);
-                return R(AtEdit_GetSelW(Item(IDC_EDIT)));
-            },
-            0),
+        Call("AtEdit_GetSelW", 0,
+             [] {
+                 SetWindowTextA(Item(IDC_EDIT), "sweep");
+                 SendMessageA(Item(IDC_EDIT), EM_SETSEL, 1, 3);
+                 return R(AtEdit_GetSelW(Item(IDC_EDIT)));
+             }),
         Row::Void("AtEdit_SetSelW",
                   [] {
                       SetWindowTextA(Item(IDC_EDIT), "sweep");
@@ -826,45 +806,42 @@ std::vector<Row> StandardControls()
                 EXPECT_LE(LOWORD(selection), length) << f.Describe();
                 EXPECT_LE(HIWORD(selection), length) << f.Describe();
             }),
-        AddsItem("AtListBox_AddStringW", IDC_LIST, LB_DELETESTRING, AtListBox_AddStringW, LB_ERR),
-        InsertsItem("AtListBox_InsertStringW", IDC_LIST, LB_DELETESTRING, AtListBox_InsertStringW,
-                    LB_ERR),
-        FindsItem("AtListBox_FindStringW", IDC_LIST, AtListBox_FindStringW, LB_ERR),
-        FindsItem("AtListBox_FindStringExactW", IDC_LIST, AtListBox_FindStringExactW, LB_ERR),
-        FindsItem("AtListBox_SelectStringW", IDC_LIST, AtListBox_SelectStringW, LB_ERR),
-        ReadsItem("AtListBox_GetTextW", IDC_LIST, LB_ADDSTRING, LB_DELETESTRING, AtListBox_GetTextW,
-                  LB_ERR),
-        MeasuresItem("AtListBox_GetTextLenW", IDC_LIST, LB_ADDSTRING, LB_DELETESTRING,
-                     AtListBox_GetTextLenW, LB_ERR),
-        AddsItem("AtListBox_AddFileW", IDC_LIST, LB_DELETESTRING, AtListBox_AddFileW, LB_ERR),
-        ListsFolder("AtListBox_DirW", IDC_LIST, LB_RESETCONTENT, AtListBox_DirW, LB_ERR),
-        AddsItem("AtComboBox_AddStringW", IDC_COMBO, CB_DELETESTRING, AtComboBox_AddStringW,
-                 CB_ERR),
-        InsertsItem("AtComboBox_InsertStringW", IDC_COMBO, CB_DELETESTRING,
-                    AtComboBox_InsertStringW, CB_ERR),
-        FindsItem("AtComboBox_FindStringW", IDC_COMBO, AtComboBox_FindStringW, CB_ERR),
-        FindsItem("AtComboBox_FindStringExactW", IDC_COMBO, AtComboBox_FindStringExactW, CB_ERR),
-        FindsItem("AtComboBox_SelectStringW", IDC_COMBO, AtComboBox_SelectStringW, CB_ERR),
-        ReadsItem("AtComboBox_GetLBTextW", IDC_COMBO, CB_ADDSTRING, CB_DELETESTRING,
-                  AtComboBox_GetLBTextW, CB_ERR),
-        MeasuresItem("AtComboBox_GetLBTextLenW", IDC_COMBO, CB_ADDSTRING, CB_DELETESTRING,
-                     AtComboBox_GetLBTextLenW, CB_ERR),
-        ListsFolder("AtComboBox_DirW", IDC_COMBO, CB_RESETCONTENT, AtComboBox_DirW, CB_ERR),
+        AddsItem("AtListBox_AddStringW", list,
+                 [](HWND h, LPCWSTR s, int) { return AtListBox_AddStringW(h, s); }),
+        AddsItem("AtListBox_InsertStringW", list,
+                 [](HWND h, LPCWSTR s, int at) { return AtListBox_InsertStringW(h, at, s); }),
+        FindsItem("AtListBox_FindStringW", list, AtListBox_FindStringW),
+        FindsItem("AtListBox_FindStringExactW", list, AtListBox_FindStringExactW),
+        FindsItem("AtListBox_SelectStringW", list, AtListBox_SelectStringW),
+        ReadsItem("AtListBox_GetTextW", list, AtListBox_GetTextW),
+        MeasuresItem("AtListBox_GetTextLenW", list, AtListBox_GetTextLenW),
+        AddsItem("AtListBox_AddFileW", list,
+                 [](HWND h, LPCWSTR s, int) { return AtListBox_AddFileW(h, s); }),
+        ListsFolder("AtListBox_DirW", list, AtListBox_DirW),
+        AddsItem("AtComboBox_AddStringW", combo,
+                 [](HWND h, LPCWSTR s, int) { return AtComboBox_AddStringW(h, s); }),
+        AddsItem("AtComboBox_InsertStringW", combo,
+                 [](HWND h, LPCWSTR s, int at) { return AtComboBox_InsertStringW(h, at, s); }),
+        FindsItem("AtComboBox_FindStringW", combo, AtComboBox_FindStringW),
+        FindsItem("AtComboBox_FindStringExactW", combo, AtComboBox_FindStringExactW),
+        FindsItem("AtComboBox_SelectStringW", combo, AtComboBox_SelectStringW),
+        ReadsItem("AtComboBox_GetLBTextW", combo, AtComboBox_GetLBTextW),
+        MeasuresItem("AtComboBox_GetLBTextLenW", combo, AtComboBox_GetLBTextLenW),
+        ListsFolder("AtComboBox_DirW", combo, AtComboBox_DirW),
     };
 }
 
 std::vector<Row> Beyond()
 {
     return {
-        Row("RegisterClassW",
-            [] {
-                WNDCLASSW wc = {};
-                wc.lpfnWndProc = DefWindowProcA;
-                wc.hInstance = Instance();
-                wc.lpszClassName = L"torwen sweep class";
-                return R(RegisterClassW(&wc));
-            },
-            0)
+        Call("RegisterClassW", 0,
+             [] {
+                 WNDCLASSW wc = {};
+                 wc.lpfnWndProc = DefWindowProcA;
+                 wc.hInstance = Instance();
+                 wc.lpszClassName = L"torwen sweep class";
+                 return R(RegisterClassW(&wc));
+             })
             .Undo([](Result atom) { UnregisterClassA(LPCSTR(UINT_PTR(atom)), Instance()); })
             .Fuzz([](Fuzz& f) {
                 WNDCLASSW wc = {};
@@ -886,12 +863,7 @@ std::vector<Row> Beyond()
         Row("IsCharAlphaNumericW", [] { return R(IsCharAlphaNumericW(L'1')); }, FALSE)
             .Kernel(),
         Row("MapVirtualKeyW", [] { return R(MapVirtualKeyW('A', MAPVK_VK_TO_CHAR)); }, 0),
-        Row("wvsprintfW",
-            [] {
-                WCHAR out[32];
-                return R(Format(out, L"%s %d", L"sweep", 1));
-            },
-            -1)
+        Row("wvsprintfW", [] { return R(Format(Buffer(), L"%s %d", L"sweep", 1)); }, -1)
             .Kernel()
             .Fuzz([](Fuzz& f) {
                 // The output stops at 1,023 characters and its NUL (an output cut
@@ -900,53 +872,40 @@ std::vector<Row> Beyond()
                 EXPECT_LE(Format(out, f.Pick(2) ? f.Str() : L"[%s] %d", f.Str(), 7), 1024)
                     << f.Describe();
             }),
-        Row("wsprintfW",
-            [] {
-                WCHAR out[32];
-                return R(wsprintfW(out, L"%s %d", L"sweep", 1));
-            },
-            -1)
+        Row("wsprintfW", [] { return R(wsprintfW(Buffer(), L"%s %d", L"sweep", 1)); }, -1)
             .Kernel()
             .Fuzz([](Fuzz& f) {
                 WCHAR* out = f.Out<WCHAR>(1024);
                 EXPECT_LE(wsprintfW(out, L"%s|%s", f.Str(), f.Str()), 1024) << f.Describe();
             }),
         Row("MessageBoxIndirectW", [] { return R(ClosedMessageBox(L"sweep")); }, 0),
-        Row("EnumDisplaySettingsExW",
-            [] {
-                DEVMODEW mode = {};
-                mode.dmSize = sizeof mode;
-                return R(EnumDisplaySettingsExW(nullptr, ENUM_CURRENT_SETTINGS, &mode, 0));
-            },
-            FALSE)
+        Call("EnumDisplaySettingsExW", FALSE,
+             [] {
+                 return R(EnumDisplaySettingsExW(nullptr, ENUM_CURRENT_SETTINGS, CurrentMode(), 0));
+             })
             .Fuzz([](Fuzz& f) {
                 EnumDisplaySettingsExW(f.Str(Fuzz::NullOk), ENUM_CURRENT_SETTINGS, DevModeRecord(f),
                                        0);
             }),
-        Row("ChangeDisplaySettingsExW",
-            [] {
-                DEVMODEW mode = {};
-                mode.dmSize = sizeof mode;
-                mode.dmFields = DM_PELSWIDTH | DM_PELSHEIGHT;
-                mode.dmPelsWidth = GetSystemMetrics(SM_CXSCREEN);
-                mode.dmPelsHeight = GetSystemMetrics(SM_CYSCREEN);
-                return R(ChangeDisplaySettingsExW(nullptr, &mode, nullptr, CDS_TEST, nullptr));
-            },
-            DISP_CHANGE_FAILED)
+        Call("ChangeDisplaySettingsExW", DISP_CHANGE_FAILED,
+             [] {
+                 DEVMODEW* mode = CurrentMode();
+                 mode->dmFields = DM_PELSWIDTH | DM_PELSHEIGHT;
+                 mode->dmPelsWidth = GetSystemMetrics(SM_CXSCREEN);
+                 mode->dmPelsHeight = GetSystemMetrics(SM_CYSCREEN);
+                 return R(ChangeDisplaySettingsExW(nullptr, mode, nullptr, CDS_TEST, nullptr));
+             })
             .Fuzz([](Fuzz& f) {
                 // Tested only: the display stays as it is.
-                DEVMODEW mode = {};
-                mode.dmSize = sizeof mode;
-                ChangeDisplaySettingsExW(f.Str(Fuzz::NullOk), f.Pick(2) ? &mode : nullptr, nullptr,
-                                         CDS_TEST, nullptr);
+                ChangeDisplaySettingsExW(f.Str(Fuzz::NullOk), f.Pick(2) ? CurrentMode() : nullptr,
+                                         nullptr, CDS_TEST, nullptr);
             }),
-        Row("EnumDisplayDevicesW",
-            [] {
-                DISPLAY_DEVICEW device = {};
-                device.cb = sizeof device;
-                return R(EnumDisplayDevicesW(nullptr, 0, &device, 0));
-            },
-            FALSE)
+        Call("EnumDisplayDevicesW", FALSE,
+             [] {
+                 DISPLAY_DEVICEW device = {};
+                 device.cb = sizeof device;
+                 return R(EnumDisplayDevicesW(nullptr, 0, &device, 0));
+             })
             .Fuzz([](Fuzz& f) {
                 // Every size from the names alone to the whole record.
                 static const DWORD sizes[] = {offsetof(DISPLAY_DEVICEW, DeviceID),
@@ -957,13 +916,12 @@ std::vector<Row> Beyond()
                 device->cb = size;
                 EnumDisplayDevicesW(f.Str(Fuzz::NullOk), 0, device, 0);
             }),
-        Row("BroadcastSystemMessageW",
-            [] {
-                DWORD recipients = BSM_APPLICATIONS;
-                return R(
-                    BroadcastSystemMessageW(BSF_IGNORECURRENTTASK, &recipients, WM_NULL, 0, 0));
-            },
-            -1),
+        Call("BroadcastSystemMessageW", -1,
+             [] {
+                 DWORD recipients = BSM_APPLICATIONS;
+                 return R(
+                     BroadcastSystemMessageW(BSF_IGNORECURRENTTASK, &recipients, WM_NULL, 0, 0));
+             }),
     };
 }
 

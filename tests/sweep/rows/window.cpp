@@ -9,6 +9,8 @@
 
 #include "torwen.h"
 
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
+
 namespace sweep
 {
 
@@ -52,21 +54,6 @@ WNDCLASSEXW ClassRecord()
     wc.lpfnWndProc = DefWindowProcA;
     wc.hInstance = Instance();
     return wc;
-}
-
-MSG Message(HWND hwnd, UINT message, WPARAM wParam = 0, LPARAM lParam = 0)
-{
-    MSG msg = {};
-    msg.hwnd = hwnd;
-    msg.message = message;
-    msg.wParam = wParam;
-    msg.lParam = lParam;
-    return msg;
-}
-
-std::wstring Wide(const std::string& s)
-{
-    return harness::FromAnsi(s);
 }
 
 LRESULT CALLBACK OwnProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
@@ -119,10 +106,11 @@ const Fixture& F()
         Fixture x;
         x.classA = "torwen sweep " + Narrow(harness::NonAsciiText());
         x.childClassA = x.classA + " child";
-        x.className = Wide(x.classA);
-        x.childClassName = Wide(x.childClassA);
+        x.className = harness::FromAnsi(x.classA);
+        x.childClassName = harness::FromAnsi(x.childClassA);
         // Its own title: the sweep programs run side by side, each with such a window.
-        x.ownTitle = L"sweep " + harness::NonAsciiText() + L" " + std::to_wstring(GetCurrentProcessId());
+        x.ownTitle
+            = L"sweep " + harness::NonAsciiText() + L" " + std::to_wstring(GetCurrentProcessId());
         WNDCLASSEXA wc = {};
         wc.cbSize = sizeof wc;
         wc.style = CS_DBLCLKS;
@@ -339,24 +327,31 @@ void CALLBACK OnAskName(HWND, int count, LPWSTR buf)
     Put(buf, count, seen().text);
 }
 
+// A creation record's title and class, in a window's record or an MDI child's.
+template <typename CS> auto& TitleOf(CS& cs)
+{
+    if constexpr (requires { cs.lpszName; })
+        return cs.lpszName;
+    else
+        return cs.szTitle;
+}
+
+template <typename CS> auto& ClassOf(CS& cs)
+{
+    if constexpr (requires { cs.lpszClass; })
+        return cs.lpszClass;
+    else
+        return cs.szClass;
+}
+
 template <typename CS> void ReadCreate(const CS* cs)
 {
     if (!cs)
         return;
-    if (IsText(cs->lpszName))
-        Length(cs->lpszName);
-    if (IsText(cs->lpszClass))
-        Length(cs->lpszClass);
-}
-
-template <typename MCS> void ReadMDICreate(const MCS* mcs)
-{
-    if (!mcs)
-        return;
-    if (IsText(mcs->szTitle))
-        Length(mcs->szTitle);
-    if (IsText(mcs->szClass))
-        Length(mcs->szClass);
+    if (IsText(TitleOf(*cs)))
+        Length(TitleOf(*cs));
+    if (IsText(ClassOf(*cs)))
+        Length(ClassOf(*cs));
 }
 
 LRESULT CALLBACK CreateProc(HWND, UINT msg, WPARAM, LPARAM lParam)
@@ -364,8 +359,8 @@ LRESULT CALLBACK CreateProc(HWND, UINT msg, WPARAM, LPARAM lParam)
     ++seen().calls;
     bool ansi = harness::AnsiPath();
     if (msg == WM_MDICREATE)
-        ansi ? ReadMDICreate(reinterpret_cast<MDICREATESTRUCTA*>(lParam))
-             : ReadMDICreate(reinterpret_cast<MDICREATESTRUCTW*>(lParam));
+        ansi ? ReadCreate(reinterpret_cast<MDICREATESTRUCTA*>(lParam))
+             : ReadCreate(reinterpret_cast<MDICREATESTRUCTW*>(lParam));
     else
         ansi ? ReadCreate(reinterpret_cast<CREATESTRUCTA*>(lParam))
              : ReadCreate(reinterpret_cast<CREATESTRUCTW*>(lParam));
@@ -382,66 +377,43 @@ BOOL CALLBACK OnCreate(HWND, LPCREATESTRUCTW cs)
 HWND CALLBACK OnMDICreate(HWND hwnd, LPMDICREATESTRUCTW mcs)
 {
     ++seen().calls;
-    ReadMDICreate(mcs);
+    ReadCreate(mcs);
     return hwnd;
 }
 
 // A creation record of either character set with fuzzed strings; the class is
 // sometimes an atom.
-template <typename CS, typename C> CS* CreateRecord(Fuzz& f, const C* (*str)(Fuzz&, Fuzz::Nulls))
+template <typename CS, typename C> CS* CreateRecord(Fuzz& f)
 {
+    auto str = [&] {
+        if constexpr (sizeof(C) == 1)
+            return AnsiStr(f, Fuzz::NullOk);
+        else
+            return f.Str(Fuzz::NullOk);
+    };
     CS* cs = f.Out<CS>(1);
     std::memset(cs, 0, sizeof *cs);
-    cs->lpszName = str(f, Fuzz::NullOk);
-    cs->lpszClass = f.Pick(4) ? str(f, Fuzz::NullOk) : reinterpret_cast<const C*>(0xC123);
-    cs->lpCreateParams = cs;
+    TitleOf(*cs) = str();
+    ClassOf(*cs) = f.Pick(4) ? str() : reinterpret_cast<const C*>(0xC123);
+    if constexpr (requires { cs->lpCreateParams; })
+        cs->lpCreateParams = cs;
     return cs;
-}
-
-template <typename MCS, typename C>
-MCS* MDICreateRecord(Fuzz& f, const C* (*str)(Fuzz&, Fuzz::Nulls))
-{
-    MCS* mcs = f.Out<MCS>(1);
-    std::memset(mcs, 0, sizeof *mcs);
-    mcs->szTitle = str(f, Fuzz::NullOk);
-    mcs->szClass = f.Pick(4) ? str(f, Fuzz::NullOk) : reinterpret_cast<const C*>(0xC123);
-    return mcs;
-}
-
-LPCWSTR WideStr(Fuzz& f, Fuzz::Nulls nulls)
-{
-    return f.Str(nulls);
-}
-
-LPCSTR AnsiStrOf(Fuzz& f, Fuzz::Nulls nulls)
-{
-    return AnsiStr(f, nulls);
 }
 
 // ---- notifications
 
-template <bool Wide> struct Records;
-template <> struct Records<true> {
-    using C = WCHAR;
-    using List = NMLVDISPINFOW;
-    using Tree = NMTVDISPINFOW;
-    using TreeView = NMTREEVIEWW;
-    using Header = NMHEADERW;
-    using HeaderItem = HDITEMW;
-    using HeaderInfo = NMHDDISPINFOW;
-    using Tip = NMTTDISPINFOW;
-    using Button = NMTOOLBARW;
-};
-template <> struct Records<false> {
-    using C = char;
-    using List = NMLVDISPINFOA;
-    using Tree = NMTVDISPINFOA;
-    using TreeView = NMTREEVIEWA;
-    using Header = NMHEADERA;
-    using HeaderItem = HDITEMA;
-    using HeaderInfo = NMHDDISPINFOA;
-    using Tip = NMTTDISPINFOA;
-    using Button = NMTOOLBARA;
+// The notification records of the wide (true) or the ANSI character set.
+template <bool Wide> struct Records {
+    template <typename W, typename A> using Of = std::conditional_t<Wide, W, A>;
+    using C = Of<WCHAR, char>;
+    using List = Of<NMLVDISPINFOW, NMLVDISPINFOA>;
+    using Tree = Of<NMTVDISPINFOW, NMTVDISPINFOA>;
+    using TreeView = Of<NMTREEVIEWW, NMTREEVIEWA>;
+    using Header = Of<NMHEADERW, NMHEADERA>;
+    using HeaderItem = Of<HDITEMW, HDITEMA>;
+    using HeaderInfo = Of<NMHDDISPINFOW, NMHDDISPINFOA>;
+    using Tip = Of<NMTTDISPINFOW, NMTTDISPINFOA>;
+    using Button = Of<NMTOOLBARW, NMTOOLBARA>;
 };
 
 // The record each notification carries; Item: an item with text the receiver may
@@ -680,6 +652,50 @@ template <typename List, typename C> List DispInfo(C* buf, int count, UINT code)
 
 // ---- shapes of rows
 
+// A row with its call last, which keeps the table's short rows on one line.
+Row Call(const char* name, Result failure, Error error, std::function<Result()> call)
+{
+    return Row(name, std::move(call), failure, error);
+}
+
+Row Call(const char* name, Result failure, std::function<Result()> call)
+{
+    return Row(name, std::move(call), failure);
+}
+
+// The valid calls' buffer, empty.
+WCHAR* Scratch()
+{
+    static WCHAR buf[MAX_PATH];
+    buf[0] = 0;
+    return buf;
+}
+
+void Destroy(Result window)
+{
+    DestroyWindow(HWND(window));
+}
+
+// The resource DLL's dialog template.
+const DLGTEMPLATE* ControlsTemplate()
+{
+    HRSRC found = FindResourceA(F().resources, "CONTROLS", MAKEINTRESOURCEA(5));
+    return static_cast<const DLGTEMPLATE*>(LockResource(LoadResource(F().resources, found)));
+}
+
+// What the translators' procedures and handlers give back, and how they answer.
+void Script(const std::wstring& text, int reply)
+{
+    seen().text = text;
+    seen().reply = reply;
+}
+
+void Script(Fuzz& f)
+{
+    seen().text = f.Str();
+    seen().reply = f.Pick(4);
+}
+
 // A character forwarder's row: the character goes to the procedure, and a trail
 // byte posted to the target window is taken off its queue again.
 Row CharForwarder(const char* name, void(WINAPI* forward)(HWND, WCHAR, int, WNDPROC))
@@ -705,8 +721,8 @@ Row CharForwarder(const char* name, void(WINAPI* forward)(HWND, WCHAR, int, WNDP
 
 Row CharHandler(const char* name, LRESULT(WINAPI* handle)(HWND, WPARAM, LPARAM, AtCharHandlerW))
 {
-    return Row(
-        name, Counted([handle] { return R(handle(F().target, 'a', 1, OnChar)); }), 0, Error::AsLeft)
+    return Call(
+        name, 0, Error::AsLeft, Counted([handle] { return R(handle(F().target, 'a', 1, OnChar)); }))
         .Ok(CalledAndZero)
         .WorksWhenMissing()
         .Fuzz([handle](Fuzz& f) {
@@ -735,16 +751,59 @@ Row StringForwarder(const char* name, void(WINAPI* forward)(HWND, LPCWSTR, WNDPR
 
 Row StringHandler(const char* name, LRESULT(WINAPI* handle)(HWND, WPARAM, LPARAM, AtTextHandlerW))
 {
-    return Row(name, Counted([handle] {
+    return Call(name, 0, Error::AsLeft, Counted([handle] {
         static const std::string a = Narrow(F().ownTitle);
         LPARAM text = harness::AnsiPath() ? reinterpret_cast<LPARAM>(a.c_str())
                                           : reinterpret_cast<LPARAM>(F().ownTitle.c_str());
         return R(handle(F().target, 0, text, OnText));
-    }),
-        0, Error::AsLeft)
+    }))
         .Ok(CalledAndZero)
         .WorksWhenMissing()
         .Fuzz([handle](Fuzz& f) { handle(F().target, 0, PathStr(f, Fuzz::NullOk), OnText); });
+}
+
+// A creation message forwarded with a record that names its class (by name or
+// atom); fuzzed, a record of fuzzed strings, or none.
+template <typename CS>
+Row CreateForwarder(
+    const char* name, LRESULT(WINAPI* forward)(HWND, CS*, WNDPROC), LPCWSTR (*cls)())
+{
+    return Call(name, 0, Error::AsLeft, Counted([=] {
+        CS cs = {};
+        TitleOf(cs) = L"sweep";
+        ClassOf(cs) = cls();
+        return R(forward(F().target, &cs, CreateProc));
+    }))
+        .WorksWhenMissing()
+        .Fuzz([=](Fuzz& f) {
+            CS* cs = f.Pick(8) ? CreateRecord<CS, WCHAR>(f) : nullptr;
+            forward(F().target, cs, CreateProc);
+        });
+}
+
+// A creation message handled: the record arrives in the running path's character
+// set.
+template <typename CSA, typename CSW, typename Handler>
+Row CreateHandler(const char* name, LRESULT(WINAPI* handle)(HWND, WPARAM, LPARAM, Handler),
+    Handler on, Result failure, LPCSTR (*classA)(), LPCWSTR (*classW)())
+{
+    return Call(name, failure, Error::AsLeft, Counted([=] {
+        CSA a = {};
+        TitleOf(a) = "sweep";
+        ClassOf(a) = classA();
+        CSW w = {};
+        TitleOf(w) = L"sweep";
+        ClassOf(w) = classW();
+        LPARAM record = harness::AnsiPath() ? LPARAM(&a) : LPARAM(&w);
+        return R(handle(F().target, 0, record, on));
+    }))
+        .WorksWhenMissing()
+        .Fuzz([=](Fuzz& f) {
+            LPARAM record = !f.Pick(8) ? 0
+                : harness::AnsiPath()  ? LPARAM(CreateRecord<CSA, char>(f))
+                                       : LPARAM(CreateRecord<CSW, WCHAR>(f));
+            handle(F().target, 0, record, on);
+        });
 }
 
 // Runs a translator's fuzzed call with torwen's blocks ending at no-access pages:
@@ -763,15 +822,13 @@ std::vector<Row> WindowRows()
 {
     return {
         // ---- classes
-        Row(
-            "RegisterClassExW",
+        Call("RegisterClassExW", 0,
             [] {
                 WNDCLASSEXW wc = ClassRecord();
                 wc.lpszClassName = L"torwen sweep registered";
                 wc.lpszMenuName = L"sweep menu";
                 return R(RegisterClassExW(&wc));
-            },
-            0)
+            })
             .Undo([](Result atom) { UnregisterClassA(Atom(atom), Instance()); })
             .Fuzz([](Fuzz& f) {
                 WNDCLASSEXW wc = ClassRecord();
@@ -780,21 +837,17 @@ std::vector<Row> WindowRows()
                 if (ATOM atom = RegisterClassExW(&wc))
                     UnregisterClassA(Atom(atom), Instance());
             }),
-        Row(
-            "GetClassInfoExW",
+        Call("GetClassInfoExW", FALSE,
             [] {
-                WNDCLASSEXW wc = {};
-                wc.cbSize = sizeof wc;
+                WNDCLASSEXW wc = ClassRecord();
                 return R(GetClassInfoExW(Instance(), F().className.c_str(), &wc));
-            },
-            FALSE)
+            })
             .Fuzz([](Fuzz& f) {
                 auto* wc = f.Out<WNDCLASSEXW>(1);
                 wc->cbSize = f.Pick(4) ? sizeof *wc : sizeof(WNDCLASSW);
                 GetClassInfoExW(Instance(), ClassName(f.Str()), wc);
             }),
-        Row(
-            "UnregisterClassW",
+        Call("UnregisterClassW", FALSE,
             [] {
                 WNDCLASSA wc = {};
                 wc.lpfnWndProc = DefWindowProcA;
@@ -802,62 +855,44 @@ std::vector<Row> WindowRows()
                 wc.lpszClassName = "torwen sweep unregistered";
                 RegisterClassA(&wc);
                 return R(UnregisterClassW(L"torwen sweep unregistered", Instance()));
-            },
-            FALSE)
+            })
             .Fuzz([](Fuzz& f) { UnregisterClassW(ClassName(f.Str()), Instance()); }),
-        Row(
-            "GetClassLongW", [] { return R(GetClassLongW(F().own, GCL_STYLE)); }, 0),
-        Row(
-            "SetClassLongW", [] { return R(SetClassLongW(F().own, GCL_STYLE, CS_DBLCLKS)); }, 0),
-        Row(
-            "GetClassNameW",
-            [] {
-                WCHAR name[64];
-                return R(GetClassNameW(F().own, name, 64));
-            },
-            0)
+        Call("GetClassLongW", 0, [] { return R(GetClassLongW(F().own, GCL_STYLE)); }),
+        Call("SetClassLongW", 0, [] { return R(SetClassLongW(F().own, GCL_STYLE, CS_DBLCLKS)); }),
+        Call("GetClassNameW", 0, [] { return R(GetClassNameW(F().own, Scratch(), 64)); })
             .Ok([](Result r) { return r == Result(F().className.size()); })
             .Fuzz([](Fuzz& f) {
                 int count = f.Count(int(F().className.size()));
                 WCHAR* buf = f.Out<WCHAR>(count);
                 CheckCopy(GetClassNameW(F().own, buf, count), count, buf);
             }),
-        Row(
-            "RegisterWindowMessageW",
-            [] { return R(RegisterWindowMessageW(L"torwen sweep message")); }, 0, Error::AsLeft)
+        Call("RegisterWindowMessageW", 0, Error::AsLeft,
+            [] { return R(RegisterWindowMessageW(L"torwen sweep message")); })
             .Fuzz([](Fuzz& f) { RegisterWindowMessageW(f.Str()); }),
-        Row(
-            "RegisterClipboardFormatW",
-            [] { return R(RegisterClipboardFormatW(L"torwen sweep format")); }, 0)
+        Call("RegisterClipboardFormatW", 0,
+            [] { return R(RegisterClipboardFormatW(L"torwen sweep format")); })
             .Fuzz([](Fuzz& f) { RegisterClipboardFormatW(f.Str()); }),
 
         // ---- windows and dialogs
-        Row(
-            "GetWindowLongW", [] { return R(GetWindowLongW(F().own, GWL_STYLE)); }, 0),
-        Row(
-            "SetWindowLongW", [] { return R(SetWindowLongW(F().own, 0, 0x1234)); }, 0)
-            .Ok(0x1234),
-        Row(
-            "CreateWindowExW",
+        Call("GetWindowLongW", 0, [] { return R(GetWindowLongW(F().own, GWL_STYLE)); }),
+        Call("SetWindowLongW", 0, [] { return R(SetWindowLongW(F().own, 0, 0x1234)); }).Ok(0x1234),
+        Call("CreateWindowExW", 0, Error::AsLeft,
             [] {
                 return R(CreateWindowExW(0, F().className.c_str(), L"sweep", 0, 0, 0, 10, 10,
                     nullptr, nullptr, Instance(), nullptr));
-            },
-            0, Error::AsLeft)
-            .Undo([](Result w) { DestroyWindow(HWND(w)); })
+            })
+            .Undo(Destroy)
             .Fuzz([](Fuzz& f) {
                 LPCWSTR name = f.Pick(2) ? F().className.c_str() : f.Str();
                 if (HWND w = CreateWindowExW(0, name, f.Str(Fuzz::NullOk), 0, 0, 0, 10, 10, nullptr,
                         nullptr, Instance(), nullptr))
                     DestroyWindow(w);
             }),
-        Row(
-            "CreateMDIWindowW",
+        Call("CreateMDIWindowW", 0, Error::AsLeft,
             [] {
                 return R(CreateMDIWindowW(F().childClassName.c_str(), L"sweep", 0, 0, 0, 50, 50,
                     F().client, Instance(), 0));
-            },
-            0, Error::AsLeft)
+            })
             .Undo([](Result w) { SendMessageA(F().client, WM_MDIDESTROY, WPARAM(w), 0); })
             .Fuzz([](Fuzz& f) {
                 // Wine's MDI client now and then faults in its own callbacks after some
@@ -867,79 +902,54 @@ std::vector<Row> WindowRows()
                 CreateMDIWindowW(f.Pick(2) ? F().childClassName.c_str() : f.Str(),
                     f.Str(Fuzz::NullOk), 0, 0, 0, 50, 50, nullptr, Instance(), 0);
             }),
-        Row(
-            "CreateDialogParamW",
+        Call("CreateDialogParamW", 0, Error::AsLeft,
             [] {
                 return R(
                     CreateDialogParamW(F().resources, L"CONTROLS", nullptr, QuietDialogProc, 0));
-            },
-            0, Error::AsLeft)
-            .Undo([](Result w) { DestroyWindow(HWND(w)); })
+            })
+            .Undo(Destroy)
             .Fuzz([](Fuzz& f) {
                 if (HWND w
                     = CreateDialogParamW(F().resources, f.Str(), nullptr, QuietDialogProc, 0))
                     DestroyWindow(w);
             }),
-        Row(
-            "CreateDialogIndirectParamW",
+        Call("CreateDialogIndirectParamW", 0,
             [] {
-                static const DLGTEMPLATE* dialog = [] {
-                    HRSRC found = FindResourceA(F().resources, "CONTROLS", MAKEINTRESOURCEA(5));
-                    return static_cast<const DLGTEMPLATE*>(
-                        LockResource(LoadResource(F().resources, found)));
-                }();
-                return R(
-                    CreateDialogIndirectParamW(F().resources, dialog, nullptr, QuietDialogProc, 0));
-            },
-            0)
-            .Undo([](Result w) { DestroyWindow(HWND(w)); }),
+                return R(CreateDialogIndirectParamW(
+                    F().resources, ControlsTemplate(), nullptr, QuietDialogProc, 0));
+            })
+            .Undo(Destroy),
         // A valid call answers 1; a failed conversion answers 0, an absent function -1.
-        Row(
-            "DialogBoxParamW",
+        Call("DialogBoxParamW", 0, Error::AsLeft,
             [] {
                 return R(DialogBoxParamW(F().resources, L"CONTROLS", nullptr, EndingDialogProc, 0));
-            },
-            0, Error::AsLeft)
+            })
             .Ok(1)
             .WhenMissing(-1)
             .Fuzz([](Fuzz& f) {
                 DialogBoxParamW(F().resources, f.Str(), nullptr, EndingDialogProc, 0);
             }),
-        Row(
-            "DialogBoxIndirectParamW",
+        Call("DialogBoxIndirectParamW", -1,
             [] {
-                HRSRC found = FindResourceA(F().resources, "CONTROLS", MAKEINTRESOURCEA(5));
-                auto* dialog = static_cast<const DLGTEMPLATE*>(
-                    LockResource(LoadResource(F().resources, found)));
-                return R(
-                    DialogBoxIndirectParamW(F().resources, dialog, nullptr, EndingDialogProc, 0));
-            },
-            -1)
+                return R(DialogBoxIndirectParamW(
+                    F().resources, ControlsTemplate(), nullptr, EndingDialogProc, 0));
+            })
             .Ok(1),
-        Row(
-            "FindWindowW",
-            [] { return R(FindWindowW(F().className.c_str(), F().ownTitle.c_str())); }, 0)
+        Call("FindWindowW", 0,
+            [] { return R(FindWindowW(F().className.c_str(), F().ownTitle.c_str())); })
             .Ok([](Result r) { return HWND(r) == F().own; })
             .Fuzz([](Fuzz& f) { FindWindowW(f.Str(Fuzz::NullOk), f.Str(Fuzz::NullOk)); }),
-        Row(
-            "FindWindowExW",
+        Call("FindWindowExW", 0,
             [] {
                 return R(
                     FindWindowExW(nullptr, nullptr, F().className.c_str(), F().ownTitle.c_str()));
-            },
-            0)
+            })
             .Ok([](Result r) { return HWND(r) == F().own; })
             .Fuzz([](Fuzz& f) {
                 FindWindowExW(f.Pick(2) ? F().client : nullptr, nullptr, f.Str(Fuzz::NullOk),
                     f.Str(Fuzz::NullOk));
             }),
-        Row(
-            "GetWindowTextW",
-            [] {
-                WCHAR text[64];
-                return R(GetWindowTextW(F().own, text, 64));
-            },
-            0)
+        Call("GetWindowTextW", 0, [] { return R(GetWindowTextW(F().own, Scratch(), 64)); })
             .Ok([](Result r) { return r == Result(F().ownTitle.size()); })
             .Fuzz([](Fuzz& f) {
                 LPCWSTR text = f.Str();
@@ -948,131 +958,99 @@ std::vector<Row> WindowRows()
                 WCHAR* buf = f.Out<WCHAR>(count);
                 CheckCopy(GetWindowTextW(F().target, buf, count), count, buf);
             }),
-        Row(
-            "GetWindowTextLengthW", [] { return R(GetWindowTextLengthW(F().own)); }, 0),
-        Row(
-            "SetWindowTextW", [] { return R(SetWindowTextW(F().target, L"sweep")); }, FALSE)
+        Call("GetWindowTextLengthW", 0, [] { return R(GetWindowTextLengthW(F().own)); }),
+        Call("SetWindowTextW", FALSE, [] { return R(SetWindowTextW(F().target, L"sweep")); })
             .Fuzz([](Fuzz& f) { SetWindowTextW(F().target, f.Str(Fuzz::NullOk)); }),
-        Row(
-            "GetPropW", [] { return R(GetPropW(F().own, L"sweep")); }, 0, Error::AsLeft)
+        Call("GetPropW", 0, Error::AsLeft, [] { return R(GetPropW(F().own, L"sweep")); })
             .Ok(Answer)
             .Fuzz([](Fuzz& f) { GetPropW(F().own, f.Str()); }),
-        Row(
-            "SetPropW", [] { return R(SetPropW(F().target, L"sweep set", HANDLE(Answer))); }, FALSE,
-            Error::AsLeft)
+        Call("SetPropW", FALSE, Error::AsLeft,
+            [] { return R(SetPropW(F().target, L"sweep set", HANDLE(Answer))); })
             .Undo([](Result) { RemovePropA(F().target, "sweep set"); })
             .Fuzz([](Fuzz& f) {
                 LPCWSTR name = f.Str();
                 if (SetPropW(F().target, name, HANDLE(Answer)))
                     RemovePropA(F().target, Narrow(name).c_str());
             }),
-        Row(
-            "RemovePropW",
+        Call("RemovePropW", 0, Error::AsLeft,
             [] {
                 SetPropA(F().target, "sweep removed", HANDLE(Answer));
                 return R(RemovePropW(F().target, L"sweep removed"));
-            },
-            0, Error::AsLeft)
+            })
             .Ok(Answer)
             .Fuzz([](Fuzz& f) { RemovePropW(F().target, f.Str()); }),
 
         // ---- window procedures and messages
-        Row(
-            "CallWindowProcW",
-            [] { return R(CallWindowProcW(OwnProc, F().own, AnswerMessage, 0, 0)); }, 0)
+        Call("CallWindowProcW", 0,
+            [] { return R(CallWindowProcW(OwnProc, F().own, AnswerMessage, 0, 0)); })
             .Ok(Answer),
-        Row(
-            "DefWindowProcW", [] { return R(DefWindowProcW(F().own, WM_GETTEXTLENGTH, 0, 0)); }, 0),
-        Row(
-            "DefDlgProcW", [] { return R(DefDlgProcW(F().dialog, WM_GETTEXTLENGTH, 0, 0)); }, 0),
-        Row(
-            "DefFrameProcW",
-            [] { return R(DefFrameProcW(F().frame, F().client, WM_GETTEXTLENGTH, 0, 0)); }, 0),
-        Row(
-            "DefMDIChildProcW",
-            [] { return R(DefMDIChildProcW(F().child, WM_GETTEXTLENGTH, 0, 0)); }, 0),
-        Row(
-            "SendMessageW", [] { return R(SendMessageW(F().own, AnswerMessage, 0, 0)); }, 0)
+        Call(
+            "DefWindowProcW", 0, [] { return R(DefWindowProcW(F().own, WM_GETTEXTLENGTH, 0, 0)); }),
+        Call("DefDlgProcW", 0, [] { return R(DefDlgProcW(F().dialog, WM_GETTEXTLENGTH, 0, 0)); }),
+        Call("DefFrameProcW", 0,
+            [] { return R(DefFrameProcW(F().frame, F().client, WM_GETTEXTLENGTH, 0, 0)); }),
+        Call("DefMDIChildProcW", 0,
+            [] { return R(DefMDIChildProcW(F().child, WM_GETTEXTLENGTH, 0, 0)); }),
+        Call("SendMessageW", 0, [] { return R(SendMessageW(F().own, AnswerMessage, 0, 0)); })
             .Ok(Answer),
-        Row(
-            "SendMessageCallbackW",
-            [] { return R(SendMessageCallbackW(F().own, WM_NULL, 0, 0, NoCallback, 0)); }, FALSE),
-        Row(
-            "SendMessageTimeoutW",
+        Call("SendMessageCallbackW", FALSE,
+            [] { return R(SendMessageCallbackW(F().own, WM_NULL, 0, 0, NoCallback, 0)); }),
+        Call("SendMessageTimeoutW", 0,
             [] {
                 DWORD_PTR answer = 0;
                 return R(
                     SendMessageTimeoutW(F().own, AnswerMessage, 0, 0, SMTO_NORMAL, 1000, &answer));
-            },
-            0),
-        Row(
-            "SendNotifyMessageW", [] { return R(SendNotifyMessageW(F().own, WM_NULL, 0, 0)); },
-            FALSE),
-        Row(
-            "SendDlgItemMessageW",
-            [] { return R(SendDlgItemMessageW(F().dialog, 11, WM_GETTEXTLENGTH, 0, 0)); }, 0),
-        Row(
-            "PostMessageW", [] { return R(PostMessageW(F().own, WM_APP + 1, 0, 0)); }, FALSE)
+            }),
+        Call("SendNotifyMessageW", FALSE,
+            [] { return R(SendNotifyMessageW(F().own, WM_NULL, 0, 0)); }),
+        Call("SendDlgItemMessageW", 0,
+            [] { return R(SendDlgItemMessageW(F().dialog, 11, WM_GETTEXTLENGTH, 0, 0)); }),
+        Call("PostMessageW", FALSE, [] { return R(PostMessageW(F().own, WM_APP + 1, 0, 0)); })
             .Undo([](Result) { Drain(F().own, WM_APP + 1, WM_APP + 1); }),
-        Row(
-            "PostThreadMessageW",
-            [] { return R(PostThreadMessageW(GetCurrentThreadId(), WM_APP + 2, 0, 0)); }, FALSE)
+        Call("PostThreadMessageW", FALSE,
+            [] { return R(PostThreadMessageW(GetCurrentThreadId(), WM_APP + 2, 0, 0)); })
             .Undo([](Result) { Drain(nullptr, WM_APP + 2, WM_APP + 2); }),
         // A message waits first, so that the call does not block.
-        Row(
-            "GetMessageW",
+        Call("GetMessageW", -1,
             [] {
                 Drain(F().own, WM_APP + 3, WM_APP + 3);
                 PostMessageA(F().own, WM_APP + 3, 0, 0);
                 MSG msg;
                 return R(GetMessageW(&msg, F().own, WM_APP + 3, WM_APP + 3));
-            },
-            -1),
-        Row(
-            "PeekMessageW",
+            }),
+        Call("PeekMessageW", FALSE,
             [] {
                 Drain(F().own, WM_APP + 4, WM_APP + 4);
                 PostMessageA(F().own, WM_APP + 4, 0, 0);
                 MSG msg;
                 return R(PeekMessageW(&msg, F().own, WM_APP + 4, WM_APP + 4, PM_REMOVE));
-            },
-            FALSE),
-        Row(
-            "DispatchMessageW",
+            }),
+        Call("DispatchMessageW", 0,
             [] {
-                MSG msg = Message(F().own, AnswerMessage);
+                MSG msg = { F().own, AnswerMessage };
                 return R(DispatchMessageW(&msg));
-            },
-            0)
+            })
             .Ok(Answer),
-        Row(
-            "IsDialogMessageW",
+        Call("IsDialogMessageW", FALSE,
             [] {
-                MSG msg = Message(F().dialog, WM_NULL);
+                MSG msg = { F().dialog, WM_NULL };
                 return R(IsDialogMessageW(F().dialog, &msg));
-            },
-            FALSE),
-        Row(
-            "TranslateAcceleratorW",
+            }),
+        Call("TranslateAcceleratorW", 0,
             [] {
-                MSG msg = Message(F().own, WM_KEYDOWN, VK_F5, 0x003F0001);
+                MSG msg = { F().own, WM_KEYDOWN, VK_F5, 0x003F0001 };
                 return R(TranslateAcceleratorW(F().own, F().accel, &msg));
-            },
-            0),
-        Row(
-            "CallMsgFilterW",
+            }),
+        Call("CallMsgFilterW", FALSE,
             [] {
-                MSG msg = Message(F().own, WM_NULL);
+                MSG msg = { F().own, WM_NULL };
                 return R(CallMsgFilterW(&msg, FilterCode));
-            },
-            FALSE),
-        Row(
-            "SetWindowsHookExW",
+            }),
+        Call("SetWindowsHookExW", 0,
             [] {
                 return R(
                     SetWindowsHookExW(WH_MSGFILTER, FilterProc, nullptr, GetCurrentThreadId()));
-            },
-            0)
+            })
             .Undo([](Result hook) { UnhookWindowsHookEx(HHOOK(hook)); }),
 
         // ---- characters and text
@@ -1090,78 +1068,59 @@ std::vector<Row> WindowRows()
         StringHandler("AtHANDLE_WM_SETTEXTW", AtHANDLE_WM_SETTEXTW),
         StringHandler("AtHANDLE_WM_WININICHANGEW", AtHANDLE_WM_WININICHANGEW),
         StringHandler("AtHANDLE_WM_DEVMODECHANGEW", AtHANDLE_WM_DEVMODECHANGEW),
-        Row(
-            "AtFORWARD_WM_GETTEXTW",
+        Call("AtFORWARD_WM_GETTEXTW", 0, Error::AsLeft,
             [] {
-                seen().text = F().ownTitle;
-                seen().reply = 0;
-                WCHAR text[64];
-                return R(AtFORWARD_WM_GETTEXTW(F().target, 64, text, ForwardProc));
-            },
-            0, Error::AsLeft)
+                Script(F().ownTitle, 0);
+                return R(AtFORWARD_WM_GETTEXTW(F().target, 64, Scratch(), ForwardProc));
+            })
             .Ok([](Result r) { return r == Result(F().ownTitle.size()); })
             .WorksWhenMissing()
             .Fuzz(Guarded([](Fuzz& f) {
-                seen().text = f.Str();
-                seen().reply = f.Pick(4);
+                Script(f);
                 int count = f.Count(int(seen().text.size()));
                 WCHAR* buf = f.Out<WCHAR>(count);
                 CheckAnswer(AtFORWARD_WM_GETTEXTW(F().target, count, buf, ForwardProc), count, buf);
             })),
-        Row("AtHANDLE_WM_GETTEXTW", Counted([] {
-            seen().text = F().ownTitle;
-            seen().reply = 0;
-            WCHAR text[64]; // as many bytes as the ANSI path needs
-            return R(AtHANDLE_WM_GETTEXTW(F().target, 64, LPARAM(text), OnGetText));
-        }),
-            0, Error::AsLeft)
+        // The buffer has as many bytes as the ANSI path needs.
+        Call("AtHANDLE_WM_GETTEXTW", 0, Error::AsLeft, Counted([] {
+            Script(F().ownTitle, 0);
+            return R(AtHANDLE_WM_GETTEXTW(F().target, 64, LPARAM(Scratch()), OnGetText));
+        }))
             .WorksWhenMissing()
             .Fuzz(Guarded([](Fuzz& f) {
-                seen().text = f.Str();
-                seen().reply = f.Pick(4);
+                Script(f);
                 int count = f.Count(int(seen().text.size()) * (harness::AnsiPath() ? 2 : 1));
-                if (harness::AnsiPath()) {
-                    char* buf = f.Out<char>(count);
+                auto get = [&](auto* buf) {
                     CheckAnswer(AtHANDLE_WM_GETTEXTW(F().target, count, LPARAM(buf), OnGetText),
                         count, buf);
-                } else {
-                    WCHAR* buf = f.Out<WCHAR>(count);
-                    CheckAnswer(AtHANDLE_WM_GETTEXTW(F().target, count, LPARAM(buf), OnGetText),
-                        count, buf);
-                }
+                };
+                harness::AnsiPath() ? get(f.Out<char>(count)) : get(f.Out<WCHAR>(count));
             })),
         Row::Void(
             "AtFORWARD_WM_ASKCBFORMATNAMEW",
             [] {
                 seen().calls = 0;
-                seen().text = L"sweep format";
-                seen().reply = 0;
-                WCHAR name[64];
-                AtFORWARD_WM_ASKCBFORMATNAMEW(F().target, 64, name, ForwardProc);
+                Script(L"sweep format", 0);
+                AtFORWARD_WM_ASKCBFORMATNAMEW(F().target, 64, Scratch(), ForwardProc);
             },
             Error::AsLeft)
             .Ok(Called)
             .WorksWhenMissing()
             .Fuzz(Guarded([](Fuzz& f) {
-                seen().text = f.Str();
-                seen().reply = f.Pick(4);
+                Script(f);
                 int count = f.Count(int(seen().text.size()));
                 AtFORWARD_WM_ASKCBFORMATNAMEW(F().target, count, f.Out<WCHAR>(count), ForwardProc);
             })),
         // The message's buffer holds what it held when it arrived: on the ANSI path
         // it may be unterminated within its stated size.
-        Row("AtHANDLE_WM_ASKCBFORMATNAMEW", Counted([] {
-            seen().text = L"sweep format";
-            seen().reply = 0;
-            WCHAR name[64] = L"";
-            return R(AtHANDLE_WM_ASKCBFORMATNAMEW(F().target, 64, LPARAM(name), OnAskName));
-        }),
-            0, Error::AsLeft)
+        Call("AtHANDLE_WM_ASKCBFORMATNAMEW", 0, Error::AsLeft, Counted([] {
+            Script(L"sweep format", 0);
+            return R(AtHANDLE_WM_ASKCBFORMATNAMEW(F().target, 64, LPARAM(Scratch()), OnAskName));
+        }))
             .Ok(CalledAndZero)
             .WorksWhenMissing()
             .Fuzz(Guarded([](Fuzz& f) {
-                seen().text = f.Str();
-                seen().reply = f.Pick(4);
+                Script(f);
                 int count = f.Count(8);
                 LPARAM buf;
                 if (harness::AnsiPath()) {
@@ -1176,131 +1135,48 @@ std::vector<Row> WindowRows()
             })),
 
         // ---- creation records
-        Row("AtFORWARD_WM_CREATEW", Counted([] {
-            CREATESTRUCTW cs = {};
-            cs.lpszName = L"sweep";
-            cs.lpszClass = F().className.c_str();
-            return R(AtFORWARD_WM_CREATEW(F().target, &cs, CreateProc));
-        }),
-            0, Error::AsLeft)
-            .WorksWhenMissing()
-            .Fuzz([](Fuzz& f) {
-                auto* cs = f.Pick(8) ? CreateRecord<CREATESTRUCTW>(f, WideStr) : nullptr;
-                AtFORWARD_WM_CREATEW(F().target, cs, CreateProc);
-            }),
-        Row("AtFORWARD_WM_NCCREATEW", Counted([] {
-            CREATESTRUCTW cs = {};
-            cs.lpszName = L"sweep";
-            cs.lpszClass = AtomW(0xC123);
-            return R(AtFORWARD_WM_NCCREATEW(F().target, &cs, CreateProc));
-        }),
-            0, Error::AsLeft)
-            .WorksWhenMissing()
-            .Fuzz([](Fuzz& f) {
-                auto* cs = f.Pick(8) ? CreateRecord<CREATESTRUCTW>(f, WideStr) : nullptr;
-                AtFORWARD_WM_NCCREATEW(F().target, cs, CreateProc);
-            }),
-        Row("AtFORWARD_WM_MDICREATEW", Counted([] {
-            MDICREATESTRUCTW mcs = {};
-            mcs.szClass = F().childClassName.c_str();
-            mcs.szTitle = L"sweep";
-            return R(AtFORWARD_WM_MDICREATEW(F().target, &mcs, CreateProc));
-        }),
-            0, Error::AsLeft)
-            .WorksWhenMissing()
-            .Fuzz([](Fuzz& f) {
-                auto* mcs = f.Pick(8) ? MDICreateRecord<MDICREATESTRUCTW>(f, WideStr) : nullptr;
-                AtFORWARD_WM_MDICREATEW(F().target, mcs, CreateProc);
-            }),
-        Row("AtHANDLE_WM_CREATEW", Counted([] {
-            CREATESTRUCTA a = {};
-            a.lpszName = "sweep";
-            a.lpszClass = F().classA.c_str();
-            CREATESTRUCTW w = {};
-            w.lpszName = L"sweep";
-            w.lpszClass = F().className.c_str();
-            LPARAM record = harness::AnsiPath() ? LPARAM(&a) : LPARAM(&w);
-            return R(AtHANDLE_WM_CREATEW(F().target, 0, record, OnCreate));
-        }),
-            -1, Error::AsLeft)
-            .Ok(0)
-            .WorksWhenMissing()
-            .Fuzz([](Fuzz& f) {
-                LPARAM record = !f.Pick(8) ? 0
-                    : harness::AnsiPath()  ? LPARAM(CreateRecord<CREATESTRUCTA>(f, AnsiStrOf))
-                                           : LPARAM(CreateRecord<CREATESTRUCTW>(f, WideStr));
-                AtHANDLE_WM_CREATEW(F().target, 0, record, OnCreate);
-            }),
-        Row("AtHANDLE_WM_NCCREATEW", Counted([] {
-            CREATESTRUCTA a = {};
-            a.lpszName = "sweep";
-            a.lpszClass = Atom(0xC123);
-            CREATESTRUCTW w = {};
-            w.lpszName = L"sweep";
-            w.lpszClass = AtomW(0xC123);
-            LPARAM record = harness::AnsiPath() ? LPARAM(&a) : LPARAM(&w);
-            return R(AtHANDLE_WM_NCCREATEW(F().target, 0, record, OnCreate));
-        }),
-            0, Error::AsLeft)
-            .Ok(1)
-            .WorksWhenMissing()
-            .Fuzz([](Fuzz& f) {
-                LPARAM record = !f.Pick(8) ? 0
-                    : harness::AnsiPath()  ? LPARAM(CreateRecord<CREATESTRUCTA>(f, AnsiStrOf))
-                                           : LPARAM(CreateRecord<CREATESTRUCTW>(f, WideStr));
-                AtHANDLE_WM_NCCREATEW(F().target, 0, record, OnCreate);
-            }),
-        Row("AtHANDLE_WM_MDICREATEW", Counted([] {
-            MDICREATESTRUCTA a = {};
-            a.szClass = F().childClassA.c_str();
-            a.szTitle = "sweep";
-            MDICREATESTRUCTW w = {};
-            w.szClass = F().childClassName.c_str();
-            w.szTitle = L"sweep";
-            LPARAM record = harness::AnsiPath() ? LPARAM(&a) : LPARAM(&w);
-            return R(AtHANDLE_WM_MDICREATEW(F().target, 0, record, OnMDICreate));
-        }),
-            0, Error::AsLeft)
-            .Ok([](Result r) { return HWND(r) == F().target; })
-            .WorksWhenMissing()
-            .Fuzz([](Fuzz& f) {
-                LPARAM record = !f.Pick(8) ? 0
-                    : harness::AnsiPath()  ? LPARAM(MDICreateRecord<MDICREATESTRUCTA>(f, AnsiStrOf))
-                                           : LPARAM(MDICreateRecord<MDICREATESTRUCTW>(f, WideStr));
-                AtHANDLE_WM_MDICREATEW(F().target, 0, record, OnMDICreate);
-            }),
+        CreateForwarder(
+            "AtFORWARD_WM_CREATEW", AtFORWARD_WM_CREATEW, [] { return F().className.c_str(); }),
+        CreateForwarder(
+            "AtFORWARD_WM_NCCREATEW", AtFORWARD_WM_NCCREATEW, [] { return AtomW(0xC123); }),
+        CreateForwarder("AtFORWARD_WM_MDICREATEW", AtFORWARD_WM_MDICREATEW,
+            [] { return F().childClassName.c_str(); }),
+        CreateHandler<CREATESTRUCTA, CREATESTRUCTW>(
+            "AtHANDLE_WM_CREATEW", AtHANDLE_WM_CREATEW, AtCreateHandlerW(OnCreate), -1,
+            [] { return F().classA.c_str(); }, [] { return F().className.c_str(); })
+            .Ok(0),
+        CreateHandler<CREATESTRUCTA, CREATESTRUCTW>(
+            "AtHANDLE_WM_NCCREATEW", AtHANDLE_WM_NCCREATEW, AtCreateHandlerW(OnCreate), 0,
+            [] { return Atom(0xC123); }, [] { return AtomW(0xC123); })
+            .Ok(1),
+        CreateHandler<MDICREATESTRUCTA, MDICREATESTRUCTW>(
+            "AtHANDLE_WM_MDICREATEW", AtHANDLE_WM_MDICREATEW, AtMDICreateHandlerW(OnMDICreate), 0,
+            [] { return F().childClassA.c_str(); }, [] { return F().childClassName.c_str(); })
+            .Ok([](Result r) { return HWND(r) == F().target; }),
 
         // ---- notifications
-        Row("AtFORWARD_WM_NOTIFYW", Counted([] {
-            seen().text = L"sweep item";
-            seen().reply = 1;
-            WCHAR text[64] = L"";
-            NMLVDISPINFOW r = DispInfo<NMLVDISPINFOW>(text, 64, LVN_GETDISPINFOW);
+        Call("AtFORWARD_WM_NOTIFYW", 0, Error::AsLeft, Counted([] {
+            Script(L"sweep item", 1);
+            NMLVDISPINFOW r = DispInfo<NMLVDISPINFOW>(Scratch(), 64, LVN_GETDISPINFOW);
             return R(AtFORWARD_WM_NOTIFYW(F().target, 7, &r.hdr, NotifyProc));
-        }),
-            0, Error::AsLeft)
+        }))
             .WorksWhenMissing()
             .Fuzz(Guarded([](Fuzz& f) {
-                seen().text = f.Str();
-                seen().reply = f.Pick(4);
+                Script(f);
                 const Notice& notice = notices[f.Pick(std::size(notices))];
                 AtFORWARD_WM_NOTIFYW(F().target, 7, Notification<true>(f, notice), NotifyProc);
             })),
-        Row("AtHANDLE_WM_NOTIFYW", Counted([] {
-            seen().text = L"sweep item";
-            seen().reply = 1;
+        Call("AtHANDLE_WM_NOTIFYW", 0, Error::AsLeft, Counted([] {
+            Script(L"sweep item", 1);
             char a[64] = "";
-            WCHAR w[64] = L"";
             NMLVDISPINFOA ra = DispInfo<NMLVDISPINFOA>(a, 64, LVN_GETDISPINFOA);
-            NMLVDISPINFOW rw = DispInfo<NMLVDISPINFOW>(w, 64, LVN_GETDISPINFOW);
+            NMLVDISPINFOW rw = DispInfo<NMLVDISPINFOW>(Scratch(), 64, LVN_GETDISPINFOW);
             LPARAM record = harness::AnsiPath() ? LPARAM(&ra) : LPARAM(&rw);
             return R(AtHANDLE_WM_NOTIFYW(F().target, 7, record, OnNotify));
-        }),
-            0, Error::AsLeft)
+        }))
             .WorksWhenMissing()
             .Fuzz(Guarded([](Fuzz& f) {
-                seen().text = f.Str();
-                seen().reply = f.Pick(4);
+                Script(f);
                 const Notice& notice = notices[f.Pick(std::size(notices))];
                 NMHDR* h = harness::AnsiPath() ? Notification<false>(f, notice)
                                                : Notification<true>(f, notice);
