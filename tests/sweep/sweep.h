@@ -141,7 +141,8 @@ HWND Window();        // a hidden top-level window of an ANSI class
 HINSTANCE Instance();  // the test program
 HKEY Key();           // HKCU\Software\torwen-sweep, with a string value "value" = "sweep"
 
-// Zeroed room for what a valid call writes (the rows make one call at a time).
+// Zeroed room for what a call writes and no check reads: one block for each type (the
+// rows make one call at a time), so two arguments of one type take different offsets.
 template <typename T = WCHAR>
 T* Room()
 {
