@@ -850,8 +850,10 @@ std::vector<Row> Beyond()
                 wc.lpszMenuName = f.Str(Fuzz::NullOk);
                 wc.lpszClassName = f.Str();
                 // Wine corrupts its heap on a class name longer than an atom's 255
-                // characters, which Windows refuses.
-                if (!harness::AnsiPath() && f.Len(wc.lpszClassName) > 255)
+                // characters, and a refused empty name makes a later UnregisterClass
+                // free a block twice; Windows refuses both names.
+                const int length = f.Len(wc.lpszClassName);
+                if (length == 0 || (!harness::AnsiPath() && length > 255))
                     return;
                 if (ATOM atom = RegisterClassW(&wc))
                     UnregisterClassA(LPCSTR(UINT_PTR(atom)), Instance());
