@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 namespace sweep {
 
@@ -271,11 +272,45 @@ std::string& Current()
     return current;
 }
 
+// "torwen.dll+0x1550": where a code address lies, so that a fault inside a system
+// DLL still names the caller that handed it the bad pointer.
+std::string Where(DWORD address)
+{
+    HMODULE module = nullptr;
+    char name[MAX_PATH] = "?";
+    if (GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS
+                               | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                           reinterpret_cast<LPCSTR>(address), &module)) {
+        GetModuleFileNameA(module, name, MAX_PATH);
+        address -= reinterpret_cast<DWORD>(module);
+    }
+    const char* base = strrchr(name, '\\');
+    char text[MAX_PATH + 16];
+    snprintf(text, sizeof text, "%s+0x%lx", base ? base + 1 : name, address);
+    return text;
+}
+
+bool Readable(const DWORD* frame)
+{
+    MEMORY_BASIC_INFORMATION m;
+    return frame && VirtualQuery(frame, &m, sizeof m) && m.State == MEM_COMMIT
+           && (m.Protect & (PAGE_READWRITE | PAGE_READONLY | PAGE_EXECUTE_READWRITE));
+}
+
 LONG WINAPI ReportFault(EXCEPTION_POINTERS* info)
 {
-    fprintf(stderr, "\nsweep: exception %08lx at %p during %s\n",
-            info->ExceptionRecord->ExceptionCode, info->ExceptionRecord->ExceptionAddress,
-            Current().c_str());
+    const EXCEPTION_RECORD& record = *info->ExceptionRecord;
+    fprintf(stderr, "\nsweep: exception %08lx at %s during %s\n", record.ExceptionCode,
+            Where(reinterpret_cast<DWORD>(record.ExceptionAddress)).c_str(), Current().c_str());
+    if (record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION && record.NumberParameters >= 2)
+        fprintf(stderr, "sweep: %s %08lx\n", record.ExceptionInformation[0] ? "writing" : "reading",
+                record.ExceptionInformation[1]);
+    // The callers, along the frame pointers that the system DLLs and torwen keep.
+    const auto* frame = reinterpret_cast<const DWORD*>(info->ContextRecord->Ebp);
+    for (int depth = 0; depth < 8 && Readable(frame) && Readable(frame + 1); ++depth) {
+        fprintf(stderr, "sweep:   called from %s\n", Where(frame[1]).c_str());
+        frame = reinterpret_cast<const DWORD*>(frame[0]);
+    }
     fflush(stderr);
     return EXCEPTION_EXECUTE_HANDLER;
 }
