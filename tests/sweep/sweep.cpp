@@ -155,17 +155,20 @@ HINSTANCE Instance()
     return GetModuleHandleA(nullptr);
 }
 
+HWND TopWindow(const char* className, WNDPROC proc, DWORD style, const char* title)
+{
+    WNDCLASSA wc = {};
+    wc.lpfnWndProc = proc;
+    wc.hInstance = Instance();
+    wc.lpszClassName = className;
+    RegisterClassA(&wc);
+    return CreateWindowExA(0, className, title, style, 0, 0, 300, 200, nullptr, nullptr, Instance(),
+                           nullptr);
+}
+
 HWND Window()
 {
-    static HWND window = [] {
-        WNDCLASSA wc = {};
-        wc.lpfnWndProc = DefWindowProcA;
-        wc.hInstance = Instance();
-        wc.lpszClassName = "torwen-sweep";
-        RegisterClassA(&wc);
-        return CreateWindowExA(0, "torwen-sweep", "sweep", WS_OVERLAPPEDWINDOW, 0, 0, 300, 200,
-                               nullptr, nullptr, Instance(), nullptr);
-    }();
+    static HWND window = TopWindow("torwen-sweep", DefWindowProcA, WS_OVERLAPPEDWINDOW, "sweep");
     return window;
 }
 

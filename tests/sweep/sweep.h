@@ -138,6 +138,8 @@ const std::wstring& Folder();                          // an empty folder of the
 std::wstring PathIn(const std::wstring& name);         // Folder() + "\" + name
 std::wstring MakeFile(const std::wstring& name, const std::string& content = "sweep");
 HWND Window();        // a hidden top-level window of an ANSI class
+// A hidden top-level window of a class registered here with the A functions.
+HWND TopWindow(const char* className, WNDPROC proc, DWORD style, const char* title = "");
 HINSTANCE Instance();  // the test program
 HKEY Key();           // HKCU\Software\torwen-sweep, with a string value "value" = "sweep"
 

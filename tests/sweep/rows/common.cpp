@@ -998,15 +998,7 @@ LRESULT CALLBACK StandInProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
 
 HWND StandIn()
 {
-    static HWND h = [] {
-        WNDCLASSA wc = {};
-        wc.lpfnWndProc = StandInProc;
-        wc.hInstance = Instance();
-        wc.lpszClassName = "torwen-sweep-open-dialog";
-        RegisterClassA(&wc);
-        return CreateWindowExA(0, wc.lpszClassName, "", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr,
-                               Instance(), nullptr);
-    }();
+    static HWND h = TopWindow("torwen-sweep-open-dialog", StandInProc, WS_POPUP);
     return h;
 }
 

@@ -281,6 +281,19 @@ void FuzzTextOut(Fuzz& f, const char* ansiName, UINT(WINAPI* wide)(HKL, LPWSTR, 
     }
 }
 
+// A dictionary function: a reading and a word, each null or fuzzed.
+template <BOOL(WINAPI* Word)(HKL, LPCWSTR, DWORD, LPCWSTR)>
+Row WordRow(const char* name)
+{
+    return Row(name, FALSE, Error::AsLeft)
+        .Call([] { return R(Word(Layout(), L"sweep", IME_REGWORD_STYLE_EUDC, L"sweep")); })
+        .AnyResult()  // no dictionary without an input method
+        .Fuzz([](Fuzz& f) {
+            LPCWSTR reading = f.Str(Fuzz::NullOk);
+            Word(Layout(), reading, IME_REGWORD_STYLE_EUDC, f.Str(Fuzz::NullOk));
+        });
+}
+
 // Whether a text the caller reads back ends within its n characters.
 bool Terminated(LPCWSTR text, UINT n)
 {
@@ -871,24 +884,8 @@ std::vector<Row> ServiceRows()
             .Call([] { return R(ImmGetIMEFileNameW(Layout(), Room(), MAX_PATH)); })
             .AnyResult()  // no file without an input method
             .Fuzz([](Fuzz& f) { FuzzTextOut(f, "ImmGetIMEFileNameA", ImmGetIMEFileNameW); }),
-        Row("ImmRegisterWordW", FALSE, Error::AsLeft)
-            .Call([] {
-                return R(ImmRegisterWordW(Layout(), L"sweep", IME_REGWORD_STYLE_EUDC, L"sweep"));
-            })
-            .AnyResult()  // no dictionary without an input method
-            .Fuzz([](Fuzz& f) {
-                ImmRegisterWordW(Layout(), f.Str(Fuzz::NullOk), IME_REGWORD_STYLE_EUDC,
-                                 f.Str(Fuzz::NullOk));
-            }),
-        Row("ImmUnregisterWordW", FALSE, Error::AsLeft)
-            .Call([] {
-                return R(ImmUnregisterWordW(Layout(), L"sweep", IME_REGWORD_STYLE_EUDC, L"sweep"));
-            })
-            .AnyResult()  // no dictionary without an input method
-            .Fuzz([](Fuzz& f) {
-                ImmUnregisterWordW(Layout(), f.Str(Fuzz::NullOk), IME_REGWORD_STYLE_EUDC,
-                                   f.Str(Fuzz::NullOk));
-            }),
+        WordRow<ImmRegisterWordW>("ImmRegisterWordW"),
+        WordRow<ImmUnregisterWordW>("ImmUnregisterWordW"),
         Row("ImmGetRegisterWordStyleW", 0, Error::AsLeft)
             .Call([] {
                 STYLEBUFW styles[4];
