@@ -122,16 +122,21 @@ ENUMLOGFONTEXW* AtEnumLogFontExAToW(const ENUMLOGFONTEXA* src, ENUMLOGFONTEXW* d
     return dst;
 }
 
+void AtWholeDevModeW(DEVMODEW* whole, const DEVMODEW* src)
+{
+    size_t n = src->dmSize < offsetof(DEVMODEW, dmFields) ? offsetof(DEVMODEW, dmFields) : src->dmSize;
+    memset(whole, 0, sizeof *whole);
+    memcpy(whole, src, n < AtDevModeWSize ? n : AtDevModeWSize);
+}
+
 DEVMODEA* AtDevModeWToA(DEVMODEA* dst, const DEVMODEW* src)
 {
     // An older, shorter record ends at its dmSize, with its private bytes right
-    // after it: nothing past that is the caller's to read. Its missing fields read
-    // as zero, as the system's W functions take them.
+    // after it: nothing past that is the caller's to read.
     DEVMODEW whole;
     const BYTE* extra = reinterpret_cast<const BYTE*>(src) + AtDevModeWSize;
     if (src->dmSize < AtDevModeWSize) {
-        memset(&whole, 0, sizeof whole);
-        memcpy(&whole, src, src->dmSize > offsetof(DEVMODEW, dmFields) ? src->dmSize : offsetof(DEVMODEW, dmFields));
+        AtWholeDevModeW(&whole, src);
         extra = reinterpret_cast<const BYTE*>(src) + src->dmSize;
         src = &whole;
     }

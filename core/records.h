@@ -21,4 +21,8 @@ NEWTEXTMETRICW* AtNewTextMetricAToW(const NEWTEXTMETRICA* src, NEWTEXTMETRICW* d
 NEWTEXTMETRICEXW* AtNewTextMetricExAToW(const NEWTEXTMETRICEXA* src, NEWTEXTMETRICEXW* dst);
 ENUMLOGFONTEXW* AtEnumLogFontExAToW(const ENUMLOGFONTEXA* src, ENUMLOGFONTEXW* dst);
 DEVMODEA* AtDevModeWToA(DEVMODEA* dst, const DEVMODEW* src);
+// Copies a caller's DEVMODEW into a whole record: an older, shorter one only as far
+// as its dmSize (its header, which states that size, always), its missing fields as
+// zero, as the system's W functions take them.
+void AtWholeDevModeW(DEVMODEW* whole, const DEVMODEW* src);
 DEVMODEW* AtDevModeAToW(const DEVMODEA* src, DEVMODEW* dst);

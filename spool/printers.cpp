@@ -239,9 +239,7 @@ BOOL WINAPI OpenPrinterW(LPWSTR name, LPHANDLE handle, LPPRINTER_DEFAULTSW defau
             AtWideToAnsiTemp(datatypeA, defaults->pDatatype);
             defaultsA.pDatatype = datatypeA;
             if (defaults->pDevMode) {
-                // A shorter record is read only to its dmSize; what it lacks reads as zero.
-                memset(&withoutExtra, 0, sizeof withoutExtra);
-                memcpy(&withoutExtra, defaults->pDevMode, std::min<DWORD>(defaults->pDevMode->dmSize, AtDevModeWSize));
+                AtWholeDevModeW(&withoutExtra, defaults->pDevMode);
                 withoutExtra.dmDriverExtra = 0;
                 defaultsA.pDevMode = AtDevModeWToA(&holding, &withoutExtra);
             }
