@@ -23,9 +23,9 @@ DWORD WINAPI WNetGetConnectionW(LPCWSTR local, LPWSTR remote, LPDWORD length)
                 // The ANSI buffer holds n characters of up to AtMaxCharSize bytes, so a
                 // name can fit it and still have more characters than the caller's
                 // n: that is reported as the W function reports it, never as success
-                // with a truncated name that has no terminator.
+                // with a truncated name that has no terminator (the converter leaves
+                // the caller's buffer empty then).
                 if (!AtBoundedAnsiToWideOut(remoteA, remote, n) && remote) {
-                    remote[0] = L'\0';
                     *length = DWORD(AtBoundedAnsiToWideOut(remoteA, nullptr, 0));
                     err.value = r = ERROR_MORE_DATA;
                 }
