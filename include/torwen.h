@@ -619,7 +619,9 @@ TORWEN_API void WINAPI AtPropSheet_SetFinishTextW(HWND hDlg, LPCWSTR lpszText);
  *   SHFileOperationW     a list that lacks its final empty name and ends where
  *                        readable memory ends is taken to end there (memory safety).
  *                        Mapping handles hold the A function's ANSI names.
- *   Shell_NotifyIconW    a text that does not fit its ANSI field is sent empty.
+ *   Shell_NotifyIconW    a text whose bytes do not fit its ANSI field is cut after
+ *                        its last whole character that does; a wide field is read
+ *                        no further than its size.
  */
 
 /*

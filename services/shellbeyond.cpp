@@ -54,12 +54,26 @@ void AnsiList(AtStringSlot& slot, LPCWSTR list)
     a[bytes] = a[bytes + 1] = '\0';
 }
 
-// Text into a fixed ANSI field of `bytes`; a text that does not fit leaves the
-// field empty rather than cut inside a character.
-void FieldToAnsi(LPSTR field, int bytes, LPCWSTR text)
+// The text of a wide field of `chars` (read no further: the caller's text may fill
+// it without a terminator) into an ANSI field of `bytes`. A text whose bytes do not
+// fit is cut after its last whole character that does, as the shell cuts a wide
+// text at its field's end.
+void FieldToAnsi(LPSTR field, int bytes, LPCWSTR text, int chars)
 {
-    if (!WideCharToMultiByte(CP_ACP, 0, text, -1, field, bytes, nullptr, nullptr))
-        field[0] = '\0';
+    char whole[2 * 256];  // the widest field's characters take two bytes at most
+    int length = 0;
+    while (length < chars && text[length])
+        ++length;
+    const int n = length ? WideCharToMultiByte(CP_ACP, 0, text, length, whole, sizeof whole, nullptr, nullptr) : 0;
+    int kept = 0;
+    while (kept < n) {
+        const int step = IsDBCSLeadByte(static_cast<BYTE>(whole[kept])) && kept + 1 < n ? 2 : 1;
+        if (kept + step >= bytes)
+            break;
+        kept += step;
+    }
+    memcpy(field, whole, kept);
+    field[kept] = '\0';
 }
 
 void FieldToWide(LPWSTR field, int chars, LPCSTR text)
@@ -150,13 +164,13 @@ BOOL WINAPI Shell_NotifyIconW(DWORD message, PNOTIFYICONDATAW data)
         a.uFlags = data->uFlags;
         a.uCallbackMessage = data->uCallbackMessage;
         a.hIcon = data->hIcon;
-        FieldToAnsi(a.szTip, later ? 128 : 64, data->szTip);
+        FieldToAnsi(a.szTip, later ? 128 : 64, data->szTip, later ? 128 : 64);
         if (later) {
             a.dwState = data->dwState;
             a.dwStateMask = data->dwStateMask;
-            FieldToAnsi(a.szInfo, 256, data->szInfo);
+            FieldToAnsi(a.szInfo, 256, data->szInfo, 256);
             a.uTimeout = data->uTimeout;
-            FieldToAnsi(a.szInfoTitle, 64, data->szInfoTitle);
+            FieldToAnsi(a.szInfoTitle, 64, data->szInfoTitle, 64);
             a.dwInfoFlags = data->dwInfoFlags;
         }
         return err.keep(Sys::Shell_NotifyIconA(message, &a));
