@@ -87,6 +87,21 @@ int CharBytes(const char* text)
     return IsDBCSLeadByte(static_cast<BYTE>(*text)) ? 2 : 1;
 }
 
+// The characters of a string up to its NUL, or up to where readable memory ends: the
+// measurement covers the whole NUL-terminated string, whatever the count, but a
+// counted string need not be terminated, and reading on past it must not fault.
+// Each page is probed as the walk enters it.
+DWORD ReadableLength(LPCWSTR s)
+{
+    const UINT_PTR page = 4096;
+    for (DWORD n = 0;; ++n) {
+        const UINT_PTR at = reinterpret_cast<UINT_PTR>(s + n);
+        const bool entersPage = n == 0 || (at + 1) / page != (at - 1) / page;
+        if ((entersPage && IsBadReadPtr(s + n, sizeof *s)) || !s[n])
+            return n;
+    }
+}
+
 } // namespace
 
 int WINAPI AddFontResourceW(LPCWSTR file)
@@ -250,16 +265,16 @@ int WINAPI GetObjectW(HANDLE object, int size, LPVOID buf)
     });
 }
 
-// The whole string is measured, up to its NUL, so `size` is the extent of all of
-// it; the fit and the partial extents count characters: a double-byte character
-// counts one and ends where its second byte does.
+// The whole string is measured, up to its NUL (or the end of readable memory), so
+// `size` is the extent of all of it; the fit and the partial extents count
+// characters: a double-byte character counts one and ends where its second byte does.
 BOOL WINAPI GetTextExtentExPointW(
     HDC hdc, LPCWSTR text, int count, int maxExtent, LPINT fit, LPINT extents, LPSIZE size)
 {
     return AtExport(Sys::GetTextExtentExPointW, hdc, text, count, maxExtent, fit, extents, size)
         .orAnsi(FALSE, [=](AtSavedError& err) {
             AtStringSlot textA, extentsA;
-            AtWideToAnsiTemp(textA, text);
+            AtWideToAnsiTempN(textA, text, ReadableLength(text));
             const char* bytes = textA;
             const int length = bytes ? int(strlen(bytes)) : 0;
             extentsA.value = AtAlloc(length * sizeof(int));

@@ -402,8 +402,10 @@ TORWEN_API int WINAPI AtComboBox_GetLBTextLenW(HWND hwnd, int index);
  * answers 0, ending the enumeration, when it cannot copy the name.
  *
  * On Windows 95, 98 and Me:
- * - GetTextExtentExPointW measures its string up to the NUL, whatever the count:
- *   the string must be NUL-terminated. A null fit or extents pointer is not written.
+ * - GetTextExtentExPointW measures its string up to the NUL, whatever the count. A
+ *   counted string with no NUL is measured up to where readable memory ends, where
+ *   the walk stops instead of faulting (memory safety); the extents and the fit stay
+ *   within the count. A null fit or extents pointer is not written.
  * - PolyTextOutW hands each string on one byte short. It does not catch a failed
  *   allocation: the call ends with ERROR_OUTOFMEMORY set and torwen's exception
  *   unhandled, which ends the process. It reads no character beyond each string's n,

@@ -5,6 +5,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "harness/harness.h"
@@ -198,6 +199,27 @@ TEST_F(FontsTest, ExtentsCountCharacters)
     EXPECT_TRUE(GetTextExtentExPointW(dc, L"abc", 3, 1000, nullptr, nullptr, &size));
     EXPECT_TRUE(GetTextExtentExPointW(dc, L"abc", 3, 1000, &fit, nullptr, &size));
     EXPECT_EQ(fit, 3);
+}
+
+// A counted string with no NUL, ending where readable memory does: the ANSI path
+// measures up to there (all of it, as it measures a terminated string) and does
+// not fault; the extents stay within the count.
+TEST_F(FontsTest, AnUnterminatedStringIsReadNoFurtherThanReadableMemory)
+{
+    SYSTEM_INFO info;
+    GetSystemInfo(&info);
+    const DWORD page = info.dwPageSize;
+    auto* block = static_cast<BYTE*>(VirtualAlloc(nullptr, 2 * page, MEM_COMMIT, PAGE_READWRITE));
+    DWORD old;
+    VirtualProtect(block + page, page, PAGE_NOACCESS, &old);
+    auto* text = reinterpret_cast<wchar_t*>(block + page) - 3;
+    memcpy(text, L"abc", 3 * sizeof *text);
+    int fit = -1, extents[3] = { -1, -1, -1 };
+    SIZE size {}, expected {};
+    EXPECT_TRUE(GetTextExtentExPointW(dc, text, 2, 1000, &fit, extents, &size));
+    GetTextExtentPoint32A(dc, "abc", AnsiPath() ? 3 : 2, &expected);
+    EXPECT_EQ(std::tuple(fit, extents[2], size.cx), std::tuple(2, -1, expected.cx));
+    VirtualFree(block, 0, MEM_RELEASE);
 }
 
 // Character codes reach the A functions sign-extended; PolyTextOutW's strings one byte short.

@@ -525,8 +525,11 @@ std::vector<Row> GraphicsRows()
                 return R(r && fit == int(text.size()) ? r : FALSE);
             })
             .Fuzz([](F& f) {
-                LPCWSTR text = f.Copy(Measurable(f.Text()));
-                const int len = f.Len(text);
+                // A counted string need not be terminated: one without its NUL ends
+                // right at the no-access page.
+                const std::wstring s = Measurable(f.Text());
+                LPCWSTR text = f.Copy(s, f.Pick(2));
+                const int len = int(s.size());
                 // The count never exceeds the string, which the W function reads that far.
                 const int count = std::min(f.Count(len), len);
                 int fit = -1;
