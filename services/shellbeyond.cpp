@@ -54,21 +54,22 @@ void AnsiList(AtStringSlot& slot, LPCWSTR list)
     a[bytes] = a[bytes + 1] = '\0';
 }
 
-// The text of a wide field of `chars` (read no further: the caller's text may fill
-// it without a terminator) into an ANSI field of `bytes`. A text whose bytes do not
-// fit is cut after its last whole character that does, as the shell cuts a wide
-// text at its field's end.
-void FieldToAnsi(LPSTR field, int bytes, LPCWSTR text, int chars)
+// The text of a wide field into the ANSI field of the same `size` (characters on
+// the wide side, bytes on the ANSI side). The wide field is read no further than
+// its size: the caller's text may fill it without a terminator. A text whose bytes
+// do not fit is cut after its last whole character that does, as the shell cuts a
+// wide text at its field's end.
+void FieldToAnsi(LPSTR field, LPCWSTR text, int size)
 {
     char whole[2 * 256];  // the widest field's characters take two bytes at most
     int length = 0;
-    while (length < chars && text[length])
+    while (length < size && text[length])
         ++length;
     const int n = length ? WideCharToMultiByte(CP_ACP, 0, text, length, whole, sizeof whole, nullptr, nullptr) : 0;
     int kept = 0;
     while (kept < n) {
         const int step = IsDBCSLeadByte(static_cast<BYTE>(whole[kept])) && kept + 1 < n ? 2 : 1;
-        if (kept + step >= bytes)
+        if (kept + step >= size)
             break;
         kept += step;
     }
@@ -164,13 +165,13 @@ BOOL WINAPI Shell_NotifyIconW(DWORD message, PNOTIFYICONDATAW data)
         a.uFlags = data->uFlags;
         a.uCallbackMessage = data->uCallbackMessage;
         a.hIcon = data->hIcon;
-        FieldToAnsi(a.szTip, later ? 128 : 64, data->szTip, later ? 128 : 64);
+        FieldToAnsi(a.szTip, data->szTip, later ? 128 : 64);
         if (later) {
             a.dwState = data->dwState;
             a.dwStateMask = data->dwStateMask;
-            FieldToAnsi(a.szInfo, 256, data->szInfo, 256);
+            FieldToAnsi(a.szInfo, data->szInfo, 256);
             a.uTimeout = data->uTimeout;
-            FieldToAnsi(a.szInfoTitle, 64, data->szInfoTitle, 64);
+            FieldToAnsi(a.szInfoTitle, data->szInfoTitle, 64);
             a.dwInfoFlags = data->dwInfoFlags;
         }
         return err.keep(Sys::Shell_NotifyIconA(message, &a));
